@@ -1,0 +1,208 @@
+/* karil: the records of a certificate context (RFC 5280 4.1 and 4.2). */
+#ifndef KARIL_CERT_TYPES_H
+#define KARIL_CERT_TYPES_H
+
+#include "karil/base.h"
+#include "karil/name.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/*
+ * The signing hook: KAHookFunc, called twice. First with the to-be-signed octets, a null output, a length that is not
+ * primed and a null parameter: only its status counts. Then with the same octets, an area of 512 octets, a length
+ * that holds 512 and the context's copy of the parameter octets: it writes the signature and its length.
+ */
+typedef KAHookFunc KACertSignFunc;
+
+/* A validity time. Setting writes generalizedValue and isUtc; decoding writes the slot of the wire's own kind. */
+typedef struct CertTime {
+    uint32_t isUtc;           /* 1 for UTCTime */
+    int32_t generalizedValue; /* seconds since 1970 */
+    int32_t utcValue;         /* seconds since 1970 */
+} CertTime;
+KARIL_SIZE_32(CertTime, 12);
+
+/* A CPS qualifier of the certificate policy. */
+typedef struct PolicyQualifierNode {
+    uint8_t isCps; /* 1 */
+    Anybuf uri;
+    struct PolicyQualifierNode *next;
+} PolicyQualifierNode;
+KARIL_SIZE_32(PolicyQualifierNode, 36);
+
+/* The certificate policy. */
+typedef struct PolicyNode {
+    uint32_t id;
+    Anybuf oid; /* content octets */
+    PolicyQualifierNode *cps;
+} PolicyNode;
+KARIL_SIZE_32(PolicyNode, 36);
+
+/* An extended key usage that the caller defines. */
+typedef struct DefinedUsageNode {
+    Anybuf dotted; /* dotted text */
+    struct DefinedUsageNode *next;
+} DefinedUsageNode;
+KARIL_SIZE_32(DefinedUsageNode, 32);
+
+/*
+ * A distribution point. Its URI slot holds the plain URL where it was set, and the whole first GeneralName element,
+ * tag and length included, where it was decoded.
+ */
+typedef struct DistributionPointNode {
+    uint8_t hasDistributionPoint;
+    uint8_t hasFullName;
+    GeneralNameRecord fullName;
+    struct DistributionPointNode *next;
+} DistributionPointNode;
+KARIL_SIZE_32(DistributionPointNode, 268);
+
+/* An access description. */
+typedef struct AccessNode {
+    uint8_t method;         /* 0x88 OCSP, 0x89 CA issuers */
+    uint8_t locationChoice; /* 6: uniformResourceIdentifier */
+    Anybuf location;
+    struct AccessNode *next;
+} AccessNode;
+KARIL_SIZE_32(AccessNode, 36);
+
+/* An extension that no other field holds. */
+typedef struct PrivateExtensionNode {
+    struct PrivateExtensionNode *next;
+    uint32_t id; /* 52 where it was set, 0 where it was decoded */
+    Anybuf oid;  /* content octets */
+    uint8_t critical;
+    Anybuf value; /* content of the extnValue OCTET STRING */
+} PrivateExtensionNode;
+KARIL_SIZE_32(PrivateExtensionNode, 68);
+
+typedef struct AuthorityKeyIdExtension {
+    uint8_t hasKeyId;
+    uint8_t critical;
+    Anybuf keyId;
+} AuthorityKeyIdExtension;
+
+typedef struct SubjectKeyIdExtension {
+    uint8_t critical;
+    Anybuf keyId;
+} SubjectKeyIdExtension;
+
+/* Where it was set, unusedBits of `bits` is the pad; where it was decoded, the wire's pad octet is its first octet. */
+typedef struct KeyUsageExtension {
+    uint8_t critical;
+    Anybuf bits;
+} KeyUsageExtension;
+
+typedef struct CertPolicyExtension {
+    uint8_t critical;
+    PolicyNode *policy;
+} CertPolicyExtension;
+
+typedef struct AltNameExtension {
+    uint8_t critical;
+    GeneralNameRecord names;
+} AltNameExtension;
+
+typedef struct BasicConstraintsExtension {
+    uint8_t hasPathLen;
+    uint8_t critical;
+    uint8_t isCa;
+    Anybuf pathLen;
+} BasicConstraintsExtension;
+
+/* `mask`: 32 bits, little-endian; 0x40 << n is the usage 1.3.6.1.5.5.7.3.(n + 1), n from 0 to 7. */
+typedef struct ExtKeyUsageExtension {
+    uint8_t critical;
+    Anybuf mask;
+    DefinedUsageNode *definedOids;
+} ExtKeyUsageExtension;
+
+typedef struct CrlDistPointsExtension {
+    uint8_t critical;
+    DistributionPointNode *first;
+    DistributionPointNode *cursor; /* read position of CERTEX_CRLDIST_FULLNAME; set by decoding */
+} CrlDistPointsExtension;
+
+typedef struct AuthorityInfoExtension {
+    uint8_t critical;
+    AccessNode *first;
+} AuthorityInfoExtension;
+
+/* The extension block of a certificate context. The first eleven octets are 1 where the extension is there. */
+typedef struct CertExtensions {
+    uint8_t hasAuthorityKeyId;
+    uint8_t hasSubjectKeyId;
+    uint8_t hasKeyUsage;
+    uint8_t hasCertPolicies;
+    uint8_t hasSubjectAltName;
+    uint8_t hasIssuerAltName;
+    uint8_t hasBasicConstraints;
+    uint8_t hasExtKeyUsage;
+    uint8_t hasCrlDistPoints;
+    uint8_t hasAuthorityInfo;
+    uint8_t hasPrivate;
+    AuthorityKeyIdExtension authorityKeyId;
+    SubjectKeyIdExtension subjectKeyId;
+    KeyUsageExtension keyUsage;
+    CertPolicyExtension certPolicy;
+    AltNameExtension subjectAltName;
+    AltNameExtension issuerAltName; /* only its directory name is used */
+    BasicConstraintsExtension basicConstraints;
+    ExtKeyUsageExtension extKeyUsage;
+    CrlDistPointsExtension crlDistPoints;
+    AuthorityInfoExtension authorityInfo;
+    PrivateExtensionNode *privateExtensions;
+} CertExtensions;
+KARIL_SIZE_32(CertExtensions, 12 + 3 * 32 + 8 + 2 * 264 + 32 + 36 + 12 + 8 + 4);
+
+/*
+ * A certificate, built or decoded. Made by KACert_CreateCertEncodeCtx or KACert_CreateCertDecodeCtx, and freed with
+ * all it holds by the destroy function of either name. Every Anybuf is embedded and owns its data.
+ */
+typedef struct CertEncodeCtx {
+    uint8_t hasVersion;
+    uint8_t hasExtensions;                   /* 0: the encoder writes no extensions */
+    Anybuf encoded;                          /* the finished certificate; final once filled */
+    Anybuf tbs;                              /* the to-be-signed part; filled by decoding */
+    AlgorithmRecord outerSignatureAlgorithm; /* behind the to-be-signed part */
+    Anybuf signature;
+    Anybuf issuerText;  /* cache of CERT_ISSUER_DN */
+    Anybuf subjectText; /* cache of CERT_SUBJECT_DN */
+    KACertSignFunc signFunc;
+    Anybuf signKey;  /* copy of the hook's parameter; wiped when it is freed */
+    int32_t version; /* as on the wire: 2 is v3 */
+    Anybuf serialNumber;
+    AlgorithmRecord innerSignatureAlgorithm; /* inside the to-be-signed part */
+    NameRecord issuer;                       /* head of the list */
+    CertTime notBefore;
+    CertTime notAfter;
+    NameRecord subject; /* head of the list */
+    AlgorithmRecord publicKeyAlgorithm;
+    Anybuf publicKey; /* content of the BIT STRING */
+    CertExtensions extensions;
+    Anybuf subjectDer; /* subject as a ready Name element */
+    Anybuf issuerDer;  /* issuer as a ready Name element */
+
+    /* The library's own: where the lists above end, as far as it knows. */
+    NameRecord *issuerLast;
+    NameRecord *subjectLast;
+    NameRecord *subjectAltLast;
+    NameRecord *issuerAltLast;
+    PolicyQualifierNode *cpsLast;
+    DefinedUsageNode *definedOidsLast;
+    DistributionPointNode *crlDistPointsLast;
+    AccessNode *authorityInfoLast;
+    PrivateExtensionNode *privateExtensionsLast;
+} CertEncodeCtx;
+KARIL_SIZE_32(CertEncodeCtx, 4 + 10 * 28 + 3 * 32 + 4 + 4 + 2 * 68 + 2 * 12 + sizeof(CertExtensions) + 9 * 4);
+
+/* The same record under the name that decoding uses. */
+typedef CertEncodeCtx CertDecodeCtx;
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

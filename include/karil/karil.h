@@ -1,0 +1,15 @@
+/* karil: public-key infrastructure objects in DER. Includes every family's header. */
+#ifndef KARIL_KARIL_H
+#define KARIL_KARIL_H
+
+#include "karil/asn1.h"
+#include "karil/asn1_low.h"
+#include "karil/base.h"
+#include "karil/cert.h"
+#include "karil/cert_ext.h"
+#include "karil/crypt.h"
+#include "karil/name.h"
+#include "karil/oid.h"
+#include "karil/text.h"
+
+#endif

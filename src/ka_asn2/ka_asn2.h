@@ -1,0 +1,112 @@
+// The DER engine: the bounded, borrowing reader that all decoding goes through, and what writers share.
+#pragma once
+
+#include "karil/asn1.h"
+#include "karil/asn1_low.h"
+#include "karil/oid.h"
+
+#include "ka_low.h"
+
+namespace karil {
+
+// Tag octets that the engine writes.
+enum Tag : uint8_t {
+    TagBoolean = 0x01,
+    TagInteger = 0x02,
+    TagBitString = 0x03,
+    TagOctetString = 0x04,
+    TagNull = 0x05,
+    TagObjectId = 0x06,
+    TagEnumerated = 0x0A,
+    TagUtf8String = 0x0C,
+    TagPrintableString = 0x13,
+    TagIa5String = 0x16,
+    TagUtcTime = 0x17,
+    TagGeneralizedTime = 0x18,
+    TagBmpString = 0x1E,
+    TagSequence = 0x30,
+    TagSet = 0x31,
+};
+// Normalised tags of constructed values.
+constexpr uint32_t NormalSequence = 16;
+constexpr uint32_t NormalSet = 17;
+
+// What an Anybuf holds, borrowed from the input: a whole element, or the content of one that was read, with the
+// element's normalised tag. No octets: there is nothing.
+struct Element {
+    uint32_t tag = 0;
+    Bytes bytes;
+
+    bool present() const { return !bytes.empty(); }
+    bool startsWith(uint8_t octet) const { return present() && bytes[0] == octet; }
+};
+
+// Octets as a writer's source. They are only read.
+inline Anybuf borrow(Bytes bytes, uint32_t tag = 0) {
+    return {const_cast<uint8_t *>(bytes.data()), static_cast<uint32_t>(bytes.size()), 0, 0, tag, nullptr, nullptr};
+}
+
+inline Element elementOf(const Anybuf &source) {
+    return {source.tag, bytesOf(source)};
+}
+
+// The inner elements of one value. Every one of them was checked when the value was opened.
+struct Level {
+    Bytes rest;
+
+    bool empty() const { return rest.empty(); }
+    // The next element, or one without octets at the end.
+    Element take();
+};
+
+// An implicitly tagged value: a level where it is constructed, else its content.
+struct Implicit {
+    uint32_t number = 0;
+    bool constructed = false;
+    Level level;
+    Element content;
+};
+
+// Takes the first element off `rest`, without opening it. `shortage`: the status where the octets do not suffice. On
+// failure both are as they were. The functions of reader.cc alone compare an untrusted length with what is left.
+[[nodiscard]] Status next(Bytes &rest, Element &out, Status shortage);
+
+// Opens a value of exactly the source's octets, with the rules of KAsn1_Low_ReadTagAndLength. `out` may be `source`.
+[[nodiscard]] Status readValue(const Element &source, Element &out);
+
+[[nodiscard]] Status readSequence(const Element &source, Level &out);
+[[nodiscard]] Status readSet(const Element &source, Level &out);
+[[nodiscard]] Status readImplicit(const Element &source, Implicit &out);
+// What stands behind tag and length field, to the end of the source and not of the element.
+[[nodiscard]] Status behindHeader(Bytes source, Bytes &out);
+[[nodiscard]] Status readInteger(const Element &source, uint32_t &value);
+[[nodiscard]] Status readBoolean(const Element &source, uint8_t &value);
+// `tag`: 23 or 24, the only one accepted.
+[[nodiscard]] Status readTime(const Element &source, uint32_t tag, int32_t &time);
+
+// Copies a borrowed value into an embedded record, as a reader and KI_CopyAnybuf would leave it there, and releases
+// what stood there before.
+[[nodiscard]] Status store(Anybuf &record, const Element &value);
+
+// Copies a borrowed value into a heap node.
+[[nodiscard]] Status newNode(const Element &value, Anybuf **out);
+
+// A heap node for an element of `size` content octets, with tag and length written; the caller fills `*position`.
+[[nodiscard]] Status newElement(uint32_t tagOctet, uint64_t size, Anybuf **out, uint8_t **position);
+
+// SEQUENCE { OBJECT IDENTIFIER, NULL }
+[[nodiscard]] Status writeAlgorithm(const AlgorithmRecord &algorithm, Anybuf **out);
+
+// OBJECT IDENTIFIER from constant content octets.
+[[nodiscard]] Status writeOid(Bytes oid, Anybuf **out);
+
+// A constant object identifier as a writer's source. The bytes are only read.
+inline AlgorithmRecord borrowOid(Bytes oid) {
+    return {0, borrow(oid, TagObjectId)};
+}
+
+// Content octets of an INTEGER; gives their number, 1 to 5.
+uint32_t integerOctets(uint32_t value, uint8_t (&octets)[5]);
+uint32_t integerValue(Bytes octets);
+
+} // namespace karil

@@ -1,0 +1,210 @@
+#include "ka_asn2.h"
+
+#include <string.h>
+
+namespace karil {
+
+namespace {
+
+struct Header {
+    uint32_t tag = 0;
+    uint32_t tagOctets = 0;
+    uint32_t lengthOctets = 0;
+    uint32_t length = 0;
+    uint32_t contentAt = 0; // one behind tag and length field for the 0x80 reading
+
+    uint64_t total() const { return uint64_t{tagOctets} + lengthOctets + length; }
+    uint64_t contentEnd() const { return uint64_t{contentAt} + length; }
+};
+
+Status readTag(Bytes bytes, Status shortage, Header &out) {
+    if (bytes.empty())
+        return KA_FAIL(shortage, "------>KAsn1_Low_GetTagInfo");
+    const uint8_t first = bytes[0];
+    out.tagOctets = 1;
+    if ((first & 0x1F) != 0x1F) {
+        out.tag = (first & 0x80) != 0 ? first : first & 0x1Fu;
+        return KACERT_Ok;
+    }
+    uint32_t tag = 0;
+    for (;;) {
+        if (out.tagOctets == bytes.size())
+            return KA_FAIL(shortage, "------>KAsn1_Low_GetTagInfo");
+        const uint8_t x = bytes[out.tagOctets++];
+        tag = ((x & 0x7Fu) | tag) << 8;
+        if ((x & 0x80) != 0) {
+            out.tag = tag | x;
+            return KACERT_Ok;
+        }
+    }
+}
+
+Status readHeader(Bytes bytes, Status shortage, Header &out) {
+    KA_PASS(readTag, bytes, shortage, out);
+    const Bytes field = bytes.subspan(out.tagOctets);
+    if (field.empty())
+        return KA_FAIL(shortage, "------>KAsn1_Low_GetLengthInfo");
+    const uint32_t count = field[0] & 0x7Fu;
+    if ((field[0] & 0x80) == 0) {
+        out.length = field[0];
+        out.lengthOctets = 1;
+        out.contentAt = out.tagOctets + 1;
+        return KACERT_Ok;
+    }
+    if (count == 0) {
+        if (field.size() < 2)
+            return KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_GetLengthInfo");
+        out.length = field[1];
+        out.lengthOctets = 1;
+        out.contentAt = out.tagOctets + 2;
+        return KACERT_Ok;
+    }
+    if (count > 4)
+        return KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_GetLengthInfo");
+    if (field.size() <= count)
+        return KA_FAIL(shortage, "------>KAsn1_Low_GetLengthInfo");
+    uint32_t length = 0;
+    for (const uint8_t octet : field.subspan(1, count))
+        length = length << 8 | octet;
+    out.length = length;
+    out.lengthOctets = count + 1;
+    out.contentAt = out.tagOctets + out.lengthOctets;
+    return KACERT_Ok;
+}
+
+// The content of an element that fills `bytes` exactly.
+Status exactContent(Bytes bytes, const Header &header, const char *words, Bytes &content) {
+    if (header.total() != bytes.size())
+        return KA_FAIL(KACERT_LengthNotEqualErr, words);
+    if (header.contentEnd() > bytes.size())
+        return KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_GetLengthInfo");
+    content = bytes.subspan(header.contentAt, header.length);
+    return KACERT_Ok;
+}
+
+Status checkLevel(Bytes content) {
+    Element inner;
+    while (!content.empty())
+        KA_PASS(next, content, inner, KACERT_InvalidLengthErr);
+    return KACERT_Ok;
+}
+
+Status openLevel(const Element &source, uint32_t tag, const char *tagWords, Level &out) {
+    Header header;
+    KA_PASS(readTag, source.bytes, KACERT_LengthNotEqualErr, header);
+    if ((header.tag & 0xFF) != tag)
+        return KA_FAIL(KACERT_InvalidTagErr, tagWords);
+    KA_PASS(readHeader, source.bytes, KACERT_LengthNotEqualErr, header);
+    Bytes content;
+    KA_PASS(exactContent, source.bytes, header, "------>KACERT_LengthNotEqualErr", content);
+    if (const Status status = checkLevel(content); status != KACERT_Ok)
+        return tag == NormalSet ? KA_FAIL(status, "------>lTotalLength != 0") : status;
+    out.rest = content;
+    return KACERT_Ok;
+}
+
+} // namespace
+
+Status next(Bytes &rest, Element &out, Status shortage) {
+    Header header;
+    KA_PASS(readHeader, rest, shortage, header);
+    if (header.total() > rest.size())
+        return KA_FAIL(shortage, shortage == KACERT_LengthNotEqualErr ? "------>KACERT_LengthNotEqualErr"
+                                                                      : "------>KAsn1_Low_GetLengthInfo");
+    const auto total = static_cast<size_t>(header.total());
+    out = {header.tag, rest.first(total)};
+    rest = rest.subspan(total);
+    return KACERT_Ok;
+}
+
+Element Level::take() {
+    Element element;
+    if (rest.empty() || next(rest, element, KACERT_InvalidLengthErr) != KACERT_Ok)
+        return {};
+    return element;
+}
+
+Status readValue(const Element &source, Element &out) {
+    Header header;
+    KA_PASS(readHeader, source.bytes, KACERT_LengthNotEqualErr, header);
+    Bytes content;
+    KA_PASS(exactContent, source.bytes, header, "------>Length not Equal", content);
+    if (source.tag == TagBitString) {
+        if (content.empty())
+            return KA_FAIL(KACERT_InvalidLengthErr, "------>Length not Equal");
+        content = content.subspan(1);
+    }
+    if (header.tag == TagInteger && content.size() > 1 && content[0] == 0 && (content[1] & 0x80) != 0)
+        content = content.subspan(1);
+    out = {header.tag, content};
+    return KACERT_Ok;
+}
+
+Status readSequence(const Element &source, Level &out) {
+    return openLevel(source, NormalSequence, "------>TAG != KA_DER_ID_SEQUENCE", out);
+}
+
+Status readSet(const Element &source, Level &out) {
+    return openLevel(source, NormalSet, "------>TAG != KA_DER_ID_SET", out);
+}
+
+Status readImplicit(const Element &source, Implicit &out) {
+    Header header;
+    KA_PASS(readHeader, source.bytes, KACERT_LengthNotEqualErr, header);
+    Bytes content;
+    KA_PASS(exactContent, source.bytes, header, "------>KACERT_LengthNotEqualErr", content);
+    const bool constructed = (header.tag & 0x20) != 0;
+    if (constructed)
+        KA_PASS(checkLevel, content);
+    out = {header.tag & 0x1F, constructed, {constructed ? content : Bytes{}}, {header.tag, content}};
+    return KACERT_Ok;
+}
+
+Status behindHeader(Bytes source, Bytes &out) {
+    Header header;
+    KA_PASS(readHeader, source, KACERT_LengthNotEqualErr, header);
+    out = source.subspan(header.contentAt);
+    return KACERT_Ok;
+}
+
+Status readInteger(const Element &source, uint32_t &value) {
+    Header header;
+    KA_PASS(readHeader, source.bytes, KACERT_LengthNotEqualErr, header);
+    if (header.contentEnd() > source.bytes.size())
+        return KA_FAIL(KACERT_LengthNotEqualErr, "------>KAsn1_Low_CharToInt");
+    value = integerValue(source.bytes.subspan(header.contentAt, header.length));
+    return KACERT_Ok;
+}
+
+Status readBoolean(const Element &source, uint8_t &value) {
+    Element content;
+    KA_STEP_AS("------>KAsn1_Low_ReadTagAndLength", readValue, source, content);
+    if (!content.present())
+        return KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_ReadTagAndLength");
+    value = content.bytes[0];
+    return KACERT_Ok;
+}
+
+Status newNode(const Element &value, Anybuf **out) {
+    Anybuf *record = nullptr;
+    KA_STEP(KAsn1_Low_CreateAnyBuf, &record);
+    AnybufPtr node(record);
+    KA_PASS(store, *node, value);
+    *out = node.release();
+    return KACERT_Ok;
+}
+
+Status store(Anybuf &record, const Element &value) {
+    Owned<uint8_t> data;
+    if (value.present()) {
+        data.reset(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, static_cast<uint32_t>(value.bytes.size()))));
+        if (data == nullptr)
+            return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
+        memcpy(data.get(), value.bytes.data(), value.bytes.size());
+    }
+    KAPR_Free(record.data);
+    record = {data.release(), static_cast<uint32_t>(value.bytes.size()), 0, 2, value.tag, nullptr, nullptr};
+    return KACERT_Ok;
+}
+
+} // namespace karil

@@ -1,0 +1,185 @@
+#include "ka_asn2.h"
+
+#include <string.h>
+#include <time.h>
+
+using namespace karil;
+
+namespace {
+
+constexpr uint32_t TextLength = 13;
+
+int32_t pair(const uint8_t *text) {
+    return text[0] * 10 + text[1] - 528;
+}
+
+Status timeText(int32_t time, uint8_t (&text)[TextLength]) {
+    if (time < 0)
+        return KA_FAIL(KACERT_InvalidTimeErr, "------>invalid Time");
+    const time_t seconds = time;
+    tm local = {};
+    tzset();
+    localtime_r(&seconds, &local);
+    const int32_t fields[] = {local.tm_year > 99 ? local.tm_year - 100 : local.tm_year,
+                              local.tm_mon + 1,
+                              local.tm_mday,
+                              local.tm_hour,
+                              local.tm_min,
+                              local.tm_sec};
+    uint8_t *at = text;
+    for (const int32_t field : fields) {
+        *at++ = static_cast<uint8_t>('0' + field / 10);
+        *at++ = static_cast<uint8_t>('0' + field % 10);
+    }
+    *at = 'Z';
+    return KACERT_Ok;
+}
+
+Status textTime(Bytes text, int32_t &time) {
+    if (text.size() < TextLength || text[TextLength - 1] != 'Z')
+        return KA_FAIL(KACERT_InvalidTimeEndErr, "------>KACERT_InvalidTimeEndErr");
+    tm local = {};
+    local.tm_year = pair(&text[0]) + (pair(&text[0]) < 70 ? 100 : 0);
+    local.tm_mon = pair(&text[2]) - 1;
+    local.tm_mday = pair(&text[4]);
+    local.tm_hour = pair(&text[6]);
+    local.tm_min = pair(&text[8]);
+    local.tm_sec = pair(&text[10]);
+    local.tm_isdst = -1;
+    const time_t seconds = mktime(&local);
+    if (seconds < 0 || seconds > INT32_MAX)
+        return KA_FAIL(KACERT_MemoryErr, "------>mktime");
+    time = static_cast<int32_t>(seconds);
+    return KACERT_Ok;
+}
+
+// The text behind tag and length field. The element's own length is not looked at.
+Status readText(const Element &source, int32_t &time) {
+    Bytes text;
+    KA_PASS(behindHeader, source.bytes, text);
+    KA_STEP_AS("------>KAsn1_Low_CtoITime", textTime, text, time);
+    return KACERT_Ok;
+}
+
+Status writeTime(const int32_t *time, Tag tag, Anybuf **out) {
+    if (time == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    KA_STEP(KAsn1_Low_WriteLongTime, *time, tag, out);
+    (*out)->tag = tag;
+    return KACERT_Ok;
+}
+
+Status checkedTime(const Anybuf *source, uint32_t tag, int32_t *time) {
+    if (source == nullptr || source->data == nullptr || time == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    return readTime(elementOf(*source), tag, *time);
+}
+
+} // namespace
+
+namespace karil {
+
+Status readTime(const Element &source, uint32_t tag, int32_t &time) {
+    if ((source.tag & 0xFF) != tag)
+        return KACERT_InvalidTagErr;
+    KA_STEP_AS("------>KAsn1_Low_ReadLongTime", readText, source, time);
+    return KACERT_Ok;
+}
+
+} // namespace karil
+
+int32_t KAsn1_Low_TimeIntToChar(int32_t value, uint8_t *text) {
+    KA_FRAME("KAsn1_Low_TimeIntToChar");
+    if (text == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    const int32_t tens = value / 10 + '0';
+    text[0] = static_cast<uint8_t>(tens);
+    if (tens > '9')
+        return KA_FAIL(KACERT_InvalidTimeDigitErr, "------>KACERT_InvalidTimeDigitErr");
+    text[1] = static_cast<uint8_t>(value % 10 + '0');
+    return KA_DONE();
+}
+
+int32_t KAsn1_Low_TimeCharToInt(const uint8_t *text, int32_t *value) {
+    KA_FRAME("KAsn1_Low_TimeCharToInt");
+    if (text == nullptr || value == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    *value = pair(text);
+    return KA_DONE();
+}
+
+int32_t KAsn1_Low_ItoCTime(int32_t time, uint8_t **text, uint32_t **length) {
+    KA_FRAME("KAsn1_Low_ItoCTime");
+    if (text == nullptr || length == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    uint8_t work[TextLength];
+    KA_PASS(timeText, time, work);
+    Owned<uint8_t> block(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, TextLength)));
+    Owned<uint32_t> cell(KA_CREATE(uint32_t));
+    if (block == nullptr || cell == nullptr)
+        return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
+    memcpy(block.get(), work, TextLength);
+    *cell = TextLength;
+    *text = block.release();
+    *length = cell.release();
+    return KA_DONE();
+}
+
+int32_t KAsn1_Low_CtoITime(const uint8_t *text, uint32_t length, int32_t **time) {
+    KA_FRAME("KAsn1_Low_CtoITime");
+    if (text == nullptr || time == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    Owned<int32_t> cell(KA_CREATE(int32_t));
+    if (cell == nullptr)
+        return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
+    KA_PASS(textTime, {text, length == 0 ? TextLength : length}, *cell);
+    *time = cell.release();
+    return KA_DONE();
+}
+
+int32_t KAsn1_Low_WriteLongTime(int32_t time, uint32_t tag, Anybuf **out) {
+    KA_FRAME("KAsn1_Low_WriteLongTime");
+    if (out == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    uint8_t text[TextLength];
+    KA_STEP_AS("------>KAsn1_Low_ItoCTime", timeText, time, text);
+    Anybuf *node = nullptr;
+    uint8_t *position = nullptr;
+    KA_STEP_AS("------>KAPR_Malloc", newElement, tag, TextLength, &node, &position);
+    memcpy(position, text, TextLength);
+    node->tag = tag & 0x1F;
+    *out = node;
+    return KA_DONE();
+}
+
+int32_t KAsn1_Low_ReadLongTime(const Anybuf *source, int32_t *time) {
+    KA_FRAME("KAsn1_Low_ReadLongTime");
+    if (source == nullptr || source->data == nullptr || time == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    KA_PASS(readText, elementOf(*source), *time);
+    return KA_DONE();
+}
+
+int32_t KAsn1_WriteUtcTime(const int32_t *time, Anybuf **out) {
+    KA_FRAME("KAsn1_WriteUtcTime");
+    KA_PASS(writeTime, time, TagUtcTime, out);
+    return KA_DONE();
+}
+
+int32_t KAsn1_WriteGeneralizedTime(const int32_t *time, Anybuf **out) {
+    KA_FRAME("KAsn1_WriteGeneralizedTime");
+    KA_PASS(writeTime, time, TagGeneralizedTime, out);
+    return KA_DONE();
+}
+
+int32_t KAsn1_ReadUtcTime(const Anybuf *source, int32_t *time) {
+    KA_FRAME("KAsn1_ReadUtcTime");
+    KA_PASS(checkedTime, source, TagUtcTime, time);
+    return KA_DONE();
+}
+
+int32_t KAsn1_ReadGeneralizedTime(const Anybuf *source, int32_t *time) {
+    KA_FRAME("KAsn1_ReadGeneralizedTime");
+    KA_PASS(checkedTime, source, TagGeneralizedTime, time);
+    return KA_DONE();
+}

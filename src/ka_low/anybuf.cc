@@ -1,0 +1,103 @@
+#include "ka_low.h"
+
+#include <string.h>
+
+namespace karil {
+
+bool equal(Bytes left, Bytes right) {
+    return left.size() == right.size() && (left.empty() || memcmp(left.data(), right.data(), left.size()) == 0);
+}
+
+Status replace(Anybuf &record, Bytes value) {
+    Anybuf fresh = {};
+    KA_STEP(KI_SetAttributeCharValue, &fresh, value.data(), static_cast<uint32_t>(value.size()));
+    fresh.tag = record.tag;
+    KI_ClearAnybuf(&record);
+    record = fresh;
+    return KACERT_Ok;
+}
+
+void wipe(void *block, size_t size) {
+    if (block != nullptr)
+        explicit_bzero(block, size);
+}
+
+void clearSecret(Anybuf &record) {
+    wipe(record.data, record.length);
+    KI_ClearAnybuf(&record);
+}
+
+} // namespace karil
+
+using namespace karil;
+
+int32_t KAsn1_Low_CreateAnyBuf(Anybuf **out) {
+    if (out == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>pOut is NULL");
+    Anybuf *record = KA_CREATE(Anybuf);
+    if (record == nullptr)
+        return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
+    record->form = 2;
+    *out = record;
+    return KACERT_Ok;
+}
+
+Anybuf *KI_InitAnybuf(Anybuf *record) {
+    if (record != nullptr)
+        *record = Anybuf{};
+    return record;
+}
+
+void KI_ClearAnybuf(Anybuf *record) {
+    if (record == nullptr)
+        return;
+    KAPR_Free(record->data);
+    *record = Anybuf{};
+}
+
+void KI_FreeAnybuf(Anybuf *first) {
+    while (first != nullptr) {
+        Anybuf *next = first->next;
+        KAPR_Free(first->data);
+        KAPR_Free(first);
+        first = next;
+    }
+}
+
+int32_t KI_CopyAnybuf(Anybuf *destination, const Anybuf *source) {
+    if (destination == nullptr || source == nullptr || (source->data == nullptr && source->length > 0))
+        return KA_FAIL(KACERT_InvalidParamErr, "------>KI_CopyAnybuf");
+    uint8_t *data = nullptr;
+    if (source->data != nullptr) {
+        data = static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, source->length));
+        if (data == nullptr)
+            return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
+        memcpy(data, source->data, source->length);
+    }
+    *destination = *source;
+    destination->data = data;
+    return KACERT_Ok;
+}
+
+int32_t KI_SetAttributeCharValue(Anybuf *record, const uint8_t *value, uint32_t length) {
+    if (record == nullptr || (value == nullptr && length > 0))
+        return KA_FAIL(KACERT_InvalidParamErr, "------>KI_SetAttributeCharValue");
+    const uint32_t tag = record->tag;
+    *record = Anybuf{};
+    record->tag = tag;
+    record->data = static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, length));
+    if (record->data == nullptr)
+        return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
+    if (length > 0)
+        memcpy(record->data, value, length);
+    record->length = length;
+    return KACERT_Ok;
+}
+
+int32_t KI_CopyAlgorithm(AlgorithmRecord *destination, const AlgorithmRecord *source) {
+    if (destination == nullptr || source == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>KI_CopyAlgorithm");
+    KA_STEP(KI_CopyAnybuf, &destination->oid, &source->oid);
+    destination->id = source->id;
+    return KACERT_Ok;
+}

@@ -1,0 +1,119 @@
+// The ground: what every folder of karil stands on. Owning handles, the trace frame, step helpers and copies.
+#pragma once
+
+#include "karil/base.h"
+#include "karil/text.h"
+
+#include <memory>
+#include <span>
+
+namespace karil {
+
+using Bytes = std::span<const uint8_t>;
+using Status = int32_t;
+
+template <auto F> struct By {
+    void operator()(auto *block) const noexcept { F(block); }
+};
+using AnybufPtr = std::unique_ptr<Anybuf, By<KI_FreeAnybuf>>; // a node and its chain
+template <class T> using Owned = std::unique_ptr<T, By<KAPR_Free>>;
+
+inline void trace(const char *source, int line, const char *words) {
+    KAPR_DebugMessage("kacert.log", source, line, words);
+}
+
+[[nodiscard]] inline Status failed(const char *source, int line, Status status, const char *words) {
+    trace(source, line, words);
+    return status;
+}
+
+// The frame of an exported call: its Begin line, and its End line where it succeeds.
+struct Frame {
+    const char *source;
+    int line;
+    const char *endWords;
+
+    Frame(const char *from, int at, const char *begin, const char *end) : source(from), line(at), endWords(end) {
+        trace(from, at, begin);
+    }
+    [[nodiscard]] Status end() const { return failed(source, line, KACERT_Ok, endWords); }
+};
+
+// A zeroed T, or null. The caller's Owned or a record of the library frees it.
+template <class T> [[nodiscard]] T *create(const char *source, int line) {
+    return static_cast<T *>(KAPR_Malloc(source, line, sizeof(T)));
+}
+
+inline Bytes bytesOf(const Anybuf &record) { return {record.data, record.length}; }
+bool equal(Bytes left, Bytes right);
+
+// Sets an embedded record to a copy of `value`, keeping its tag, and releases what stood there before.
+[[nodiscard]] Status replace(Anybuf &record, Bytes value);
+
+// Zeroes `size` octets in a way that the compiler keeps: for keys, passwords and what is derived from them.
+void wipe(void *block, size_t size);
+
+// KI_ClearAnybuf for a record that holds a key: its bytes are wiped first.
+void clearSecret(Anybuf &record);
+
+// A chain that is being written. slot() is where the next writer puts its node, or chain of nodes.
+class Chain {
+public:
+    Chain() = default;
+    Chain(const Chain &) = delete;
+    Chain &operator=(const Chain &) = delete;
+    ~Chain() { KI_FreeAnybuf(first); }
+
+    Anybuf **slot() {
+        while (*tail != nullptr)
+            tail = &(*tail)->next;
+        return tail;
+    }
+    const Anybuf *head() const { return first; }
+    void moveTo(Anybuf **out) {
+        *out = first;
+        first = nullptr;
+        tail = &first;
+    }
+
+private:
+    Anybuf *first = nullptr;
+    Anybuf **tail = &first;
+};
+
+// Appends to a singly linked list whose link member is `Link`. `hint` is the last node, as far as its owner knows:
+// nodes that others hung behind it are passed, so that an append is O(1) and a stale hint does no harm.
+template <auto Link, class Node> void append(Node *&first, Node *&hint, Node *node) {
+    if (first == nullptr) {
+        first = hint = node;
+        return;
+    }
+    Node *last = hint != nullptr ? hint : first;
+    while (last->*Link != nullptr)
+        last = last->*Link;
+    last->*Link = node;
+    hint = node;
+}
+
+} // namespace karil
+
+#define KA_FRAME(NAME)                                                                                                 \
+    const ::karil::Frame ka_frame(KA_SOURCE, __LINE__, "======>" NAME " Begin", "======>" NAME " End")
+#define KA_DONE() ka_frame.end()
+#define KA_FAIL(STATUS, WORDS) ::karil::failed(KA_SOURCE, __LINE__, STATUS, WORDS)
+#define KA_TRACE(WORDS) ::karil::trace(KA_SOURCE, __LINE__, WORDS)
+#define KA_CREATE(TYPE) ::karil::create<TYPE>(KA_SOURCE, __LINE__)
+
+// Runs FUNCTION(ARGS...). A status other than 0 is traced with WORDS, or as "------>FUNCTION", and returned.
+#define KA_STEP_AS(WORDS, FUNCTION, ...)                                                                               \
+    do {                                                                                                               \
+        if (const ::karil::Status ka_status = FUNCTION(__VA_ARGS__); ka_status != KACERT_Ok)                           \
+            return KA_FAIL(ka_status, WORDS);                                                                          \
+    } while (false)
+// The same for a function that traces its failures itself.
+#define KA_PASS(FUNCTION, ...)                                                                                         \
+    do {                                                                                                               \
+        if (const ::karil::Status ka_status = FUNCTION(__VA_ARGS__); ka_status != KACERT_Ok)                           \
+            return ka_status;                                                                                          \
+    } while (false)
+#define KA_STEP(FUNCTION, ...) KA_STEP_AS("------>" #FUNCTION, FUNCTION, __VA_ARGS__)

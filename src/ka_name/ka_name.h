@@ -1,0 +1,54 @@
+// Names: distinguished names, the table of their attributes, general names.
+#pragma once
+
+#include "karil/name.h"
+
+#include "ka_asn2.h"
+
+namespace karil {
+
+enum class WireString { ByContent, Printable, Ia5 };
+
+// All that is known of a name attribute. A new attribute is one row of the table in attributes.cc.
+struct NameAttribute {
+    uint32_t kind;
+    Bytes oid;
+    const char *key; // in the text form
+    WireString wire;
+};
+
+// In the order of the text form.
+constexpr size_t NameKinds = 10;
+std::span<const NameAttribute, NameKinds> nameAttributes();
+const NameAttribute *attributeOfKind(uint32_t kind);
+const NameAttribute *attributeOfOid(Bytes oid);
+
+// Appends an attribute of the table with a copy of `value`, tag 19. `hint`: see append().
+[[nodiscard]] Status appendName(NameRecord &head, NameRecord *&hint, uint32_t kind, Bytes value);
+
+// The first attribute of the kind, or null.
+const NameRecord *findName(const NameRecord &head, uint32_t kind);
+
+[[nodiscard]] Status decodeName(const Element &source, NameRecord &head);
+[[nodiscard]] Status decodeGeneralNames(const Element &source, GeneralNameRecord &names, uint8_t &found);
+void clearGeneralNames(GeneralNameRecord &names);
+
+// An IA5String, with its tag replaced by [number] IMPLICIT.
+[[nodiscard]] Status writeTaggedIa5(const Anybuf &text, uint32_t number, Anybuf **out);
+
+// Frees a record's data when it goes out of scope.
+struct Scratch {
+    Anybuf record = {};
+
+    Scratch() = default;
+    Scratch(const Scratch &) = delete;
+    Scratch &operator=(const Scratch &) = delete;
+    ~Scratch() { KI_ClearAnybuf(&record); }
+};
+
+// Runs one of the conversions of text.h, first for the size and then for the bytes. The result replaces what stood
+// in `out`, with the tag given.
+using Conversion = int32_t (*)(const uint8_t *, int32_t, uint8_t *, uint32_t *);
+[[nodiscard]] Status convertText(Conversion convert, Bytes text, uint32_t tag, Anybuf &out);
+
+} // namespace karil

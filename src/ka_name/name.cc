@@ -1,0 +1,168 @@
+#include "ka_name.h"
+
+#include <string.h>
+
+namespace karil {
+
+namespace {
+
+using NamePtr = std::unique_ptr<NameRecord, By<KI_FreeName>>;
+
+// The characters of PrintableString (X.680 41.4).
+bool isPrintable(uint8_t c) {
+    if ((c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9'))
+        return true;
+    return c != 0 && c < 128 && strchr(" '()+,-./:=?", c) != nullptr;
+}
+
+bool isPrintable(Bytes text) {
+    for (const uint8_t c : text)
+        if (!isPrintable(c))
+            return false;
+    return true;
+}
+
+Status writeAttributeValue(NameRecord &record, Anybuf **out) {
+    if (record.value.data == nullptr && record.value.length > 0)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    const NameAttribute *attribute = attributeOfKind(record.id);
+    const WireString wire = attribute != nullptr ? attribute->wire : WireString::ByContent;
+    if (wire == WireString::Ia5) {
+        record.value.tag = TagIa5String;
+        return KAsn1_WriteIa5String(&record.value, out);
+    }
+    if (wire == WireString::Printable || isPrintable(bytesOf(record.value))) {
+        record.value.tag = TagPrintableString;
+        return KAsn1_WritePrintableString(&record.value, out);
+    }
+    Scratch bmp;
+    KA_STEP_AS("------>KI_Chinese2BmpString", convertText, KI_Chinese2BmpString, bytesOf(record.value), TagBmpString,
+               bmp.record);
+    return KAsn1_WritePrintableString(&bmp.record, out);
+}
+
+// RelativeDistinguishedName ::= SET { SEQUENCE { type OBJECT IDENTIFIER, value ANY } }
+Status writeRdn(NameRecord &record, Anybuf **out) {
+    const AlgorithmRecord type = {record.id, record.oid};
+    Chain fields;
+    if (KAsn1_WriteObjectId(&type, fields.slot()) != KACERT_Ok)
+        return KA_FAIL(KACERT_MemoryErr, "------>KAsn1_WriteObjectId");
+    KA_STEP_AS("------>KAsn1_WritePrintableString函数失败", writeAttributeValue, record, fields.slot());
+    Chain attribute;
+    KA_STEP(KAsn1_WriteSequence, fields.head(), attribute.slot());
+    KA_STEP(KAsn1_WriteSet, attribute.head(), out);
+    return KACERT_Ok;
+}
+
+Status readAttributeValue(const Element &element, Anybuf &value) {
+    uint32_t tag = 0;
+    KA_STEP(KAsn1_Low_ReadDNTag, element.bytes.data(), &tag);
+    Element content;
+    switch (tag) {
+    case TagBmpString:
+        KA_STEP_AS("------>KAsn1_ReadPrintableString", readValue, element, content);
+        KA_STEP_AS("------>KI_BmpString2Chinese", convertText, KI_BmpString2Chinese, content.bytes, TagBmpString,
+                   value);
+        return KACERT_Ok;
+    case TagUtf8String:
+        KA_STEP_AS("------>KAsn1_ReadUTF8String", readValue, element, content);
+        KA_STEP_AS("------>KI_UTF8String2Chinese", convertText, KI_UTF8String2Chinese, content.bytes, TagBmpString,
+                   value);
+        return KACERT_Ok;
+    case TagIa5String:
+        KA_STEP_AS("------>KAsn1_ReadIa5String", readValue, element, content);
+        break;
+    default:
+        KA_STEP_AS("------>KAsn1_ReadPrintableString", readValue, element, content);
+        break;
+    }
+    KA_STEP_AS("------>KI_CopyAnybuf", store, value, content);
+    return KACERT_Ok;
+}
+
+// `rdn`: SET { SEQUENCE { type, value } ... }, of which the first attribute is taken.
+Status readRdn(const Element &rdn, NameRecord &record) {
+    Level attributes;
+    KA_STEP_AS("------>KAsn1_ReadSet", readSet, rdn, attributes);
+    if (attributes.empty())
+        return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadSequence");
+    Level fields;
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, attributes.take(), fields);
+    if (fields.empty())
+        return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadObjectId");
+    Element type;
+    KA_STEP_AS("------>KAsn1_ReadObjectId", readValue, fields.take(), type);
+    KA_STEP_AS("------>KI_CopyAnybuf", store, record.oid, type);
+    const NameAttribute *attribute = attributeOfOid(type.bytes);
+    record.id = attribute != nullptr ? attribute->kind : 0;
+    return readAttributeValue(fields.take(), record.value);
+}
+
+} // namespace
+
+Status appendName(NameRecord &head, NameRecord *&hint, uint32_t kind, Bytes value) {
+    NamePtr record(KA_CREATE(NameRecord));
+    if (record == nullptr)
+        return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
+    record->id = kind;
+    record->value.tag = TagPrintableString;
+    KA_PASS(replace, record->oid, attributeOfKind(kind)->oid);
+    KA_PASS(replace, record->value, value);
+    append<&NameRecord::next>(head.next, hint, record.release());
+    return KACERT_Ok;
+}
+
+const NameRecord *findName(const NameRecord &head, uint32_t kind) {
+    const NameRecord *record = head.next;
+    while (record != nullptr && record->id != kind)
+        record = record->next;
+    return record;
+}
+
+Status decodeName(const Element &source, NameRecord &head) {
+    Level rdns;
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, source, rdns);
+    NameRecord *last = nullptr;
+    while (!rdns.empty()) {
+        NameRecord *record = KA_CREATE(NameRecord);
+        if (record == nullptr)
+            return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
+        append<&NameRecord::next>(head.next, last, record);
+        KA_PASS(readRdn, rdns.take(), *record);
+    }
+    return KACERT_Ok;
+}
+
+} // namespace karil
+
+using namespace karil;
+
+int32_t KI_EncodeIssuerSuject(const NameRecord *head, Anybuf **out) {
+    KA_FRAME("KI_EncodeIssuerSuject");
+    if (head == nullptr || out == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    *out = nullptr;
+    Chain rdns;
+    for (NameRecord *record = head->next; record != nullptr; record = record->next)
+        KA_PASS(writeRdn, *record, rdns.slot());
+    KA_STEP(KAsn1_WriteSequence, rdns.head(), out);
+    return KA_DONE();
+}
+
+int32_t KI_DecodeIssuerSubject(const Anybuf *source, NameRecord *head) {
+    KA_FRAME("KI_DecodeIssuerSubject");
+    if (source == nullptr || source->data == nullptr || head == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    KA_PASS(decodeName, elementOf(*source), *head);
+    return KA_DONE();
+}
+
+void KI_FreeName(NameRecord *first) {
+    while (first != nullptr) {
+        NameRecord *next = first->next;
+        KAPR_Free(first->oid.data);
+        KAPR_Free(first->value.data);
+        KAPR_Free(first);
+        first = next;
+    }
+}

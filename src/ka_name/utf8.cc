@@ -1,0 +1,33 @@
+#include "ka_name.h"
+
+namespace karil {
+
+Status convertText(Conversion convert, Bytes text, uint32_t tag, Anybuf &out) {
+    if (text.size() > INT32_MAX)
+        return KACERT_InvalidLengthErr;
+    const auto length = static_cast<int32_t>(text.size());
+    uint32_t size = 0;
+    KA_PASS(convert, text.data(), length, nullptr, &size);
+    Owned<uint8_t> data(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, size)));
+    if (data == nullptr)
+        return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
+    KA_PASS(convert, text.data(), length, data.get(), &size);
+    KAPR_Free(out.data);
+    out = {data.release(), size, 0, 2, tag, nullptr, nullptr};
+    return KACERT_Ok;
+}
+
+} // namespace karil
+
+using namespace karil;
+
+int32_t KI_EnCodeUtf8(const uint8_t *text, int32_t length, Anybuf **out) {
+    KA_FRAME("KI_EnCodeUtf8");
+    if (text == nullptr || length < 0 || out == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    Scratch utf8;
+    KA_STEP_AS("------>KI_Chinese2UTF8String", convertText, KI_Chinese2UTF8String,
+               Bytes(text, static_cast<size_t>(length)), TagUtf8String, utf8.record);
+    KA_STEP(KAsn1_WriteUTF8String, &utf8.record, out);
+    return KA_DONE();
+}

@@ -1,0 +1,57 @@
+// What the tests share: octets from hex, owning handles, the recorded trace.
+#pragma once
+
+#include "karil/base.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace karil_test {
+
+using Octets = std::vector<uint8_t>;
+
+// "30 03 02 01 05" as five octets; blanks are free.
+Octets hex(std::string_view text);
+// Octets as "30 03 02 01 05".
+std::string toHex(const uint8_t *data, size_t size);
+inline std::string toHex(const Octets &octets) {
+    return toHex(octets.data(), octets.size());
+}
+inline std::string toHex(const Anybuf &record) {
+    return toHex(record.data, record.length);
+}
+Octets text(std::string_view characters);
+
+struct FreeChain {
+    void operator()(Anybuf *first) const { KI_FreeAnybuf(first); }
+};
+using Chain = std::unique_ptr<Anybuf, FreeChain>;
+struct FreeBlock {
+    void operator()(void *block) const { KAPR_Free(block); }
+};
+template <class T> using Block = std::unique_ptr<T, FreeBlock>;
+
+// A record over octets that the test owns: a reader's source.
+inline Anybuf view(Octets &octets, uint32_t tag = 0) {
+    return Anybuf{octets.data(), static_cast<uint32_t>(octets.size()), 0, 0, tag, nullptr, nullptr};
+}
+
+// Records the trace while it lives; the test program's own KAPR_DebugMessage feeds it.
+class Trace {
+public:
+    Trace();
+    ~Trace();
+    Trace(const Trace &) = delete;
+    Trace &operator=(const Trace &) = delete;
+    bool has(std::string_view words) const;
+    const std::vector<std::string> &lines() const { return recorded; }
+
+    std::vector<std::string> recorded;
+
+private:
+    Trace *outer;
+};
+
+} // namespace karil_test
