@@ -19,8 +19,8 @@ TEST(CertAttributes, CreationAndDestruction) {
 
 TEST(CertAttributes, IdsThatAreNotSet) {
     const CertPtr ctx = newCert();
-    for (const int32_t id : {-1, 0, 1, 4, 8, 19, 28, 29, 30, 32, 43, 52, 55, 66, 88, 94, 100, 108, 116, 122, 132, 138,
-                             154, 156, 500, 506, 507, 508, 511, 513}) {
+    for (const int32_t id : {-1, 0,   1,   4,   8,   19,  28,  29,  30,  32,  43,  52,  55,  66,  88,
+                             94, 100, 108, 116, 122, 132, 138, 154, 156, 500, 506, 507, 508, 511, 513}) {
         Trace trace;
         EXPECT_EQ(setChar(ctx, id, "x"), KACERT_AttributeNotSupportErr) << id;
         EXPECT_TRUE(trace.has("------>Set KACERT_AttributeNotSupportErr")) << id;
@@ -117,8 +117,10 @@ TEST(CertAttributes, ReplacedValuesAnswerTheLast) {
         Anybuf CertEncodeCtx::*field;
         uint32_t tag;
     };
-    const Row rows[] = {{3, &CertEncodeCtx::signature, 3},  {5, &CertEncodeCtx::serialNumber, 2},
-                        {7, &CertEncodeCtx::issuerDer, 0},  {31, &CertEncodeCtx::subjectDer, 0},
+    const Row rows[] = {{3, &CertEncodeCtx::signature, 3},
+                        {5, &CertEncodeCtx::serialNumber, 2},
+                        {7, &CertEncodeCtx::issuerDer, 0},
+                        {31, &CertEncodeCtx::subjectDer, 0},
                         {54, &CertEncodeCtx::publicKey, 48}};
     for (const Row &row : rows) {
         const CertPtr ctx = newCert();
@@ -326,7 +328,8 @@ TEST(CertAttributes, PrivateExtensionsFromPlainValues) {
         int32_t type;
         const char *want;
     };
-    for (const Row &row : {Row{19, "13 02 41 42"}, Row{4, "04 02 41 42"}, Row{12, "04 02 41 42"}, Row{-3, "04 02 41 42"}}) {
+    for (const Row &row :
+         {Row{19, "13 02 41 42"}, Row{4, "04 02 41 42"}, Row{12, "04 02 41 42"}, Row{-3, "04 02 41 42"}}) {
         const CertPtr ctx = newCert();
         const Octets value = text("AB");
         ASSERT_EQ(KACert_SetCertAttributePrivate_ForValue(ctx.get(), id.data(), 2, 0, value.data(), 2, row.type), 0);

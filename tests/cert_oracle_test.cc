@@ -27,7 +27,7 @@ X509Ptr parse(const Octets &der) {
 
 // RSAPublicKey ::= SEQUENCE { modulus, publicExponent }, from the record.
 Octets publicKeyDer(const RsaPublicKeyRecord &key) {
-    const auto number = [](const uint8_t (&field)[256]) {
+    const auto number = [](const uint8_t(&field)[256]) {
         Octets octets(field, field + 256);
         while (octets.size() > 1 && octets[0] == 0)
             octets.erase(octets.begin());
@@ -38,8 +38,7 @@ Octets publicKeyDer(const RsaPublicKeyRecord &key) {
     return seq({number(key.modulus), number(key.exponent)});
 }
 
-int32_t signSha1(const uint8_t *input, uint32_t inputLength, uint8_t *output, uint32_t *outputLength,
-                 void *parameter) {
+int32_t signSha1(const uint8_t *input, uint32_t inputLength, uint8_t *output, uint32_t *outputLength, void *parameter) {
     if (output == nullptr)
         return 0;
     return KA_PKCS7_SignedData(KA_DIGEST_SHA1, input, inputLength, output, outputLength,

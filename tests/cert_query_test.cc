@@ -21,20 +21,21 @@ CertPtr decoded(const CertParts &parts) {
 TEST(CertQuery, EveryIdOfADecodedCertificate) {
     const Zone utc("UTC");
     CertParts parts;
-    parts.issuer = seq({attribute("55 04 06", "CN"), attribute("55 04 08", "S"), attribute("55 04 07", "L"),
-                        attribute("55 04 0A", "O1"), attribute("55 04 0A", "O2"), attribute("55 04 0B", "U1"),
-                        attribute("55 04 0B", "U2"), attribute("55 04 03", "N"),
-                        attribute("2A 86 48 86 F7 0D 01 09 01", "E"), attribute("55 04 10", "PA"),
-                        attribute("55 04 11", "PC"), attribute("55 04 14", "T")});
+    parts.issuer =
+        seq({attribute("55 04 06", "CN"), attribute("55 04 08", "S"), attribute("55 04 07", "L"),
+             attribute("55 04 0A", "O1"), attribute("55 04 0A", "O2"), attribute("55 04 0B", "U1"),
+             attribute("55 04 0B", "U2"), attribute("55 04 03", "N"), attribute("2A 86 48 86 F7 0D 01 09 01", "E"),
+             attribute("55 04 10", "PA"), attribute("55 04 11", "PC"), attribute("55 04 14", "T")});
     parts.subject = parts.issuer;
-    parts.setExtensions({extension("55 1D 23", seq({hex("80 02 01 02")})), extension("55 1D 0E", hex("04 01 03")),
-                         extension("55 1D 0F", hex("03 02 05 A0"), flagTrue),
-                         extension("55 1D 11", seq({hex("81 01 6D"), hex("82 01 64"), tlv(0xA4, commonName("SA")),
-                                                    hex("86 01 75"), hex("87 04 7F 00 00 01")})),
-                         extension("55 1D 12", seq({tlv(0xA4, seq({attribute("55 04 03", "IA"),
-                                                                  attribute("2A 86 48 86 F7 0D 01 09 01", "IE")}))})),
-                         extension("55 1D 13", seq({flagTrue, hex("02 01 03")}), flagTrue),
-                         extension("55 1D 25", seq({oid("2B 06 01 05 05 07 03 02")}))});
+    parts.setExtensions(
+        {extension("55 1D 23", seq({hex("80 02 01 02")})), extension("55 1D 0E", hex("04 01 03")),
+         extension("55 1D 0F", hex("03 02 05 A0"), flagTrue),
+         extension("55 1D 11", seq({hex("81 01 6D"), hex("82 01 64"), tlv(0xA4, commonName("SA")), hex("86 01 75"),
+                                    hex("87 04 7F 00 00 01")})),
+         extension("55 1D 12",
+                   seq({tlv(0xA4, seq({attribute("55 04 03", "IA"), attribute("2A 86 48 86 F7 0D 01 09 01", "IE")}))})),
+         extension("55 1D 13", seq({flagTrue, hex("02 01 03")}), flagTrue),
+         extension("55 1D 25", seq({oid("2B 06 01 05 05 07 03 02")}))});
     const CertPtr ctx = decoded(parts);
     const std::string name = toHex(text("C=CN,O=O2,OU=U1,OU=U2,CN=N,E=E,S=S,L=L,PA=PA,PC=PC,Phone=T"));
     const struct {
@@ -91,8 +92,8 @@ TEST(CertQuery, EveryIdOfADecodedCertificate) {
     };
     for (const auto &row : rows)
         EXPECT_EQ(getChar(ctx, row.id), row.want) << row.id;
-    for (const int32_t id : {-1, 0, 4, 19, 29, 30, 64, 84, 91, 92, 93, 101, 105, 109, 113, 128, 130, 135, 136, 137, 155,
-                             501, 502, 503, 512}) {
+    for (const int32_t id : {-1,  0,   4,   19,  29,  30,  64,  84,  91,  92,  93,  101, 105,
+                             109, 113, 128, 130, 135, 136, 137, 155, 501, 502, 503, 512}) {
         uint32_t length = 7;
         Trace trace;
         EXPECT_EQ(KACert_GetCertAttributeChar(ctx.get(), id, nullptr, &length), KACERT_AttributeNotSupportErr) << id;
@@ -138,8 +139,7 @@ TEST(CertQuery, UnitsAreJoinedAndNeedABuffer) {
     uint8_t buffer[64] = {};
     EXPECT_EQ(KACert_GetCertAttributeChar(ctx.get(), CERT_ISSUER_ORGANIZATIONALUNITNAME, buffer, &length), KACERT_Ok);
     EXPECT_EQ(toHex(buffer, length), toHex(text("UnitA,OU=UnitB")));
-    EXPECT_EQ(KACert_GetCertAttributeChar(ctx.get(), CERT_SUBJECT_ORGANIZATIONALUNITNAME, nullptr, &length),
-              KACERT_Ok);
+    EXPECT_EQ(KACert_GetCertAttributeChar(ctx.get(), CERT_SUBJECT_ORGANIZATIONALUNITNAME, nullptr, &length), KACERT_Ok);
     EXPECT_EQ(length, 0u);
 }
 

@@ -16,7 +16,8 @@
 extern "C" {
 #endif
 
-/* Attribute ids. "Int": the Int functions; "Get": not set; "Set": not asked for; none: the Char functions, both ways. */
+/* Attribute ids. "Int": the Int functions; "Get": not set; "Set": not asked for; none: the Char functions, both ways.
+ */
 enum {
     CERT_TBS_CERTIFICATE = 1,          /* Get */
     CERT_OUTER_SIGNATUREALGORITHM = 2, /* OID content octets */
@@ -63,18 +64,18 @@ enum {
     CERTEX_SUBJECTKEYIDENTIFIER_CRITICAL = 84,   /* Set */
     CERTEX_SUBJECTKEYIDENTIFIER = 85,            /* key id octets, once; critical becomes 0 */
     CERTEX_KEYUSAGE_CRITICAL = 86,
-    CERTEX_KEYUSAGE = 87,                  /* 1 or 2 octets, first bit on top, once; critical becomes 1 */
-    CERTEX_CERTPOLICY_CRITICAL = 91,       /* Set */
-    CERTEX_CERTPOLICYID = 92,              /* Set: OID content octets; a second one is ignored */
-    CERTEX_CERTPOLICY_CPS = 93,            /* Set: URI, appended; ignored while there is no policy id */
-    CERT_SUBJECT_ALT_COUNTRYNAME = 101,    /* Set: 101 to 107 make a directory name; they do not by themselves */
+    CERTEX_KEYUSAGE = 87,                       /* 1 or 2 octets, first bit on top, once; critical becomes 1 */
+    CERTEX_CERTPOLICY_CRITICAL = 91,            /* Set */
+    CERTEX_CERTPOLICYID = 92,                   /* Set: OID content octets; a second one is ignored */
+    CERTEX_CERTPOLICY_CPS = 93,                 /* Set: URI, appended; ignored while there is no policy id */
+    CERT_SUBJECT_ALT_COUNTRYNAME = 101,         /* Set: 101 to 107 make a directory name; they do not by themselves */
     CERT_SUBJECT_ALT_STATEORPROVINCENAME = 102, /* Set: cause extensions to be written */
     CERT_SUBJECT_ALT_LOCALITYNAME = 103,        /* Set */
     CERT_SUBJECT_ALT_ORGANIZATIONNAME = 104,    /* Set */
     CERT_SUBJECT_ALT_ORGANIZATIONALUNITNAME = 105, /* Set */
     CERT_SUBJECT_ALT_COMMONNAME = 106,
-    CERT_SUBJECT_ALT_EMAIL = 107,       /* Get answers from the issuer's alternative name */
-    CERT_ISSUER_ALT_COUNTRYNAME = 109,  /* Set: as 101 */
+    CERT_SUBJECT_ALT_EMAIL = 107,                 /* Get answers from the issuer's alternative name */
+    CERT_ISSUER_ALT_COUNTRYNAME = 109,            /* Set: as 101 */
     CERT_ISSUER_ALT_STATEORPROVINCENAME = 110,    /* Set */
     CERT_ISSUER_ALT_LOCALITYNAME = 111,           /* Set */
     CERT_ISSUER_ALT_ORGANIZATIONNAME = 112,       /* Set */
@@ -82,24 +83,24 @@ enum {
     CERT_ISSUER_ALT_COMMONNAME = 114,
     CERT_ISSUER_ALT_EMAIL = 115, /* Get answers from the subject's alternative name */
     CERTEX_BASICCONSTRAINTS_CRITICAL = 119,
-    CERTEX_AUTHORITY = 120,          /* one octet, cA; critical becomes 1 */
-    CERTEX_PATHLENCONSTRAINT = 121,  /* only the first octet is written */
-    CERTEX_EXTKEY_CRITICAL = 128,    /* Set */
-    CERTEX_EXTKEY_USAGE = 129,       /* bit mask of ExtKeyUsageExtension, once; critical becomes 0 */
-    CERTEX_CRLDIST_CRITICAL = 130,   /* Set */
-    CERTEX_CRLDIST_FULLNAME = 131,   /* URI, appended; critical becomes 0. Get: the next one, as an element */
-    CERTEX_AUTHORITYINFO_CRITICAL = 135,       /* Set */
-    CERTEX_AUTHORITYINFO_OCSP = 136,           /* Set: URI, appended; critical becomes 0 */
-    CERTEX_AUTHORITYINFO_CAISSUERS = 137,      /* Set: URI, appended; critical becomes 0 */
-    CERTEX_EXTKEY_USAGE_OID_DEFINE = 155,      /* Set: dotted text, appended */
-    CERT_SUBJECT_ALT_OTHERNAME_TYPEID = 501,   /* Set: dotted text; the type becomes 12 */
-    CERT_SUBJECT_ALT_OTHERNAME_VALUE = 502,    /* Set; the type becomes 12 */
-    CERT_SUBJECT_ALT_OTHERNAME_TYPE = 503,     /* Set: DER tag of the value; after 501 and 502 */
-    CERT_SUBJECT_ALT_RFC822NAME = 504,         /* once */
-    CERT_SUBJECT_ALT_DNSNAME = 505,            /* once */
-    CERT_SUBJECT_ALT_URI = 509,                /* once */
-    CERT_SUBJECT_ALT_IPADDRESS = 510,          /* address octets, once */
-    CERT_SUBJECT_ALT_CRITICAL = 512            /* Set */
+    CERTEX_AUTHORITY = 120,                  /* one octet, cA; critical becomes 1 */
+    CERTEX_PATHLENCONSTRAINT = 121,          /* only the first octet is written */
+    CERTEX_EXTKEY_CRITICAL = 128,            /* Set */
+    CERTEX_EXTKEY_USAGE = 129,               /* bit mask of ExtKeyUsageExtension, once; critical becomes 0 */
+    CERTEX_CRLDIST_CRITICAL = 130,           /* Set */
+    CERTEX_CRLDIST_FULLNAME = 131,           /* URI, appended; critical becomes 0. Get: the next one, as an element */
+    CERTEX_AUTHORITYINFO_CRITICAL = 135,     /* Set */
+    CERTEX_AUTHORITYINFO_OCSP = 136,         /* Set: URI, appended; critical becomes 0 */
+    CERTEX_AUTHORITYINFO_CAISSUERS = 137,    /* Set: URI, appended; critical becomes 0 */
+    CERTEX_EXTKEY_USAGE_OID_DEFINE = 155,    /* Set: dotted text, appended */
+    CERT_SUBJECT_ALT_OTHERNAME_TYPEID = 501, /* Set: dotted text; the type becomes 12 */
+    CERT_SUBJECT_ALT_OTHERNAME_VALUE = 502,  /* Set; the type becomes 12 */
+    CERT_SUBJECT_ALT_OTHERNAME_TYPE = 503,   /* Set: DER tag of the value; after 501 and 502 */
+    CERT_SUBJECT_ALT_RFC822NAME = 504,       /* once */
+    CERT_SUBJECT_ALT_DNSNAME = 505,          /* once */
+    CERT_SUBJECT_ALT_URI = 509,              /* once */
+    CERT_SUBJECT_ALT_IPADDRESS = 510,        /* address octets, once */
+    CERT_SUBJECT_ALT_CRITICAL = 512          /* Set */
 };
 
 /*
@@ -142,8 +143,8 @@ KARIL_API int32_t KACert_SetCertAttributePrivate(CertEncodeCtx *ctx, const uint8
  * the PrintableString element cannot be made.
  */
 KARIL_API int32_t KACert_SetCertAttributePrivate_ForValue(CertEncodeCtx *ctx, const uint8_t *oid, int32_t oidLength,
-                                                          uint8_t critical, const uint8_t *value,
-                                                          int32_t valueLength, int32_t type);
+                                                          uint8_t critical, const uint8_t *value, int32_t valueLength,
+                                                          int32_t type);
 
 /*
  * Makes a PrintableString element (KACert_EncodeChar) or an OCTET STRING element (UnsignedChar2OCTET) of `length`
@@ -212,8 +213,7 @@ KARIL_API int32_t KACert_GetCertAttributeInt(const CertDecodeCtx *ctx, int32_t i
  * decoded CERTEX_KEYUSAGE starts with its unused-bits octet.
  * Returns 0; KACERT_AttributeNotSupportErr for an id that is not asked for; KACERT_InvalidParamErr.
  */
-KARIL_API int32_t KACert_GetCertAttributeChar(CertDecodeCtx *ctx, int32_t id, uint8_t *result,
-                                              uint32_t *resultLength);
+KARIL_API int32_t KACert_GetCertAttributeChar(CertDecodeCtx *ctx, int32_t id, uint8_t *result, uint32_t *resultLength);
 
 /*
  * Answers the private extension numbered `*index`, from 1. `oid`, `value`: receive the octets, or null; the caller

@@ -29,14 +29,14 @@ KARIL_STATIC_ASSERT(sizeof(RsaPublicKeyRecord) == 516, "a public key record has 
 
 typedef struct RsaPrivateKeyRecord {
     uint32_t bits;
-    uint8_t modulus[256];         /* n */
-    uint8_t publicExponent[256];  /* e */
-    uint8_t exponent[256];        /* d */
-    uint8_t prime1[128];          /* p */
-    uint8_t prime2[128];          /* q */
-    uint8_t primeExponent1[128];  /* d mod (p - 1) */
-    uint8_t primeExponent2[128];  /* d mod (q - 1) */
-    uint8_t coefficient[128];     /* q^-1 mod p */
+    uint8_t modulus[256];        /* n */
+    uint8_t publicExponent[256]; /* e */
+    uint8_t exponent[256];       /* d */
+    uint8_t prime1[128];         /* p */
+    uint8_t prime2[128];         /* q */
+    uint8_t primeExponent1[128]; /* d mod (p - 1) */
+    uint8_t primeExponent2[128]; /* d mod (q - 1) */
+    uint8_t coefficient[128];    /* q^-1 mod p */
 } RsaPrivateKeyRecord;
 KARIL_STATIC_ASSERT(sizeof(RsaPrivateKeyRecord) == 1412, "a private key record has 1,412 octets");
 
@@ -75,8 +75,8 @@ KARIL_API int32_t KA_PKCS7_GenerateBytes(uint8_t *output, const uint32_t *length
  * Digests `inputLength` octets at `input`. `output`: room for 16 (MD2, MD5) or 20 (SHA-1) octets, whose number goes
  * to `*outputLength`. Returns 0; KAPKCS7_DigestAlgErr for another id; KACERT_InvalidItemErr.
  */
-KARIL_API int32_t KA_PKCS7_DigestMessage(int32_t digestId, const uint8_t *input, uint32_t inputLength,
-                                         uint8_t *output, uint32_t *outputLength);
+KARIL_API int32_t KA_PKCS7_DigestMessage(int32_t digestId, const uint8_t *input, uint32_t inputLength, uint8_t *output,
+                                         uint32_t *outputLength);
 
 /*
  * Signs `input` (RFC 8017 8.2.1): digest, DigestInfo, private operation. It has nothing to do with the PKCS#7 content
@@ -84,8 +84,8 @@ KARIL_API int32_t KA_PKCS7_DigestMessage(int32_t digestId, const uint8_t *input,
  * Returns 0; KAPKCS7_DigestAlgErr; KAPKCS7_SignErr where the key could not be loaded; KAPKCS7_RsaOperationErr;
  * KACERT_InvalidItemErr.
  */
-KARIL_API int32_t KA_PKCS7_SignedData(int32_t digestId, const uint8_t *input, uint32_t inputLength,
-                                      uint8_t *signature, uint32_t *signatureLength, const RsaPrivateKeyRecord *key);
+KARIL_API int32_t KA_PKCS7_SignedData(int32_t digestId, const uint8_t *input, uint32_t inputLength, uint8_t *signature,
+                                      uint32_t *signatureLength, const RsaPrivateKeyRecord *key);
 
 /*
  * Verifies a signature. `*verdict`: 1 where the opened block ends in the digest of `input`, else 0; a bad signature
@@ -103,8 +103,8 @@ KARIL_API int32_t KA_PKCS7_VerifySignature(int32_t digestId, const uint8_t *inpu
  * points at a 32-bit digest id, or at a key record. Return KACERT_InvalidItemErr for a null parameter, else what the
  * function returns.
  */
-KARIL_API int32_t KA_DigestFunc_Ref(const uint8_t *input, uint32_t inputLength, uint8_t *output,
-                                    uint32_t *outputLength, void *digestId); /* KA_PKCS7_DigestMessage */
+KARIL_API int32_t KA_DigestFunc_Ref(const uint8_t *input, uint32_t inputLength, uint8_t *output, uint32_t *outputLength,
+                                    void *digestId); /* KA_PKCS7_DigestMessage */
 KARIL_API int32_t KA_PrivateKeyEncFunc_Ref(const uint8_t *input, uint32_t inputLength, uint8_t *output,
                                            uint32_t *outputLength, void *key); /* KA_PKCS7_RSAPrivateEncrypt */
 KARIL_API int32_t KA_PrivateKeyDecryptFunc_Ref(const uint8_t *input, uint32_t inputLength, uint8_t *output,

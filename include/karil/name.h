@@ -63,8 +63,9 @@ KARIL_SIZE_32(GeneralNameRecord, 260);
  * heap record that the caller frees with KI_FreeAnybuf.
  * String types: country and telephone PrintableString always, e-mail IA5String always; any other PrintableString
  * where all its characters belong to that type, else BMPString. Departure from RFC 5280 4.1.2.4: no UTF8String.
- * Returns 0; KACERT_InvalidParamErr for a null pointer; KACERT_MemoryErr, also for any failure with an attribute
- * type; KACERT_InvalidLengthErr for text above 1,024 octets that needs conversion.
+ * Returns 0; KACERT_InvalidParamErr for a null pointer, a value's data behind a length included; KACERT_MemoryErr,
+ * also for any failure with an attribute type; KACERT_InvalidLengthErr for text above 1,024 octets that needs
+ * conversion.
  */
 KARIL_API int32_t KI_EncodeIssuerSuject(const NameRecord *head, Anybuf **out);
 
@@ -86,7 +87,7 @@ KARIL_API int32_t KI_DecodeIssuerSubject(const Anybuf *source, NameRecord *head)
  * `result`: only data and length are written; data, which the caller frees with KAPR_Free, replaces nothing.
  * A list with none of these attributes leaves `result` as it was.
  * Returns 0; KACERT_MemoryErr; KACERT_InvalidLengthErr where the text and its last separator exceed 1,024 octets;
- * KACERT_InvalidParamErr for a null pointer.
+ * KACERT_InvalidParamErr for a null pointer, a value's data behind a length included.
  */
 KARIL_API int32_t KI_GetDN(Anybuf *result, const NameRecord *head);
 
@@ -96,7 +97,7 @@ KARIL_API void KI_FreeName(NameRecord *first);
 /*
  * Writes local text as a UTF8String element. `text`: `length` octets, 1,024 at most; what cannot be converted gives
  * an empty string. Free `*out` with KI_FreeAnybuf.
- * Returns 0; KACERT_InvalidLengthErr; KACERT_MemoryErr; KACERT_InvalidParamErr for a null pointer.
+ * Returns 0; KACERT_InvalidLengthErr; KACERT_MemoryErr; KACERT_InvalidParamErr for a null pointer or a length below 0.
  */
 KARIL_API int32_t KI_EnCodeUtf8(const uint8_t *text, int32_t length, Anybuf **out);
 
@@ -106,9 +107,9 @@ KARIL_API int32_t KI_EnCodeUtf8(const uint8_t *text, int32_t length, Anybuf **ou
  * `names`: not null; the value's tag of an otherName may be set. `*out`: free it with KI_FreeAnybuf.
  * Departure from RFC 5280 4.2.1.6: an otherName's value has its [0] EXPLICIT wrapper only where its kind is 12 and
  * the plural function writes it.
- * Returns 0; KACERT_InvalidParamErr for a null pointer, an otherName without type or value, or a type that is no
- * dotted text; KACERT_AlgorithmNotSupportErr for a type that is no object identifier; KACERT_InvalidLengthErr for one
- * above 128 octets or text above the limits of text.h; KACERT_MemoryErr; the singular function
+ * Returns 0; KACERT_InvalidParamErr for a null pointer or an otherName without type or value;
+ * KACERT_AlgorithmNotSupportErr for a type that KACert_GetOIDValue does not take; KACERT_InvalidLengthErr for one above
+ * 128 octets or text above the limits of text.h; KACERT_MemoryErr; the singular function
  * KACERT_AttributeNotSupportErr where nothing is present.
  */
 KARIL_API int32_t KI_EncodeGeneralName(GeneralNameRecord *names, Anybuf **out);

@@ -45,12 +45,10 @@ KARIL_API int32_t KI_BmpString2UTF8(const uint8_t *source, int32_t length, uint8
 KARIL_API int32_t KI_UTF82BmpString(const uint8_t *source, int32_t length, uint8_t *result, uint32_t *resultLength);
 
 /* Code page 936 to UTF-8 by way of BMP text, with the limits of both steps. */
-KARIL_API int32_t KI_Chinese2UTF8String(const uint8_t *source, int32_t length, uint8_t *result,
-                                        uint32_t *resultLength);
+KARIL_API int32_t KI_Chinese2UTF8String(const uint8_t *source, int32_t length, uint8_t *result, uint32_t *resultLength);
 
 /* UTF-8 to code page 936 by way of BMP text, with the limits of both steps. */
-KARIL_API int32_t KI_UTF8String2Chinese(const uint8_t *source, int32_t length, uint8_t *result,
-                                        uint32_t *resultLength);
+KARIL_API int32_t KI_UTF8String2Chinese(const uint8_t *source, int32_t length, uint8_t *result, uint32_t *resultLength);
 
 #ifdef __cplusplus
 }

@@ -231,8 +231,8 @@ Status giveSubjectAltCommonName(const CertExtensions &ext, const Answer &answer)
 }
 
 Status giveAltName(const CertExtensions &ext, uint32_t form, const Answer &answer, const Anybuf &field) {
-    return giveIf(ext.hasSubjectAltName != 0 && ext.subjectAltName.names.present[form] != 0 && field.length > 0,
-                  answer, bytesOf(field));
+    return giveIf(ext.hasSubjectAltName != 0 && ext.subjectAltName.names.present[form] != 0 && field.length > 0, answer,
+                  bytesOf(field));
 }
 
 Status giveDistributionPoint(CertExtensions &ext, const Answer &answer) {

@@ -25,10 +25,9 @@ void clearExtensions(CertExtensions &ext) {
 }
 
 void clearContext(CertEncodeCtx &ctx) {
-    for (Anybuf *field :
-         {&ctx.encoded, &ctx.tbs, &ctx.outerSignatureAlgorithm.oid, &ctx.signature, &ctx.issuerText, &ctx.subjectText,
-          &ctx.serialNumber, &ctx.innerSignatureAlgorithm.oid, &ctx.publicKeyAlgorithm.oid, &ctx.publicKey,
-          &ctx.subjectDer, &ctx.issuerDer})
+    for (Anybuf *field : {&ctx.encoded, &ctx.tbs, &ctx.outerSignatureAlgorithm.oid, &ctx.signature, &ctx.issuerText,
+                          &ctx.subjectText, &ctx.serialNumber, &ctx.innerSignatureAlgorithm.oid,
+                          &ctx.publicKeyAlgorithm.oid, &ctx.publicKey, &ctx.subjectDer, &ctx.issuerDer})
         KI_ClearAnybuf(field);
     clearSecret(ctx.signKey);
     KI_FreeName(ctx.issuer.next);

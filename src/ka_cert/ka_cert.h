@@ -88,7 +88,7 @@ struct CertAttribute {
     const char *setWords;
     const char *getWords;
     const char *getLengthWords;
-    Status (*set)(CertEncodeCtx &ctx, CertExtensions &ext, Bytes value);             // null: not set
+    Status (*set)(CertEncodeCtx &ctx, CertExtensions &ext, Bytes value);          // null: not set
     Status (*get)(CertEncodeCtx &ctx, CertExtensions &ext, const Answer &answer); // null: not asked for
 };
 const CertAttribute *certAttribute(int32_t id);

@@ -94,8 +94,8 @@ uint32_t operate(Operation operation, RSA *key, Bytes input, uint8_t *output) {
 }
 
 template <class Record>
-Status runRsa(Operation operation, uint8_t *output, uint32_t *outputLength, const uint8_t *input,
-              uint32_t inputLength, const Record *record) {
+Status runRsa(Operation operation, uint8_t *output, uint32_t *outputLength, const uint8_t *input, uint32_t inputLength,
+              const Record *record) {
     if (output == nullptr || outputLength == nullptr || (input == nullptr && inputLength > 0) || record == nullptr)
         return KACERT_InvalidItemErr;
     const RsaPtr key = loadKey(*record);
@@ -166,13 +166,13 @@ int32_t KA_PKCS7_RSAPublicDecrypt(uint8_t *output, uint32_t *outputLength, const
     return runRsa(RSA_public_decrypt, output, outputLength, input, inputLength, key);
 }
 
-int32_t KA_PKCS7_RSAPrivateEncrypt(uint8_t *output, uint32_t *outputLength, const uint8_t *input,
-                                   uint32_t inputLength, const RsaPrivateKeyRecord *key) {
+int32_t KA_PKCS7_RSAPrivateEncrypt(uint8_t *output, uint32_t *outputLength, const uint8_t *input, uint32_t inputLength,
+                                   const RsaPrivateKeyRecord *key) {
     return runRsa(RSA_private_encrypt, output, outputLength, input, inputLength, key);
 }
 
-int32_t KA_PKCS7_RSAPrivateDecrypt(uint8_t *output, uint32_t *outputLength, const uint8_t *input,
-                                   uint32_t inputLength, const RsaPrivateKeyRecord *key) {
+int32_t KA_PKCS7_RSAPrivateDecrypt(uint8_t *output, uint32_t *outputLength, const uint8_t *input, uint32_t inputLength,
+                                   const RsaPrivateKeyRecord *key) {
     return runRsa(RSA_private_decrypt, output, outputLength, input, inputLength, key);
 }
 
@@ -206,14 +206,13 @@ int32_t KA_PKCS7_SignedData(int32_t digestId, const uint8_t *input, uint32_t inp
         ERR_clear_error();
         return KAPKCS7_SignErr;
     }
-    *signatureLength = operate(RSA_private_encrypt, rsa.get(), Bytes(digestInfo, algorithm->prefix.size() + algorithm->size),
-                               signature);
+    *signatureLength = operate(RSA_private_encrypt, rsa.get(),
+                               Bytes(digestInfo, algorithm->prefix.size() + algorithm->size), signature);
     return *signatureLength != OperationFailed ? KACERT_Ok : KAPKCS7_RsaOperationErr;
 }
 
-int32_t KA_PKCS7_VerifySignature(int32_t digestId, const uint8_t *input, uint32_t inputLength,
-                                 const uint8_t *signature, uint32_t signatureLength, const RsaPublicKeyRecord *key,
-                                 int32_t *verdict) {
+int32_t KA_PKCS7_VerifySignature(int32_t digestId, const uint8_t *input, uint32_t inputLength, const uint8_t *signature,
+                                 uint32_t signatureLength, const RsaPublicKeyRecord *key, int32_t *verdict) {
     const DigestAlgorithm *algorithm = digestAlgorithm(digestId);
     if (algorithm == nullptr)
         return KAPKCS7_DigestAlgErr;

@@ -44,7 +44,9 @@ template <class T> [[nodiscard]] T *create(const char *source, int line) {
     return static_cast<T *>(KAPR_Malloc(source, line, sizeof(T)));
 }
 
-inline Bytes bytesOf(const Anybuf &record) { return {record.data, record.length}; }
+inline Bytes bytesOf(const Anybuf &record) {
+    return {record.data, record.length};
+}
 bool equal(Bytes left, Bytes right);
 
 // Sets an embedded record to a copy of `value`, keeping its tag, and releases what stood there before.

@@ -12,10 +12,14 @@ void KAPR_Free(void *block) {
     free(block);
 }
 
-void KAPR_DebugMessage(const char *, const char *, int32_t, const char *) {}
+void KAPR_DebugMessage(const char *, const char *, int32_t, const char *) {
+}
 
-void KAPR_DebugValMessage(const char *, ...) {}
+void KAPR_DebugValMessage(const char *, ...) {
+}
 
-void KAPR_DebugDumpData(const char *, ...) {}
+void KAPR_DebugDumpData(const char *, ...) {
+}
 
-void KAPR_Display_memory(const char *, ...) {}
+void KAPR_Display_memory(const char *, ...) {
+}

@@ -72,10 +72,9 @@ struct Route {
     bool composes;
     const char *words; // of a failed conversion
 };
-constexpr Route ChineseToBmp = {"CP936", "UTF-16BE", false, 1024, nullptr, mendPair, false,
-                                "------>MultiByteToWideChar"};
-constexpr Route BmpToChinese = {"UTF-16BE", "CP936", true, 2048, nullptr, mendUnit, true,
-                                "------>WideCharToMultiByte"};
+constexpr Route ChineseToBmp = {"CP936", "UTF-16BE", false, 1024,
+                                nullptr, mendPair,   false, "------>MultiByteToWideChar"};
+constexpr Route BmpToChinese = {"UTF-16BE", "CP936", true, 2048, nullptr, mendUnit, true, "------>WideCharToMultiByte"};
 constexpr Route BmpToUtf8 = {"UTF-16BE",
                              "UTF-8",
                              true,
@@ -126,8 +125,7 @@ Bytes compose(Bytes text, std::span<uint8_t, WideArea> area) {
     size_t size = 0;
     for (size_t at = 0; at < text.size(); at += 2) {
         const uint32_t unit = uint32_t{text[at]} << 8 | text[at + 1];
-        const uint32_t letter =
-            size == 0 ? 0 : composed(uint32_t{area[size - 2]} << 8 | area[size - 1], unit);
+        const uint32_t letter = size == 0 ? 0 : composed(uint32_t{area[size - 2]} << 8 | area[size - 1], unit);
         size -= letter != 0 ? 2 : 0;
         const uint32_t stored = letter != 0 ? letter : unit;
         area[size++] = static_cast<uint8_t>(stored >> 8);

@@ -1,25 +1,8 @@
 #include "cert_support.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <ctime>
 
 namespace karil_test {
-
-Zone::Zone(const char *name) {
-    if (const char *old = std::getenv("TZ"); old != nullptr)
-        before = old;
-    setenv("TZ", name, 1);
-    tzset();
-}
-
-Zone::~Zone() {
-    if (before)
-        setenv("TZ", before->c_str(), 1);
-    else
-        unsetenv("TZ");
-    tzset();
-}
 
 int32_t fixedSignature(const uint8_t *, uint32_t, uint8_t *output, uint32_t *outputLength, void *) {
     const Octets signature = hex("AA BB CC");

@@ -5,8 +5,6 @@
 
 #include "der.h"
 
-#include <optional>
-
 namespace karil_test {
 
 struct DestroyCert {
@@ -65,18 +63,6 @@ struct CertParts {
     void setExtensions(std::initializer_list<Octets> list) { extensions = tlv(0xA3, seq(list)); }
     Octets tbs() const { return seq({version, serial, inner, issuer, validity, subject, key, extensions}); }
     Octets whole() const { return seq({tbs(), outer, signature}); }
-};
-
-// Puts the process into a time zone while it lives.
-class Zone {
-public:
-    explicit Zone(const char *name);
-    ~Zone();
-    Zone(const Zone &) = delete;
-    Zone &operator=(const Zone &) = delete;
-
-private:
-    std::optional<std::string> before;
 };
 
 // Sets what every certificate needs: version, serial number, algorithms, names, validity, key and a hook that signs

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdlib>
+#include <ctime>
 
 namespace karil_test {
 
@@ -36,6 +38,27 @@ Octets text(std::string_view characters) {
     return {characters.begin(), characters.end()};
 }
 
+// One octet in front keeps data from being null where there are none.
+Exact::Exact(const Octets &octets, uint32_t tag) : block(new uint8_t[octets.size() + 1]) {
+    record = {block.get() + 1, static_cast<uint32_t>(octets.size()), 0, 0, tag, nullptr, nullptr};
+    std::copy(octets.begin(), octets.end(), record.data);
+}
+
+Zone::Zone(const char *name) {
+    if (const char *old = std::getenv("TZ"); old != nullptr)
+        before = old;
+    setenv("TZ", name, 1);
+    tzset();
+}
+
+Zone::~Zone() {
+    if (before)
+        setenv("TZ", before->c_str(), 1);
+    else
+        unsetenv("TZ");
+    tzset();
+}
+
 Trace::Trace() : outer(current) {
     current = this;
 }
@@ -52,7 +75,7 @@ bool Trace::has(std::string_view words) const {
 
 // In place of the library's own: the library reaches this one through the dynamic symbol.
 extern "C" __attribute__((visibility("default"))) void KAPR_DebugMessage(const char *logName, const char *, int32_t,
-                                                                        const char *message) {
+                                                                         const char *message) {
     if (karil_test::current != nullptr && std::string_view(logName) == "kacert.log")
         karil_test::current->recorded.emplace_back(message);
 }

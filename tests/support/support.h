@@ -4,6 +4,7 @@
 #include "karil/base.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,6 +38,26 @@ template <class T> using Block = std::unique_ptr<T, FreeBlock>;
 inline Anybuf view(Octets &octets, uint32_t tag = 0) {
     return Anybuf{octets.data(), static_cast<uint32_t>(octets.size()), 0, 0, tag, nullptr, nullptr};
 }
+
+// A source record over a heap block of just its size, so that ASan sees a read past its end.
+struct Exact {
+    std::unique_ptr<uint8_t[]> block;
+    Anybuf record;
+
+    explicit Exact(const Octets &octets, uint32_t tag = 0);
+};
+
+// Puts the process into a time zone while it lives.
+class Zone {
+public:
+    explicit Zone(const char *name);
+    ~Zone();
+    Zone(const Zone &) = delete;
+    Zone &operator=(const Zone &) = delete;
+
+private:
+    std::optional<std::string> before;
+};
 
 // Records the trace while it lives; the test program's own KAPR_DebugMessage feeds it.
 class Trace {

@@ -1,0 +1,36 @@
+#!/bin/sh
+# Installs the Debian packages that are missing. Arguments: groups, of build, test and check.
+set -eu
+
+packages=
+for group in "$@"; do
+    case $group in
+    build) packages="$packages g++ cmake ninja-build pkgconf libssl-dev nettle-dev" ;;
+    test) packages="$packages libgtest-dev ca-certificates openssl tzdata" ;;
+    check) packages="$packages clang clang-format clang-tidy libclang-rt-14-dev" ;;
+    *)
+        echo "setup.sh: no group of the name $group" >&2
+        exit 2
+        ;;
+    esac
+done
+
+missing=
+for package in $packages; do
+    dpkg-query -W -f='${Status}\n' "$package" 2>/dev/null | grep -q 'ok installed' || missing="$missing $package"
+done
+[ -n "$missing" ] || exit 0
+
+root=
+if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo >/dev/null || {
+        echo "These packages are missing, and there is no sudo to install them with:$missing" >&2
+        exit 1
+    }
+    root=sudo
+fi
+echo "Installing Debian packages:$missing"
+export DEBIAN_FRONTEND=noninteractive
+$root apt-get update -q
+# shellcheck disable=SC2086
+$root env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends $missing

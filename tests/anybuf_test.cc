@@ -1,0 +1,126 @@
+// The records and the memory that every family shares.
+#include "karil/base.h"
+#include "support.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+
+namespace karil_test {
+namespace {
+
+TEST(Memory, BlocksAreZeroedEvenWhenReused) {
+    for (int i = 0; i < 8; ++i) {
+        Block<uint8_t> block(static_cast<uint8_t *>(KAPR_Malloc("t", 1, 64)));
+        ASSERT_NE(block, nullptr);
+        EXPECT_EQ(toHex(block.get(), 64), toHex(Octets(64, 0)));
+        memset(block.get(), 0xFF, 64);
+    }
+    Block<void> empty(KAPR_Malloc(nullptr, 0, 0));
+    EXPECT_NE(empty, nullptr);
+    KAPR_Free(nullptr);
+}
+
+TEST(Anybuf, CreateGivesFormTwoAndZeroesElsewhere) {
+    Anybuf *record = nullptr;
+    ASSERT_EQ(KAsn1_Low_CreateAnyBuf(&record), KACERT_Ok);
+    const Chain owner(record);
+    const Anybuf want{nullptr, 0, 0, 2, 0, nullptr, nullptr};
+    EXPECT_EQ(memcmp(record, &want, sizeof want), 0);
+    EXPECT_EQ(KI_InitAnybuf(nullptr), nullptr); // null records are accepted
+    KI_ClearAnybuf(nullptr);
+    KI_FreeAnybuf(nullptr);
+}
+
+TEST(Anybuf, InitAndClearZeroAllSevenFields) {
+    const Anybuf zero = {};
+    Anybuf other = {};
+    uint8_t octet = 0;
+    Anybuf record{&octet, 1, 2, 3, 4, &other, &other};
+    EXPECT_EQ(KI_InitAnybuf(&record), &record);
+    EXPECT_EQ(memcmp(&record, &zero, sizeof zero), 0);
+
+    record = {static_cast<uint8_t *>(KAPR_Malloc("t", 1, 4)), 4, 2, 3, 4, &other, &other};
+    KI_ClearAnybuf(&record); // the leak check sees a block that stays
+    EXPECT_EQ(memcmp(&record, &zero, sizeof zero), 0);
+}
+
+TEST(Anybuf, ClearLeavesTheRestOfTheChainAlive) {
+    Anybuf *first = nullptr;
+    ASSERT_EQ(KAsn1_Low_CreateAnyBuf(&first), KACERT_Ok);
+    const Chain owner(first);
+    ASSERT_EQ(KAsn1_Low_CreateAnyBuf(&first->next), KACERT_Ok);
+    const Chain second(first->next);
+    KI_ClearAnybuf(first);
+    EXPECT_EQ(first->next, nullptr);
+    EXPECT_EQ(second->form, 2u);
+}
+
+TEST(Anybuf, CopyTakesEveryFieldAndABlockOfItsOwn) {
+    Anybuf before = {};
+    Anybuf behind = {};
+    Octets value = hex("03 02 04 F0");
+    const Anybuf source{value.data(), 4, 4, 2, 3, &behind, &before};
+    Anybuf copy = {};
+    ASSERT_EQ(KI_CopyAnybuf(&copy, &source), KACERT_Ok);
+    value[0] = 0;
+    EXPECT_EQ(toHex(copy), "03 02 04 F0");
+    EXPECT_NE(copy.data, source.data);
+    const Block<uint8_t> owner(copy.data);
+    copy.data = value.data();
+    EXPECT_EQ(memcmp(&copy, &source, sizeof copy), 0);
+
+    const Anybuf none{nullptr, 0, 1, 2, 3, nullptr, nullptr};
+    ASSERT_EQ(KI_CopyAnybuf(&copy, &none), KACERT_Ok);
+    EXPECT_EQ(memcmp(&copy, &none, sizeof copy), 0);
+}
+
+TEST(Anybuf, SetKeepsTheTagAndClearsTheRest) {
+    Anybuf other = {};
+    Anybuf record{nullptr, 9, 5, 2, 0xA3, &other, &other};
+    const Octets value = hex("01 02");
+    ASSERT_EQ(KI_SetAttributeCharValue(&record, value.data(), 2), KACERT_Ok);
+    const Block<uint8_t> first(record.data);
+    const Anybuf want{record.data, 2, 0, 0, 0xA3, nullptr, nullptr};
+    EXPECT_EQ(memcmp(&record, &want, sizeof want), 0);
+    EXPECT_EQ(toHex(record), "01 02");
+
+    // A second value leaves the first block to whoever holds it, and no octets still give a block.
+    ASSERT_EQ(KI_SetAttributeCharValue(&record, nullptr, 0), KACERT_Ok);
+    EXPECT_EQ(toHex(first.get(), 2), "01 02");
+    EXPECT_NE(record.data, nullptr);
+    EXPECT_EQ(record.length, 0u);
+    KI_ClearAnybuf(&record);
+}
+
+TEST(Anybuf, CopyAlgorithmTakesIdAndOid) {
+    Octets oid = hex("2A 86 48");
+    const AlgorithmRecord source{7, {oid.data(), 3, 0, 2, 6, nullptr, nullptr}};
+    AlgorithmRecord copy = {};
+    ASSERT_EQ(KI_CopyAlgorithm(&copy, &source), KACERT_Ok);
+    const Block<uint8_t> owner(copy.oid.data);
+    EXPECT_NE(copy.oid.data, oid.data());
+    EXPECT_EQ(copy.id, 7u);
+    EXPECT_EQ(copy.oid.tag, 6u);
+    EXPECT_EQ(toHex(copy.oid), "2A 86 48");
+}
+
+TEST(Anybuf, BadArgumentsChangeNothing) {
+    Anybuf record{nullptr, 1, 2, 3, 4, nullptr, nullptr};
+    const Anybuf asBefore = record;
+    const Anybuf broken{nullptr, 5, 0, 0, 0, nullptr, nullptr};
+    AlgorithmRecord algorithm = {};
+    const AlgorithmRecord brokenAlgorithm{9, broken};
+    EXPECT_EQ(KAsn1_Low_CreateAnyBuf(nullptr), KACERT_InvalidParamErr);
+    EXPECT_EQ(KI_CopyAnybuf(nullptr, &record), KACERT_InvalidParamErr);
+    EXPECT_EQ(KI_CopyAnybuf(&record, nullptr), KACERT_InvalidParamErr);
+    EXPECT_EQ(KI_CopyAnybuf(&record, &broken), KACERT_InvalidParamErr);
+    EXPECT_EQ(KI_SetAttributeCharValue(nullptr, nullptr, 0), KACERT_InvalidParamErr);
+    EXPECT_EQ(KI_SetAttributeCharValue(&record, nullptr, 1), KACERT_InvalidParamErr);
+    EXPECT_EQ(KI_CopyAlgorithm(nullptr, &algorithm), KACERT_InvalidParamErr);
+    EXPECT_EQ(KI_CopyAlgorithm(&algorithm, &brokenAlgorithm), KACERT_InvalidParamErr);
+    EXPECT_EQ(memcmp(&record, &asBefore, sizeof record), 0);
+    EXPECT_EQ(algorithm.id, 0u);
+}
+
+} // namespace
+} // namespace karil_test
