@@ -239,6 +239,7 @@ TEST(Asn1Low, IntegersOutAndIn) {
         {"", 0},
         {"00 00", 0},
         {"00 80", 128},
+        {"01 00", 256},
         {"FF", 255},
         {"00 00 01", 1},
         {"00 FF FF FF FF", 0xFFFFFFFF},

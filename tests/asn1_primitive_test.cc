@@ -140,7 +140,6 @@ TEST(Asn1Primitive, ReadersOfValues) {
         {"no sign", "02 01 FF", 0, 255},
         {"sign octet", "02 05 00 FF FF FF FF", 0, 0xFFFFFFFF},
         {"cut to 32 bits", "02 05 01 02 03 04 05", 0, 0x02030405},
-        {"any tag", "84 01 07", 0, 7},
         {"octets behind the element", "02 01 07 FF FF", 0, 7},
         {"0x80", "02 80 01 09", 0, 9},
         {"empty", "02 00", 0, 0},
@@ -205,12 +204,10 @@ void expectRefused(const Anybuf &record, int32_t status) {
 
 TEST(Asn1Primitive, Malformed) {
     const std::tuple<const char *, const char *, uint32_t, int32_t> rows[] = {
-        {"record one longer", "04 01 AA 00", 4, 102},
         {"five length octets", "04 85 00 00 00 00 01 AA", 4, 101},
         {"0x80 at the end", "04 80", 4, 101},
         {"0x80 with content past the end", "04 80 01", 4, 101},
         {"no octet for the unused bits", "03 00", 3, 101},
-        {"endless tag", "1F 01 02 03", 4, 102},
     };
     for (const auto &[name, element, tag, status] : rows) {
         SCOPED_TRACE(name);

@@ -155,7 +155,7 @@ typedef struct CertExtensions {
     AuthorityInfoExtension authorityInfo;
     PrivateExtensionNode *privateExtensions;
 } CertExtensions;
-KARIL_SIZE_32(CertExtensions, 12 + 3 * 32 + 8 + 2 * 264 + 32 + 36 + 12 + 8 + 4);
+KARIL_SIZE_32(CertExtensions, 736);
 
 /*
  * A certificate, built or decoded. Made by KACert_CreateCertEncodeCtx or KACert_CreateCertDecodeCtx, and freed with
@@ -196,7 +196,7 @@ typedef struct CertEncodeCtx {
     AccessNode *authorityInfoLast;
     PrivateExtensionNode *privateExtensionsLast;
 } CertEncodeCtx;
-KARIL_SIZE_32(CertEncodeCtx, 4 + 10 * 28 + 3 * 32 + 4 + 4 + 2 * 68 + 2 * 12 + sizeof(CertExtensions) + 9 * 4);
+KARIL_SIZE_32(CertEncodeCtx, 1320);
 
 /* The same record under the name that decoding uses. */
 typedef CertEncodeCtx CertDecodeCtx;

@@ -82,7 +82,7 @@ struct Answer {
 // The same for an answer that has no length-only form.
 [[nodiscard]] Status giveFilled(const Answer &answer, Bytes value);
 
-// What is known of an attribute id of the Char functions. A new attribute is one row of attributes.cc.
+// What is known of an attribute id of the Char functions. One more is one row of attributes.cc.
 struct CertAttribute {
     int32_t id;
     const char *setWords;

@@ -48,6 +48,9 @@ Status giveName(const NameRecord &head, uint32_t kind, const Answer &answer) {
     return record != nullptr ? give(answer, bytesOf(record->value)) : KACERT_Ok;
 }
 
+// What stands between two organizational units.
+static constexpr uint8_t Separator[] = {',', 'O', 'U', '='};
+
 Status giveUnits(const NameRecord &head, const Answer &answer) {
     uint8_t *at = answer.result;
     for (const NameRecord *record = head.next; record != nullptr; record = record->next) {
@@ -56,8 +59,8 @@ Status giveUnits(const NameRecord &head, const Answer &answer) {
         if (at == nullptr)
             return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
         if (at != answer.result) {
-            memcpy(at, ",OU=", 4);
-            at += 4;
+            memcpy(at, Separator, sizeof Separator);
+            at += sizeof Separator;
         }
         memcpy(at, record->value.data, record->value.length);
         at += record->value.length;

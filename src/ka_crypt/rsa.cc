@@ -26,14 +26,14 @@ Number load(Bytes field) {
     return Number(BN_bin2bn(field.data(), static_cast<int>(field.size()), nullptr));
 }
 
+// The RSA_set0 functions take the numbers over; they refuse null alone.
 RsaPtr loadKey(const RsaPublicKeyRecord &record) {
     RsaPtr key(RSA_new());
     Number n = load(record.modulus);
     Number e = load(record.exponent);
-    if (key == nullptr || n == nullptr || e == nullptr || RSA_set0_key(key.get(), n.get(), e.get(), nullptr) != 1)
+    if (key == nullptr || n == nullptr || e == nullptr)
         return nullptr;
-    n.release();
-    e.release();
+    RSA_set0_key(key.get(), n.release(), e.release(), nullptr);
     return key;
 }
 
@@ -48,15 +48,8 @@ bool loadPrimes(RSA *key, const RsaPrivateKeyRecord &record) {
         return false;
     if (BN_is_zero(p.get()) && BN_is_zero(q.get()))
         return true;
-    if (RSA_set0_factors(key, p.get(), q.get()) != 1)
-        return false;
-    p.release();
-    q.release();
-    if (RSA_set0_crt_params(key, dp.get(), dq.get(), inverse.get()) != 1)
-        return false;
-    dp.release();
-    dq.release();
-    inverse.release();
+    RSA_set0_factors(key, p.release(), q.release());
+    RSA_set0_crt_params(key, dp.release(), dq.release(), inverse.release());
     return true;
 }
 
@@ -65,12 +58,9 @@ RsaPtr loadKey(const RsaPrivateKeyRecord &record) {
     Number n = load(record.modulus);
     Number e = load(record.publicExponent);
     Number d = load(record.exponent);
-    if (key == nullptr || n == nullptr || e == nullptr || d == nullptr ||
-        RSA_set0_key(key.get(), n.get(), e.get(), d.get()) != 1)
+    if (key == nullptr || n == nullptr || e == nullptr || d == nullptr)
         return nullptr;
-    n.release();
-    e.release();
-    d.release();
+    RSA_set0_key(key.get(), n.release(), e.release(), d.release());
     return loadPrimes(key.get(), record) ? std::move(key) : nullptr;
 }
 

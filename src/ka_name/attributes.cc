@@ -16,16 +16,16 @@ constexpr uint8_t PostalCode[] = {0x55, 0x04, 0x11};
 constexpr uint8_t Telephone[] = {0x55, 0x04, 0x14};
 
 constexpr NameAttribute Attributes[NameKinds] = {
-    {KA_NAME_COUNTRY, Country, "C=", WireString::Printable},
-    {KA_NAME_ORGANIZATION, Organization, "O=", WireString::ByContent},
-    {KA_NAME_ORGANIZATIONALUNIT, OrganizationalUnit, "OU=", WireString::ByContent},
-    {KA_NAME_COMMONNAME, CommonName, "CN=", WireString::ByContent},
-    {KA_NAME_EMAIL, Email, "E=", WireString::Ia5},
-    {KA_NAME_STATEORPROVINCE, StateOrProvince, "S=", WireString::ByContent},
-    {KA_NAME_LOCALITY, Locality, "L=", WireString::ByContent},
-    {KA_NAME_POSTALADDRESS, PostalAddress, "PA=", WireString::ByContent},
-    {KA_NAME_POSTALCODE, PostalCode, "PC=", WireString::ByContent},
-    {KA_NAME_TELEPHONE, Telephone, "Phone=", WireString::Printable},
+    {KA_NAME_COUNTRY, WireString::Printable, Country, "C="},
+    {KA_NAME_ORGANIZATION, WireString::ByContent, Organization, "O="},
+    {KA_NAME_ORGANIZATIONALUNIT, WireString::ByContent, OrganizationalUnit, "OU="},
+    {KA_NAME_COMMONNAME, WireString::ByContent, CommonName, "CN="},
+    {KA_NAME_EMAIL, WireString::Ia5, Email, "E="},
+    {KA_NAME_STATEORPROVINCE, WireString::ByContent, StateOrProvince, "S="},
+    {KA_NAME_LOCALITY, WireString::ByContent, Locality, "L="},
+    {KA_NAME_POSTALADDRESS, WireString::ByContent, PostalAddress, "PA="},
+    {KA_NAME_POSTALCODE, WireString::ByContent, PostalCode, "PC="},
+    {KA_NAME_TELEPHONE, WireString::Printable, Telephone, "Phone="},
 };
 
 } // namespace

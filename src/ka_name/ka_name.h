@@ -9,12 +9,12 @@ namespace karil {
 
 enum class WireString { ByContent, Printable, Ia5 };
 
-// All that is known of a name attribute. A new attribute is one row of the table in attributes.cc.
+// All that is known of a name attribute. One more is one row of attributes.cc.
 struct NameAttribute {
     uint32_t kind;
+    WireString wire;
     Bytes oid;
     const char *key; // in the text form
-    WireString wire;
 };
 
 // In the order of the text form.
