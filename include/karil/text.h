@@ -25,7 +25,7 @@ extern "C" {
  * 0 and leaves both outputs as they were: set the length to 0 before the call to see that.
  *
  * Into code page 936 a base letter with a combining mark is composed first where the code page has the composed
- * letter; what has no place becomes "?", one for each 16-bit unit. From code page 936 a broken, unassigned or
+ * letter; what has no place becomes "?", one for each 16-bit unit. From code page 936 a broken or
  * cut-off pair becomes one "?". Broken UTF-8 (one for each maximal subpart, Unicode 3.9) and lone surrogates become
  * U+FFFD.
  *
