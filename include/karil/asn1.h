@@ -78,7 +78,8 @@ KARIL_API int32_t KAsn1_ReadIntegerArray(const Anybuf *source, Anybuf *out);
 
 /*
  * Reads an INTEGER as an unsigned value of 32 bits, higher octets being lost. Neither the tag nor the element's size
- * against the record is checked, but the content must be there: KACERT_LengthNotEqualErr.
+ * against the record is checked, but the content must be there: KACERT_LengthNotEqualErr, or
+ * KACERT_InvalidLengthErr where only the 0x80 reading puts it past the end.
  */
 KARIL_API int32_t KAsn1_ReadInteger(const Anybuf *source, uint32_t *value);
 

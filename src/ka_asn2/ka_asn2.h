@@ -67,9 +67,10 @@ struct Implicit {
     Element content;
 };
 
-// Takes the first element off `rest`, without opening it. `shortage`: the status where the octets do not suffice. On
-// failure both are as they were. The functions of reader.cc alone compare an untrusted length with what is left.
-[[nodiscard]] Status next(Bytes &rest, Element &out, Status shortage);
+// Takes the first element off `rest`, without opening it. `shortage`: the status where the octets do not suffice,
+// `words`: its trace words where the header is all there. On failure both are as they were. The functions of reader.cc
+// alone compare an untrusted length with what is left.
+[[nodiscard]] Status next(Bytes &rest, Element &out, Status shortage, const char *words);
 
 // Opens a value of exactly the source's octets, with the rules of KAsn1_Low_ReadTagAndLength. `out` may be `source`.
 [[nodiscard]] Status readValue(const Element &source, Element &out);

@@ -143,8 +143,8 @@ int32_t KAsn1_ReadIntegerArray(const Anybuf *source, Anybuf *out) {
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     Anybuf *node = nullptr;
     KA_PASS(readString, source, &node);
-    *out = *node;
-    KAPR_Free(node);
+    const Owned<Anybuf> shell(node);
+    *out = *shell;
     return KA_DONE();
 }
 
@@ -173,8 +173,8 @@ int32_t KAsn1_ReadObjectId(const Anybuf *source, AlgorithmRecord **out) {
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
     Anybuf *node = nullptr;
     KA_PASS(readString, source, &node);
-    record->oid = *node;
-    KAPR_Free(node);
+    const Owned<Anybuf> shell(node);
+    record->oid = *shell;
     *out = record.release();
     return KA_DONE();
 }

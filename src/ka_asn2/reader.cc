@@ -82,35 +82,40 @@ Status exactContent(Bytes bytes, const Header &header, const char *words, Bytes 
     return KACERT_Ok;
 }
 
-Status checkLevel(Bytes content) {
+// `words`: of an element that runs over the end.
+Status checkLevel(Bytes content, const char *words) {
     Element inner;
     while (!content.empty())
-        KA_PASS(next, content, inner, KACERT_InvalidLengthErr);
+        KA_PASS(next, content, inner, KACERT_InvalidLengthErr, words);
     return KACERT_Ok;
 }
 
-Status openLevel(const Element &source, uint32_t tag, const char *tagWords, Level &out) {
+struct LevelWords {
+    const char *tag;
+    const char *overrun;
+};
+constexpr char Overrun[] = "------>KAsn1_Low_GetLengthInfo";
+
+Status openLevel(const Element &source, uint32_t tag, const LevelWords &words, Level &out) {
     Header header;
     KA_PASS(readTag, source.bytes, KACERT_LengthNotEqualErr, header);
     if ((header.tag & 0xFF) != tag)
-        return KA_FAIL(KACERT_InvalidTagErr, tagWords);
+        return KA_FAIL(KACERT_InvalidTagErr, words.tag);
     KA_PASS(readHeader, source.bytes, KACERT_LengthNotEqualErr, header);
     Bytes content;
     KA_PASS(exactContent, source.bytes, header, "------>KACERT_LengthNotEqualErr", content);
-    if (const Status status = checkLevel(content); status != KACERT_Ok)
-        return tag == NormalSet ? KA_FAIL(status, "------>lTotalLength != 0") : status;
+    KA_PASS(checkLevel, content, words.overrun);
     out.rest = content;
     return KACERT_Ok;
 }
 
 } // namespace
 
-Status next(Bytes &rest, Element &out, Status shortage) {
+Status next(Bytes &rest, Element &out, Status shortage, const char *words) {
     Header header;
     KA_PASS(readHeader, rest, shortage, header);
     if (header.total() > rest.size())
-        return KA_FAIL(shortage, shortage == KACERT_LengthNotEqualErr ? "------>KACERT_LengthNotEqualErr"
-                                                                      : "------>KAsn1_Low_GetLengthInfo");
+        return KA_FAIL(shortage, words);
     const auto total = static_cast<size_t>(header.total());
     out = {header.tag, rest.first(total)};
     rest = rest.subspan(total);
@@ -119,7 +124,7 @@ Status next(Bytes &rest, Element &out, Status shortage) {
 
 Element Level::take() {
     Element element;
-    if (rest.empty() || next(rest, element, KACERT_InvalidLengthErr) != KACERT_Ok)
+    if (rest.empty() || next(rest, element, KACERT_InvalidLengthErr, Overrun) != KACERT_Ok)
         return {};
     return element;
 }
@@ -141,11 +146,11 @@ Status readValue(const Element &source, Element &out) {
 }
 
 Status readSequence(const Element &source, Level &out) {
-    return openLevel(source, NormalSequence, "------>TAG != KA_DER_ID_SEQUENCE", out);
+    return openLevel(source, NormalSequence, {"------>TAG != KA_DER_ID_SEQUENCE", Overrun}, out);
 }
 
 Status readSet(const Element &source, Level &out) {
-    return openLevel(source, NormalSet, "------>TAG != KA_DER_ID_SET", out);
+    return openLevel(source, NormalSet, {"------>TAG != KA_DER_ID_SET", "------>lTotalLength != 0"}, out);
 }
 
 Status readImplicit(const Element &source, Implicit &out) {
@@ -155,7 +160,7 @@ Status readImplicit(const Element &source, Implicit &out) {
     KA_PASS(exactContent, source.bytes, header, "------>KACERT_LengthNotEqualErr", content);
     const bool constructed = (header.tag & 0x20) != 0;
     if (constructed)
-        KA_PASS(checkLevel, content);
+        KA_PASS(checkLevel, content, Overrun);
     out = {header.tag & 0x1F, constructed, {constructed ? content : Bytes{}}, {header.tag, content}};
     return KACERT_Ok;
 }
@@ -170,8 +175,10 @@ Status behindHeader(Bytes source, Bytes &out) {
 Status readInteger(const Element &source, uint32_t &value) {
     Header header;
     KA_PASS(readHeader, source.bytes, KACERT_LengthNotEqualErr, header);
+    if (header.total() > source.bytes.size())
+        return KA_FAIL(KACERT_LengthNotEqualErr, "------>KAsn1_Low_GetLengthInfo");
     if (header.contentEnd() > source.bytes.size())
-        return KA_FAIL(KACERT_LengthNotEqualErr, "------>KAsn1_Low_CharToInt");
+        return KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_GetLengthInfo");
     value = integerValue(source.bytes.subspan(header.contentAt, header.length));
     return KACERT_Ok;
 }
@@ -202,7 +209,7 @@ Status store(Anybuf &record, const Element &value) {
             return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
         memcpy(data.get(), value.bytes.data(), value.bytes.size());
     }
-    KAPR_Free(record.data);
+    KI_ClearAnybuf(&record);
     record = {data.release(), static_cast<uint32_t>(value.bytes.size()), 0, 2, value.tag, nullptr, nullptr};
     return KACERT_Ok;
 }

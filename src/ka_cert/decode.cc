@@ -117,7 +117,8 @@ Status decodeTbs(const Element &tbs, CertDecodeCtx &ctx) {
 // one of the first two
 Status decodeCertificate(Bytes der, CertDecodeCtx &ctx) {
     Element whole;
-    KA_STEP_AS("------>KAsn1_GetCertLength", next, der, whole, KACERT_LengthNotEqualErr);
+    KA_STEP_AS("------>KAsn1_GetCertLength", next, der, whole, KACERT_LengthNotEqualErr,
+               "------>KACERT_LengthNotEqualErr");
     KA_STEP_AS("------>KI_CopyAnybuf", store, ctx.encoded, whole);
     Level parts;
     KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, whole, parts);

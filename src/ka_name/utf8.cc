@@ -12,7 +12,7 @@ Status convertText(Conversion convert, Bytes text, uint32_t tag, Anybuf &out) {
     if (data == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
     KA_PASS(convert, text.data(), length, data.get(), &size);
-    KAPR_Free(out.data);
+    KI_ClearAnybuf(&out);
     out = {data.release(), size, 0, 2, tag, nullptr, nullptr};
     return KACERT_Ok;
 }
