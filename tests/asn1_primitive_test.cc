@@ -142,6 +142,7 @@ TEST(Asn1Primitive, ReadersOfValues) {
         {"cut to 32 bits", "02 05 01 02 03 04 05", 0, 0x02030405},
         {"octets behind the element", "02 01 07 FF FF", 0, 7},
         {"0x80", "02 80 01 09", 0, 9},
+        {"0x80 with its content past the end", "02 80 01", 101, 77},
         {"empty", "02 00", 0, 0},
         {"content cut off", "02 02 07", 102, 77},
         {"length cut off", "02 82 00", 102, 77},

@@ -1,8 +1,6 @@
 #include "cp936.h"
 #include "ka_low.h"
 
-#include <bit>
-
 #include <errno.h>
 #include <iconv.h>
 #include <string.h>
@@ -103,7 +101,7 @@ public:
     }
     Converter(const Converter &) = delete;
     Converter &operator=(const Converter &) = delete;
-    bool isOpen() const { return descriptor != std::bit_cast<iconv_t>(intptr_t{-1}); }
+    bool isOpen() const { return reinterpret_cast<intptr_t>(descriptor) != -1; }
 
     // Converts as far as it goes; false where the area is full.
     bool run(Bytes &rest, std::span<uint8_t> &area) {
