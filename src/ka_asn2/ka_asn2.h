@@ -82,8 +82,12 @@ struct Implicit {
 [[nodiscard]] Status behindHeader(Bytes source, Bytes &out);
 [[nodiscard]] Status readInteger(const Element &source, uint32_t &value);
 [[nodiscard]] Status readBoolean(const Element &source, uint8_t &value);
+// The local zone, looked up once for all times of an object: mktime asks the file system at each call.
+struct LocalClock {
+    bool isLookedUp = false;
+};
 // `tag`: 23 or 24, the only one accepted.
-[[nodiscard]] Status readTime(const Element &source, uint32_t tag, int32_t &time);
+[[nodiscard]] Status readTime(const Element &source, uint32_t tag, LocalClock &clock, int32_t &time);
 
 // Copies a borrowed value into an embedded record, as a reader and KI_CopyAnybuf would leave it there, and releases
 // what stood there before.

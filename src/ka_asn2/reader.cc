@@ -39,7 +39,17 @@ Status readTag(Bytes bytes, Status shortage, Header &out) {
     }
 }
 
+// Most elements: a tag of one octet and a length below 128.
+bool readShortHeader(Bytes bytes, Header &out) {
+    if (bytes.size() < 2 || (bytes[0] & 0x1F) == 0x1F || bytes[1] >= 0x80)
+        return false;
+    out = {(bytes[0] & 0x80) != 0 ? bytes[0] : bytes[0] & 0x1Fu, 1, 1, bytes[1], 2};
+    return true;
+}
+
 Status readHeader(Bytes bytes, Status shortage, Header &out) {
+    if (readShortHeader(bytes, out))
+        return KACERT_Ok;
     KA_PASS(readTag, bytes, shortage, out);
     const Bytes field = bytes.subspan(out.tagOctets);
     if (field.empty())

@@ -35,7 +35,37 @@ Status timeText(int32_t time, uint8_t (&text)[TextLength]) {
     return KACERT_Ok;
 }
 
-Status textTime(Bytes text, int32_t &time) {
+// Days from 1970-01-01 to the first of a month, which may lie outside its year.
+int64_t daysBefore(int64_t year, int64_t month) {
+    constexpr int32_t BeforeMonth[] = {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334};
+    year += (month - (month < 0 ? 11 : 0)) / 12;
+    month = (month % 12 + 12) % 12;
+    const int64_t leapYear = month > 1 ? year : year - 1;
+    const int64_t leapDays = leapYear / 4 - leapYear / 100 + leapYear / 400 - 477;
+    return (year - 1970) * 365 + leapDays + BeforeMonth[month];
+}
+
+int64_t offsetAt(int64_t seconds) {
+    const time_t at = seconds;
+    tm local = {};
+    return localtime_r(&at, &local) != nullptr ? local.tm_gmtoff : INT64_MAX;
+}
+
+// mktime, for a zone that was looked up. Where the offset changes within a day, mktime itself says what holds.
+int64_t localToSeconds(tm local, LocalClock &clock) {
+    constexpr int64_t Day = 86400;
+    if (!clock.isLookedUp)
+        tzset();
+    clock.isLookedUp = true;
+    const int64_t asUtc = (daysBefore(local.tm_year + int64_t{1900}, local.tm_mon) + local.tm_mday - 1) * Day +
+                          local.tm_hour * int64_t{3600} + local.tm_min * int64_t{60} + local.tm_sec;
+    const int64_t offset = offsetAt(asUtc - Day);
+    if (offset == INT64_MAX || offset != offsetAt(asUtc + Day) || offset != offsetAt(asUtc - offset))
+        return mktime(&local);
+    return asUtc - offset;
+}
+
+Status textTime(Bytes text, LocalClock &clock, int32_t &time) {
     if (text.size() < TextLength || text[TextLength - 1] != 'Z')
         return KA_FAIL(KACERT_InvalidTimeEndErr, "------>KACERT_InvalidTimeEndErr");
     tm local = {};
@@ -46,7 +76,7 @@ Status textTime(Bytes text, int32_t &time) {
     local.tm_min = pair(&text[8]);
     local.tm_sec = pair(&text[10]);
     local.tm_isdst = -1;
-    const time_t seconds = mktime(&local);
+    const int64_t seconds = localToSeconds(local, clock);
     if (seconds < 0 || seconds > INT32_MAX)
         return KA_FAIL(KACERT_MemoryErr, "------>mktime");
     time = static_cast<int32_t>(seconds);
@@ -54,10 +84,10 @@ Status textTime(Bytes text, int32_t &time) {
 }
 
 // The text behind tag and length field. The element's own length is not looked at.
-Status readText(const Element &source, int32_t &time) {
+Status readText(const Element &source, LocalClock &clock, int32_t &time) {
     Bytes text;
     KA_PASS(behindHeader, source.bytes, text);
-    KA_STEP_AS("------>KAsn1_Low_CtoITime", textTime, text, time);
+    KA_STEP_AS("------>KAsn1_Low_CtoITime", textTime, text, clock, time);
     return KACERT_Ok;
 }
 
@@ -72,17 +102,18 @@ Status writeTime(const int32_t *time, Tag tag, Anybuf **out) {
 Status checkedTime(const Anybuf *source, uint32_t tag, int32_t *time) {
     if (source == nullptr || source->data == nullptr || time == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    return readTime(elementOf(*source), tag, *time);
+    LocalClock clock;
+    return readTime(elementOf(*source), tag, clock, *time);
 }
 
 } // namespace
 
 namespace karil {
 
-Status readTime(const Element &source, uint32_t tag, int32_t &time) {
+Status readTime(const Element &source, uint32_t tag, LocalClock &clock, int32_t &time) {
     if ((source.tag & 0xFF) != tag)
         return KACERT_InvalidTagErr;
-    KA_STEP_AS("------>KAsn1_Low_ReadLongTime", readText, source, time);
+    KA_STEP_AS("------>KAsn1_Low_ReadLongTime", readText, source, clock, time);
     return KACERT_Ok;
 }
 
@@ -132,7 +163,8 @@ int32_t KAsn1_Low_CtoITime(const uint8_t *text, uint32_t length, int32_t **time)
     Owned<int32_t> cell(KA_CREATE(int32_t));
     if (cell == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-    KA_PASS(textTime, {text, length == 0 ? TextLength : length}, *cell);
+    LocalClock clock;
+    KA_PASS(textTime, {text, length == 0 ? TextLength : length}, clock, *cell);
     *time = cell.release();
     return KA_DONE();
 }
@@ -156,7 +188,8 @@ int32_t KAsn1_Low_ReadLongTime(const Anybuf *source, int32_t *time) {
     KA_FRAME("KAsn1_Low_ReadLongTime");
     if (source == nullptr || source->data == nullptr || time == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_PASS(readText, elementOf(*source), *time);
+    LocalClock clock;
+    KA_PASS(readText, elementOf(*source), clock, *time);
     return KA_DONE();
 }
 

@@ -67,13 +67,13 @@ Status readName(const Element &element, Anybuf &der, NameRecord &head) {
     return KACERT_Ok;
 }
 
-Status readCertTime(Level &times, CertTime &time) {
+Status readCertTime(Level &times, LocalClock &clock, CertTime &time) {
     if (times.empty())
         return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadUtcTime");
     const Element element = times.take();
-    time.isUtc = readTime(element, TagGeneralizedTime, time.generalizedValue) == KACERT_Ok ? 0 : 1;
+    time.isUtc = readTime(element, TagGeneralizedTime, clock, time.generalizedValue) == KACERT_Ok ? 0 : 1;
     if (time.isUtc != 0)
-        KA_STEP_AS("------>KAsn1_ReadUtcTime", readTime, element, TagUtcTime, time.utcValue);
+        KA_STEP_AS("------>KAsn1_ReadUtcTime", readTime, element, TagUtcTime, clock, time.utcValue);
     return KACERT_Ok;
 }
 
@@ -81,8 +81,9 @@ Status readCertTime(Level &times, CertTime &time) {
 Status readValidity(const Element &element, CertDecodeCtx &ctx) {
     Level times;
     KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, element, times);
-    KA_PASS(readCertTime, times, ctx.notBefore);
-    return readCertTime(times, ctx.notAfter);
+    LocalClock clock;
+    KA_PASS(readCertTime, times, clock, ctx.notBefore);
+    return readCertTime(times, clock, ctx.notAfter);
 }
 
 // TBSCertificate ::= SEQUENCE { version [0] DEFAULT v1, serialNumber, signature, issuer, validity, subject,

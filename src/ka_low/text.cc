@@ -135,10 +135,15 @@ Bytes compose(Bytes text, std::span<uint8_t, WideArea> area) {
 }
 
 bool isAscii(Bytes text, bool isBmp) {
-    for (size_t at = 0; at < text.size(); ++at)
-        if (isBmp && at % 2 == 0 ? text[at] != 0 : text[at] >= 0x80)
-            return false;
-    return true;
+    uint8_t odd = 0;
+    uint8_t even = 0;
+    for (size_t at = 1; at < text.size(); at += 2) {
+        even |= text[at - 1];
+        odd |= text[at];
+    }
+    if (text.size() % 2 != 0)
+        even |= text.back();
+    return odd < 0x80 && even < (isBmp ? 1 : 0x80);
 }
 
 // ASCII is the same in all three encodings but for the octet in front. Gives the octets written, 0 for none or too
@@ -176,6 +181,19 @@ size_t convertText(const Route &route, Bytes text, std::span<uint8_t> area) {
         return copyAscii(text, route.fromBmp, area);
     uint8_t wide[WideArea];
     return transcode(route, route.composes ? compose(text, wide) : text, area);
+}
+
+// Text that is all ASCII, is not empty and fits every area. False leaves the outputs as they were.
+bool copyPlain(const uint8_t *source, int32_t length, uint8_t *result, uint32_t *resultLength) {
+    if (source == nullptr || resultLength == nullptr || length < 1 || length > static_cast<int32_t>(NarrowArea))
+        return false;
+    const auto size = static_cast<size_t>(length);
+    if (!isAscii({source, size}, false))
+        return false;
+    *resultLength = static_cast<uint32_t>(size);
+    if (result != nullptr)
+        memcpy(result, source, size);
+    return true;
 }
 
 Status convert(const Route &route, const uint8_t *source, int32_t length, uint8_t *result, uint32_t *resultLength) {
@@ -222,8 +240,11 @@ int32_t KI_UTF82BmpString(const uint8_t *source, int32_t length, uint8_t *result
     return KA_DONE();
 }
 
+// Two steps by way of BMP text. ASCII is the same at both ends and needs neither.
 int32_t KI_Chinese2UTF8String(const uint8_t *source, int32_t length, uint8_t *result, uint32_t *resultLength) {
     KA_FRAME("KI_Chinese2UTF8String");
+    if (copyPlain(source, length, result, resultLength))
+        return KA_DONE();
     uint8_t bmp[WideArea];
     uint32_t bmpLength = 0;
     KA_STEP_AS("------>MKI_Chinese2BmpString函数失败", KI_Chinese2BmpString, source, length, bmp, &bmpLength);
@@ -234,6 +255,8 @@ int32_t KI_Chinese2UTF8String(const uint8_t *source, int32_t length, uint8_t *re
 
 int32_t KI_UTF8String2Chinese(const uint8_t *source, int32_t length, uint8_t *result, uint32_t *resultLength) {
     KA_FRAME("KI_UTF8String2Chinese");
+    if (copyPlain(source, length, result, resultLength))
+        return KA_DONE();
     uint8_t bmp[WideArea];
     uint32_t bmpLength = 0;
     KA_STEP_AS("------>KI_UTF82BmpString函数失败", KI_UTF82BmpString, source, length, bmp, &bmpLength);

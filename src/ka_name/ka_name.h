@@ -46,8 +46,7 @@ struct Scratch {
     ~Scratch() { KI_ClearAnybuf(&record); }
 };
 
-// Runs one of the conversions of text.h, first for the size and then for the bytes. The result replaces what stood
-// in `out`, with the tag given.
+// Runs one of the conversions of text.h. The result replaces what stood in `out`, with the tag given.
 using Conversion = int32_t (*)(const uint8_t *, int32_t, uint8_t *, uint32_t *);
 [[nodiscard]] Status convertText(Conversion convert, Bytes text, uint32_t tag, Anybuf &out);
 

@@ -1,17 +1,22 @@
 #include "ka_name.h"
 
+#include <string.h>
+
 namespace karil {
+
+// What the conversions of text.h give at the most.
+static constexpr size_t LongestText = 2048;
 
 Status convertText(Conversion convert, Bytes text, uint32_t tag, Anybuf &out) {
     if (text.size() > INT32_MAX)
         return KACERT_InvalidLengthErr;
-    const auto length = static_cast<int32_t>(text.size());
+    uint8_t converted[LongestText];
     uint32_t size = 0;
-    KA_PASS(convert, text.data(), length, nullptr, &size);
+    KA_PASS(convert, text.data(), static_cast<int32_t>(text.size()), converted, &size);
     Owned<uint8_t> data(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, size)));
     if (data == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-    KA_PASS(convert, text.data(), length, data.get(), &size);
+    memcpy(data.get(), converted, size);
     KI_ClearAnybuf(&out);
     out = {data.release(), size, 0, 2, tag, nullptr, nullptr};
     return KACERT_Ok;
