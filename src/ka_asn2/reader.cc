@@ -17,13 +17,22 @@ struct Header {
     uint64_t contentEnd() const { return uint64_t{contentAt} + length; }
 };
 
+// Most elements have a tag of one octet and a length below 128.
+inline bool isShort(Bytes bytes) {
+    return bytes.size() >= 2 && (bytes[0] & 0x1F) != 0x1F && bytes[1] < 0x80;
+}
+
+inline uint32_t shortTag(uint8_t octet) {
+    return (octet & 0x80) != 0 ? octet : octet & 0x1Fu;
+}
+
 Status readTag(Bytes bytes, Status shortage, Header &out) {
     if (bytes.empty())
         return KA_FAIL(shortage, "------>KAsn1_Low_GetTagInfo");
     const uint8_t first = bytes[0];
     out.tagOctets = 1;
     if ((first & 0x1F) != 0x1F) {
-        out.tag = (first & 0x80) != 0 ? first : first & 0x1Fu;
+        out.tag = shortTag(first);
         return KACERT_Ok;
     }
     uint32_t tag = 0;
@@ -39,17 +48,11 @@ Status readTag(Bytes bytes, Status shortage, Header &out) {
     }
 }
 
-// Most elements: a tag of one octet and a length below 128.
-bool readShortHeader(Bytes bytes, Header &out) {
-    if (bytes.size() < 2 || (bytes[0] & 0x1F) == 0x1F || bytes[1] >= 0x80)
-        return false;
-    out = {(bytes[0] & 0x80) != 0 ? bytes[0] : bytes[0] & 0x1Fu, 1, 1, bytes[1], 2};
-    return true;
-}
-
 Status readHeader(Bytes bytes, Status shortage, Header &out) {
-    if (readShortHeader(bytes, out))
+    if (isShort(bytes)) {
+        out = {shortTag(bytes[0]), 1, 1, bytes[1], 2};
         return KACERT_Ok;
+    }
     KA_PASS(readTag, bytes, shortage, out);
     const Bytes field = bytes.subspan(out.tagOctets);
     if (field.empty())
@@ -106,11 +109,16 @@ struct LevelWords {
 };
 constexpr char Overrun[] = "------>KAsn1_Low_GetLengthInfo";
 
+Status checkTag(Bytes bytes, uint32_t tag, const char *words) {
+    Header header;
+    KA_PASS(readTag, bytes, KACERT_LengthNotEqualErr, header);
+    return (header.tag & 0xFF) == tag ? KACERT_Ok : KA_FAIL(KACERT_InvalidTagErr, words);
+}
+
 Status openLevel(const Element &source, uint32_t tag, const LevelWords &words, Level &out) {
     Header header;
-    KA_PASS(readTag, source.bytes, KACERT_LengthNotEqualErr, header);
-    if ((header.tag & 0xFF) != tag)
-        return KA_FAIL(KACERT_InvalidTagErr, words.tag);
+    if (!isShort(source.bytes) || shortTag(source.bytes[0]) != tag)
+        KA_PASS(checkTag, source.bytes, tag, words.tag);
     KA_PASS(readHeader, source.bytes, KACERT_LengthNotEqualErr, header);
     Bytes content;
     KA_PASS(exactContent, source.bytes, header, "------>KACERT_LengthNotEqualErr", content);
@@ -122,6 +130,12 @@ Status openLevel(const Element &source, uint32_t tag, const LevelWords &words, L
 } // namespace
 
 Status next(Bytes &rest, Element &out, Status shortage, const char *words) {
+    if (isShort(rest) && rest[1] + size_t{2} <= rest.size()) {
+        const size_t total = rest[1] + size_t{2};
+        out = {shortTag(rest[0]), rest.first(total)};
+        rest = rest.subspan(total);
+        return KACERT_Ok;
+    }
     Header header;
     KA_PASS(readHeader, rest, shortage, header);
     if (header.total() > rest.size())
