@@ -25,7 +25,7 @@ static void check(int32_t status, const char *call) {
 static const uint8_t sha1WithRsa[] = {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x01, 0x05};
 static const uint8_t rsaEncryption[] = {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x01, 0x01};
 static const uint8_t anyPolicy[] = {0x55, 0x1D, 0x20, 0x00};
-static const uint8_t privateOid[] = {0x2B, 0x06, 0x01, 0x04, 0x01, 0x87, 0x67, 0x01};
+static const char privateOid[] = "2.999.1"; /* an arc that is set aside for examples */
 
 /* A key pair and the two forms in which a certificate holds its public half. */
 typedef struct Key {
@@ -124,6 +124,8 @@ static CertEncodeCtx *fillLeaf(const Key *leaf, const Key *root) {
     static const uint8_t address[] = {192, 0, 2, 1};
     static const uint8_t serverAndClient[] = {0xC0, 0, 0, 0};
     static const char privateText[] = "a value of our own";
+    uint8_t oid[16];
+    uint32_t oidLength = 0;
     CertEncodeCtx *ctx = startCertificate(leaf, root, 2, 1);
     setText(ctx, CERT_SUBJECT_COUNTRYNAME, "CN");
     setText(ctx, CERT_SUBJECT_LOCALITYNAME, "Beijing");
@@ -145,8 +147,9 @@ static CertEncodeCtx *fillLeaf(const Key *leaf, const Key *root) {
     setText(ctx, CERTEX_CRLDIST_FULLNAME, "http://crl.example.com/root.crl");
     setText(ctx, CERTEX_AUTHORITYINFO_OCSP, "http://ocsp.example.com/");
     setText(ctx, CERTEX_AUTHORITYINFO_CAISSUERS, "http://www.example.com/root.der");
-    CHECK(KACert_SetCertAttributePrivate_ForValue(ctx, privateOid, sizeof privateOid, 0, (const uint8_t *)privateText,
-                                                  (int32_t)strlen(privateText), 19));
+    CHECK(KACert_GetOIDValue(privateOid, (int32_t)strlen(privateOid), oid, &oidLength));
+    CHECK(KACert_SetCertAttributePrivate_ForValue(ctx, oid, (int32_t)oidLength, 0, (const uint8_t *)privateText,
+                                                  (int32_t)strlen(privateText), 19)); /* 19: PrintableString */
     return ctx;
 }
 
@@ -188,7 +191,9 @@ static void printText(const uint8_t *text, uint32_t length) {
 static void printOctets(const uint8_t *octets, uint32_t length) {
     for (uint32_t i = 0; i < length && i < 24; ++i)
         printf("%02X", octets[i]);
-    printf(length > 24 ? "... (%u octets)\n" : "\n", (unsigned)length);
+    if (length > 24)
+        printf("... (%u octets)", (unsigned)length);
+    putchar('\n');
 }
 
 static void printPrivateExtensions(CertDecodeCtx *ctx) {
@@ -266,6 +271,7 @@ static int32_t decodeFile(const char *path) {
     return status;
 }
 
+/* What these statuses mean for a certificate that is sound otherwise. */
 static const char *reasonOf(int status) {
     switch (status) {
     case KACERT_Ok:
@@ -273,7 +279,7 @@ static const char *reasonOf(int status) {
     case KACERT_MemoryErr:
         return "a date past 2038 does not fit 32 bits";
     case KACERT_InvalidTagErr:
-        return "a date past 2049, in the form with four digits for the year, is not read";
+        return "a date that has four digits for the year is not read";
     default:
         return "not decoded";
     }

@@ -1,22 +1,25 @@
 #!/bin/sh
-# Each public header alone, as C11 and C++20 with every warning on, by both compilers, and the fixed sizes of the
-# records where pointers have 32 bits.
+# Each public header alone, as C11 and C++20 with every warning on, by both compilers, and the sizes and offsets of
+# the records where pointers have 32 bits.
 set -eu
 cd "$(dirname "$0")/.."
 
 sh scripts/setup.sh build check
-warnings="-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -Iinclude -fsyntax-only"
 count=0
-for header in include/karil/*.h; do
-    line="#include \"karil/$(basename "$header")\""
-    for compiler in gcc clang; do
-        # shellcheck disable=SC2086
-        echo "$line" | $compiler -xc -std=c11 $warnings -
-        # shellcheck disable=SC2086
-        echo "$line" | $compiler -xc++ -std=c++20 $warnings -
-        # shellcheck disable=SC2086
-        echo "$line" | $compiler -xc -std=c11 -m32 -ffreestanding $warnings -
-        count=$((count + 3))
+# try COMPILER LANGUAGE STANDARD ARGUMENT...
+try() {
+    compiler=$1 language=$2 standard=$3
+    shift 3
+    "$compiler" -x "$language" "-std=$standard" -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -Iinclude \
+        -fsyntax-only "$@"
+    count=$((count + 1))
+}
+for compiler in gcc clang; do
+    for header in include/karil/*.h; do
+        try "$compiler" c c11 -include "$header" /dev/null
+        try "$compiler" c++ c++20 -include "$header" /dev/null
+        try "$compiler" c c11 -m32 -ffreestanding -include "$header" /dev/null
     done
+    try "$compiler" c c11 -m32 -ffreestanding tests/abi/layout.c
 done
 echo "$count header checks passed"

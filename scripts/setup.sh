@@ -30,7 +30,6 @@ if [ "$(id -u)" -ne 0 ]; then
     root=sudo
 fi
 echo "Installing Debian packages:$missing"
-export DEBIAN_FRONTEND=noninteractive
 $root apt-get update -q
 # shellcheck disable=SC2086
 $root env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends $missing
