@@ -1,6 +1,6 @@
 #!/bin/sh
-# Each public header alone, as C11 and C++20 with every warning on, by both compilers, and the sizes and offsets of
-# the records where pointers have 32 bits.
+# Each public header alone, as C11 and C++20 with every warning on, by both compilers, and the sizes of the
+# records where pointers have 32 bits.
 set -eu
 cd "$(dirname "$0")/.."
 
@@ -20,6 +20,5 @@ for compiler in gcc clang; do
         try "$compiler" c++ c++20 -include "$header" /dev/null
         try "$compiler" c c11 -m32 -ffreestanding -include "$header" /dev/null
     done
-    try "$compiler" c c11 -m32 -ffreestanding tests/abi/layout.c
 done
 echo "$count header checks passed"

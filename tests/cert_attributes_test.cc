@@ -40,75 +40,52 @@ TEST(CertAttributes, BadArguments) {
     EXPECT_EQ(KACert_SetCertSignFunc(nullptr, fixedSignature, nullptr, 0), KACERT_InvalidParamErr);
 }
 
-struct NameRow {
-    int32_t id;
-    NameRecord CertEncodeCtx::*head; // null: an alternative name
-    uint32_t kind;
-    const char *oid;
-    const char *words;
-};
-
-const NameRow nameRows[] = {
-    {9, &CertEncodeCtx::issuer, 25, "55 04 06", "CERT_ISSUER_COUNTRYNAME"},
-    {10, &CertEncodeCtx::issuer, 27, "55 04 08", "CERT_ISSUER_STATEORPROVINCENAME"},
-    {11, &CertEncodeCtx::issuer, 26, "55 04 07", "CERT_ISSUER_LOCALITYNAME"},
-    {12, &CertEncodeCtx::issuer, 29, "55 04 0A", "CERT_ISSUER_ORGANIZATIONNAME"},
-    {13, &CertEncodeCtx::issuer, 30, "55 04 0B", "CERT_ISSUER_ORGANIZATIONALUNITNAME"},
-    {14, &CertEncodeCtx::issuer, 22, "55 04 03", "CERT_ISSUER_COMMONNAME"},
-    {15, &CertEncodeCtx::issuer, 13, "2A 86 48 86 F7 0D 01 09 01", "CERT_ISSUER_EMAIL"},
-    {16, &CertEncodeCtx::issuer, 34, "55 04 10", "CERT_ISSUER_POSTALADDRESS"},
-    {17, &CertEncodeCtx::issuer, 35, "55 04 11", "CERT_ISSUER_POSTALCODE"},
-    {18, &CertEncodeCtx::issuer, 38, "55 04 14", "CERT_ISSUER_TELEPHONE"},
-    {33, &CertEncodeCtx::subject, 25, "55 04 06", "CERT_SUBJECT_COUNTRYNAME"},
-    {34, &CertEncodeCtx::subject, 27, "55 04 08", "CERT_SUBJECT_STATEORPROVINCENAME"},
-    {35, &CertEncodeCtx::subject, 26, "55 04 07", "CERT_SUBJECT_LOCALITYNAME"},
-    {36, &CertEncodeCtx::subject, 29, "55 04 0A", "CERT_SUBJECT_ORGANIZATIONNAME"},
-    {37, &CertEncodeCtx::subject, 30, "55 04 0B", "CERT_SUBJECT_ORGANIZATIONALUNITNAME"},
-    {38, &CertEncodeCtx::subject, 22, "55 04 03", "CERT_SUBJECT_COMMONNAME"},
-    {39, &CertEncodeCtx::subject, 13, "2A 86 48 86 F7 0D 01 09 01", "CERT_SUBJECT_EMAIL"},
-    {40, &CertEncodeCtx::subject, 34, "55 04 10", "CERT_SUBJECT_POSTALADDRESS"},
-    {41, &CertEncodeCtx::subject, 35, "55 04 11", "CERT_SUBJECT_POSTALCODE"},
-    {42, &CertEncodeCtx::subject, 38, "55 04 14", "CERT_SUBJECT_TELEPHONE"},
-    {101, nullptr, 25, "55 04 06", "CERT_SUBJECT_ALT_COUNTRYNAME"},
-    {102, nullptr, 27, "55 04 08", "CERT_SUBJECT_ALT_STATEORPROVINCENAME"},
-    {103, nullptr, 26, "55 04 07", "CERT_SUBJECT_ALT_LOCALITYNAME"},
-    {104, nullptr, 29, "55 04 0A", "CERT_SUBJECT_ALT_ORGANIZATIONNAME"},
-    {105, nullptr, 30, "55 04 0B", "CERT_SUBJECT_ALT_ORGANIZATIONALUNITNAME"},
-    {106, nullptr, 22, "55 04 03", "CERT_SUBJECT_ALT_COMMONNAME"},
-    {107, nullptr, 13, "2A 86 48 86 F7 0D 01 09 01", "CERT_SUBJECT_ALT_EMAIL"},
-    {109, nullptr, 25, "55 04 06", "CERT_SUBJECT_ALT_COUNTRYNAME"},
-    {110, nullptr, 27, "55 04 08", "CERT_SUBJECT_ALT_STATEORPROVINCENAME"},
-    {111, nullptr, 26, "55 04 07", "CERT_SUBJECT_ALT_LOCALITYNAME"},
-    {112, nullptr, 29, "55 04 0A", "CERT_SUBJECT_ALT_ORGANIZATIONNAME"},
-    {113, nullptr, 30, "55 04 0B", "CERT_SUBJECT_ALT_ORGANIZATIONALUNITNAME"},
-    {114, nullptr, 22, "55 04 03", "CERT_SUBJECT_ALT_COMMONNAME"},
-    {115, nullptr, 13, "2A 86 48 86 F7 0D 01 09 01", "CERT_SUBJECT_ALT_EMAIL"},
-};
-
 TEST(CertAttributes, NamesAppendTheirAttribute) {
-    for (const NameRow &row : nameRows) {
-        const CertPtr ctx = newCert();
-        Trace trace;
-        ASSERT_EQ(setChar(ctx, row.id, "first"), KACERT_Ok) << row.id;
-        ASSERT_EQ(setChar(ctx, row.id, "second"), KACERT_Ok) << row.id;
-        EXPECT_TRUE(trace.has(std::string("======>Set ") + row.words)) << row.id;
-        const CertExtensions &ext = ctx->extensions;
-        const AltNameExtension &alt = row.id < 109 ? ext.subjectAltName : ext.issuerAltName;
-        const NameRecord &head = row.head != nullptr ? (*ctx).*row.head : alt.names.directoryName;
-        const NameRecord *first = head.next;
-        ASSERT_NE(first, nullptr) << row.id;
-        EXPECT_EQ(first->id, row.kind);
-        EXPECT_EQ(toHex(first->oid), row.oid);
-        EXPECT_EQ(toHex(first->value), toHex(text("first")));
-        EXPECT_EQ(first->value.tag, 19u);
-        ASSERT_NE(first->next, nullptr);
-        EXPECT_EQ(toHex(first->next->value), toHex(text("second")));
-        EXPECT_EQ(first->next->next, nullptr);
-        EXPECT_EQ(ctx->hasExtensions, 0);
-        EXPECT_EQ(ext.hasSubjectAltName, row.head == nullptr && row.id < 109 ? 1 : 0) << row.id;
-        EXPECT_EQ(ext.hasIssuerAltName, row.id >= 109 ? 1 : 0) << row.id;
-        EXPECT_EQ(alt.names.present[4], row.head == nullptr ? 1 : 0) << row.id;
-    }
+    struct Row {
+        const char *name;
+        uint32_t kind;
+        const char *oid;
+        int32_t ids[4]; // issuer, subject, their alternative names; 0: there is none
+    };
+    const Row rows[] = {
+        {"COUNTRYNAME", 25, "55 04 06", {9, 33, 101, 109}},
+        {"STATEORPROVINCENAME", 27, "55 04 08", {10, 34, 102, 110}},
+        {"LOCALITYNAME", 26, "55 04 07", {11, 35, 103, 111}},
+        {"ORGANIZATIONNAME", 29, "55 04 0A", {12, 36, 104, 112}},
+        {"ORGANIZATIONALUNITNAME", 30, "55 04 0B", {13, 37, 105, 113}},
+        {"COMMONNAME", 22, "55 04 03", {14, 38, 106, 114}},
+        {"EMAIL", 13, "2A 86 48 86 F7 0D 01 09 01", {15, 39, 107, 115}},
+        {"POSTALADDRESS", 34, "55 04 10", {16, 40, 0, 0}},
+        {"POSTALCODE", 35, "55 04 11", {17, 41, 0, 0}},
+        {"TELEPHONE", 38, "55 04 14", {18, 42, 0, 0}},
+    };
+    // The words of the issuer's alternative name are those of the subject's.
+    const char *const lists[] = {"CERT_ISSUER_", "CERT_SUBJECT_", "CERT_SUBJECT_ALT_", "CERT_SUBJECT_ALT_"};
+    for (const Row &row : rows)
+        for (int list = 0; list < 4 && row.ids[list] != 0; ++list) {
+            SCOPED_TRACE(row.ids[list]);
+            const CertPtr ctx = newCert();
+            Trace trace;
+            ASSERT_EQ(setChar(ctx, row.ids[list], "first"), KACERT_Ok);
+            ASSERT_EQ(setChar(ctx, row.ids[list], "second"), KACERT_Ok);
+            EXPECT_TRUE(trace.has(std::string("======>Set ") + lists[list] + row.name));
+            const CertExtensions &ext = ctx->extensions;
+            const NameRecord *const heads[] = {&ctx->issuer, &ctx->subject, &ext.subjectAltName.names.directoryName,
+                                               &ext.issuerAltName.names.directoryName};
+            const NameRecord *first = heads[list]->next;
+            ASSERT_NE(first, nullptr);
+            EXPECT_EQ(first->id, row.kind);
+            EXPECT_EQ(toHex(first->oid), row.oid);
+            EXPECT_EQ(toHex(first->value), toHex(text("first")));
+            EXPECT_EQ(first->value.tag, 19u);
+            ASSERT_NE(first->next, nullptr);
+            EXPECT_EQ(toHex(first->next->value), toHex(text("second")));
+            EXPECT_EQ(ctx->hasExtensions, 0);
+            EXPECT_EQ(ext.hasSubjectAltName * 2 + ext.hasIssuerAltName, list == 2 ? 2 : list == 3 ? 1 : 0);
+            EXPECT_EQ(ext.subjectAltName.names.present[4] * 2 + ext.issuerAltName.names.present[4], list == 2   ? 2
+                                                                                                    : list == 3 ? 1
+                                                                                                                : 0);
+        }
 }
 
 TEST(CertAttributes, ReplacedValuesAnswerTheLast) {
@@ -132,8 +109,7 @@ TEST(CertAttributes, ReplacedValuesAnswerTheLast) {
     }
     const CertPtr ctx = newCert();
     for (const int32_t id : {2, 6, 53})
-        for (const char *value : {"2A 03", "2A 04"})
-            ASSERT_EQ(setChar(ctx, id, hex(value)), KACERT_Ok);
+        for (const char *value : {"2A 03", "2A 04"}) ASSERT_EQ(setChar(ctx, id, hex(value)), KACERT_Ok);
     EXPECT_EQ(getChar(ctx, 2), "2A 04");
     EXPECT_EQ(getChar(ctx, 6), "2A 04");
     EXPECT_EQ(ctx->publicKeyAlgorithm.oid.tag, 6u);
@@ -242,12 +218,9 @@ TEST(CertAttributes, FlagsAndMarks) {
         // The eleven presence flags stand first in the block: just the one named is up.
         const auto *flags = reinterpret_cast<const uint8_t *>(&ctx->extensions);
         int up = 0;
-        for (int i = 0; i < 11; ++i)
-            up += flags[i];
+        for (int i = 0; i < 11; ++i) up += flags[i];
         EXPECT_EQ(up, row.flag != nullptr ? 1 : 0) << row.id;
-        if (row.flag != nullptr) {
-            EXPECT_EQ(ctx->extensions.*row.flag, 1) << row.id;
-        }
+        if (row.flag != nullptr) { EXPECT_EQ(ctx->extensions.*row.flag, 1) << row.id; }
     }
 }
 

@@ -369,8 +369,7 @@ TEST(CertDecode, SingleReadersOnAnotherExtension) {
     }
     EXPECT_EQ(ctx->extensions.hasBasicConstraints + ctx->extensions.hasExtKeyUsage, 0);
     EXPECT_EQ(toHex(ctx->extensions.extKeyUsage.mask), "00 00 00 00");
-    for (int i = 0; i < 2; ++i)
-        EXPECT_EQ(KI_Cert_DecodeExtension_Private(&source, &ctx->extensions), KACERT_Ok);
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(KI_Cert_DecodeExtension_Private(&source, &ctx->extensions), KACERT_Ok);
     ASSERT_NE(ctx->extensions.privateExtensions, nullptr);
     EXPECT_NE(ctx->extensions.privateExtensions->next, nullptr);
     EXPECT_EQ(ctx->extensions.hasPrivate, 1);

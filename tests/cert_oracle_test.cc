@@ -3,6 +3,7 @@
 
 #include "karil/crypt.h"
 
+#include <openssl/err.h>
 #include <openssl/pem.h>
 #include <openssl/x509v3.h>
 
@@ -29,18 +30,15 @@ X509Ptr parse(const Octets &der) {
 Octets publicKeyDer(const RsaPublicKeyRecord &key) {
     const auto number = [](const uint8_t(&field)[256]) {
         Octets octets(field, field + 256);
-        while (octets.size() > 1 && octets[0] == 0)
-            octets.erase(octets.begin());
-        if ((octets[0] & 0x80) != 0)
-            octets.insert(octets.begin(), 0);
+        while (octets.size() > 1 && octets[0] == 0) octets.erase(octets.begin());
+        if ((octets[0] & 0x80) != 0) octets.insert(octets.begin(), 0);
         return tlv(0x02, octets);
     };
     return seq({number(key.modulus), number(key.exponent)});
 }
 
 int32_t signSha1(const uint8_t *input, uint32_t inputLength, uint8_t *output, uint32_t *outputLength, void *parameter) {
-    if (output == nullptr)
-        return 0;
+    if (output == nullptr) return 0;
     return KA_PKCS7_SignedData(KA_DIGEST_SHA1, input, inputLength, output, outputLength,
                                static_cast<const RsaPrivateKeyRecord *>(parameter));
 }
@@ -119,8 +117,7 @@ TEST(CertOracle, LibcryptoReadsAndVerifiesWhatIsWritten) {
 std::vector<Octets> systemCertificates() {
     std::vector<Octets> all;
     FILE *file = fopen("/etc/ssl/certs/ca-certificates.crt", "r");
-    if (file == nullptr)
-        return all;
+    if (file == nullptr) return all;
     while (X509 *cert = PEM_read_X509(file, nullptr, nullptr, nullptr)) {
         unsigned char *der = nullptr;
         const int size = i2d_X509(cert, &der);
@@ -128,6 +125,7 @@ std::vector<Octets> systemCertificates() {
         OPENSSL_free(der);
         X509_free(cert);
     }
+    ERR_clear_error(); // the end of the file
     fclose(file);
     return all;
 }
@@ -184,8 +182,7 @@ TEST(CertOracle, SystemCertificatesDecodeAsLibcryptoReadsThem) {
         const CertExtensions &ext = ctx->extensions;
         int count = ext.hasAuthorityKeyId + ext.hasSubjectKeyId + ext.hasKeyUsage + ext.hasSubjectAltName +
                     ext.hasIssuerAltName + ext.hasBasicConstraints + ext.hasExtKeyUsage + ext.hasCrlDistPoints;
-        for (const PrivateExtensionNode *node = ext.privateExtensions; node != nullptr; node = node->next)
-            ++count;
+        for (const PrivateExtensionNode *node = ext.privateExtensions; node != nullptr; node = node->next) ++count;
         EXPECT_EQ(count, X509_get_ext_count(oracle.get()));
     }
     EXPECT_GT(decodedCount, 50u);

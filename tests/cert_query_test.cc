@@ -90,8 +90,7 @@ TEST(CertQuery, EveryIdOfADecodedCertificate) {
         {509, "75"},
         {510, "7F 00 00 01"},
     };
-    for (const auto &row : rows)
-        EXPECT_EQ(getChar(ctx, row.id), row.want) << row.id;
+    for (const auto &row : rows) EXPECT_EQ(getChar(ctx, row.id), row.want) << row.id;
     for (const int32_t id : {-1,  0,   4,   19,  29,  30,  64,  84,  91,  92,  93,  101, 105,
                              109, 113, 128, 130, 135, 136, 137, 155, 501, 502, 503, 512}) {
         uint32_t length = 7;

@@ -17,9 +17,7 @@ const uint32_t Forms[] = {Other, Rfc822, Dns, Directory, Uri, Ip};
 using Slot = Anybuf GeneralNameRecord::*;
 const Slot Plain[] = {&GeneralNameRecord::otherNameValue, &GeneralNameRecord::rfc822Name, &GeneralNameRecord::dNSName,
                       &GeneralNameRecord::uniformResourceIdentifier, &GeneralNameRecord::iPAddress};
-Slot slotOf(uint32_t form) {
-    return Plain[form < Directory ? form : form - 3];
-}
+Slot slotOf(uint32_t form) { return Plain[form < Directory ? form : form - 3]; }
 
 const Octets Gbk = hex("D6 D0"); // U+4E2D in code page 936
 
@@ -31,8 +29,7 @@ struct Names {
     Names(const Names &) = delete;
     Names &operator=(const Names &) = delete;
     ~Names() {
-        for (const Slot slot : Plain)
-            KI_ClearAnybuf(&(record.*slot));
+        for (const Slot slot : Plain) KI_ClearAnybuf(&(record.*slot));
         KI_ClearAnybuf(&record.otherNameType);
         KI_FreeName(record.directoryName.next);
     }
@@ -73,12 +70,8 @@ std::string encoded(int32_t (*encode)(GeneralNameRecord *, Anybuf **), Names &na
     EXPECT_EQ(chain == nullptr, status != KACERT_Ok);
     return status == KACERT_Ok ? toHex(*chain) : "status " + std::to_string(status);
 }
-std::string one(Names &names) {
-    return encoded(KI_EncodeGeneralName, names);
-}
-std::string all(Names &names) {
-    return encoded(KI_EncodeGeneralNameS, names);
-}
+std::string one(Names &names) { return encoded(KI_EncodeGeneralName, names); }
+std::string all(Names &names) { return encoded(KI_EncodeGeneralNameS, names); }
 
 int32_t decode(Octets der, Names &names, uint8_t &found) {
     const Anybuf source = view(der);
@@ -142,8 +135,7 @@ TEST(GeneralName, PluralWritesAllAndSingularTheFirst) {
     for (size_t first = 1; first < 6; ++first) {
         names.record.present[Forms[first - 1]] = 0;
         Octets rest;
-        for (size_t i = first; i < 6; ++i)
-            rest = cat({rest, Elements[i]});
+        for (size_t i = first; i < 6; ++i) rest = cat({rest, Elements[i]});
         EXPECT_EQ(one(names), toHex(Elements[first])) << first;
         EXPECT_EQ(all(names), toHex(tlv(0x30, rest))) << first;
     }
@@ -166,8 +158,7 @@ TEST(GeneralName, EncodeFailures) {
         const char *words;
     };
     std::string octets128 = "1.2";
-    for (int i = 1; i < 128; ++i)
-        octets128 += ".1";
+    for (int i = 1; i < 128; ++i) octets128 += ".1";
     const Row rows[] = {
         {4, 1, "", 108, "------>没有设置CERT_SUBJECT_ALT_OTHERNAME_TYPEID属性值"},
         {4, 0, "1.2.3", 108, "------>没有设置CERT_SUBJECT_ALT_OTHERNAME_VALUE属性值"},
@@ -251,85 +242,6 @@ TEST(GeneralName, Decoded) {
     }
 }
 
-TEST(GeneralName, DecodingTwice) {
-    Names names;
-    names.set(Dns, text("mine"));
-    uint8_t found = 9;
-    ASSERT_EQ(decode(seq({Elements[2], Elements[3], Elements[3], Elements[5]}), names, found), KACERT_Ok);
-    EXPECT_EQ(found, 1);
-    EXPECT_EQ(toHex(names.record.dNSName), toHex(text("mine")));
-    EXPECT_EQ(all(names), toHex(seq({hex("82 04 6D 69 6E 65"), Elements[3], Elements[5]})));
-    ASSERT_EQ(decode(seq({Elements[2], Elements[3]}), names, found), KACERT_Ok);
-    EXPECT_EQ(found, 0);
-}
-
-TEST(GeneralName, Malformed) {
-    struct Row {
-        const char *name;
-        Octets der;
-        int32_t status;
-        const char *words;
-    };
-    const auto second = [](const char *element) { return seq({Elements[1], hex(element)}); };
-    const Row rows[] = {
-        {"no SEQUENCE", set({Elements[1]}), 106, "------>TAG != KA_DER_ID_SEQUENCE"},
-        {"octets behind the end", cat({second(""), hex("00")}), 102, "------>KAsn1_ReadSequence"},
-        {"form overruns the SEQUENCE", second("82 02 61"), 101, "------>KAsn1_ReadSequence"},
-        {"rfc822Name with length 0x80", seq({hex("81 80 01")}), 101, "------>Decode Rfc822Name err."},
-        {"dNSName with length 0x80", second("82 80 01"), 101, "------>Decode dNSName err."},
-        {"iPAddress with length 0x80", second("87 80 01"), 101, "------>Decode iPAddress err."},
-        {"uniformResourceIdentifier likewise", second("86 80 01"), 101, "------>KAsn1_Low_GetLengthInfo"},
-        {"directoryName likewise", second("A4 80 01"), 101, "------>KAsn1_ReadExplicit"},
-        {"directoryName that holds no name", second("A4 02 05 00"), 106, "------>KI_DecodeIssuerSubject"},
-        {"octets behind its name", second("A4 03 30 00 00"), 102, "------>KI_DecodeIssuerSubject"},
-        {"its name is malformed", second("A4 06 30 04 31 02 30 00"), 108, "------>KI_DecodeIssuerSubject"},
-    };
-    for (const Row &row : rows) {
-        SCOPED_TRACE(row.name);
-        Names names;
-        uint8_t found = 9;
-        Trace trace;
-        EXPECT_EQ(decode(row.der, names, found), row.status);
-        EXPECT_TRUE(trace.has(row.words));
-        EXPECT_EQ(found, 9);
-        EXPECT_EQ(names.record.present[Directory], 0);
-    }
-    Names names;
-    uint8_t found = 9;
-    EXPECT_EQ(decode(second("A4 02 05 00"), names, found), KACERT_InvalidTagErr);
-    EXPECT_EQ(all(names), toHex(seq({Elements[1]}))); // what was taken stays
-    Octets octets = second("82 00");
-    const Anybuf source = view(octets);
-    EXPECT_EQ(decode({}, names, found), KACERT_InvalidParamErr);
-    EXPECT_EQ(KI_DecodeGeneralNameS(nullptr, &names.record, &found), KACERT_InvalidParamErr);
-    EXPECT_EQ(KI_DecodeGeneralNameS(&source, nullptr, &found), KACERT_InvalidParamErr);
-    EXPECT_EQ(KI_DecodeGeneralNameS(&source, &names.record, nullptr), KACERT_InvalidParamErr);
-    EXPECT_EQ(KI_DecodeGeneralName(nullptr, nullptr, nullptr), KACERT_Ok);
-    EXPECT_EQ(KI_DecodeGeneralName(&source, &names.record, &found), KACERT_Ok);
-    EXPECT_EQ(found, 9);
-    EXPECT_EQ(names.flags(), "00 01 00 00 00 00 00 00");
-}
-
-TEST(GeneralName, PrefixesAndChangedOctets) {
-    const Octets whole = seq({Elements[0], Elements[1], Elements[2], Elements[3], Elements[4], Elements[5]});
-    for (size_t size = 0; size < whole.size(); ++size) {
-        Names names;
-        uint8_t found = 9;
-        EXPECT_NE(decode(Octets(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(size)), names, found), KACERT_Ok);
-        EXPECT_EQ(found, 9);
-    }
-    for (size_t at = 0; at < whole.size(); ++at)
-        for (int octet = 0; octet < 256; ++octet) {
-            Octets changed = whole;
-            changed[at] = static_cast<uint8_t>(octet);
-            Names names;
-            uint8_t found = 9;
-            if (decode(changed, names, found) != KACERT_Ok)
-                continue;
-            EXPECT_EQ(found, std::count(names.record.present, names.record.present + 8, 1) != 0 ? 1 : 0);
-        }
-}
-
 struct FreeNames {
     void operator()(GENERAL_NAMES *names) const { GENERAL_NAMES_free(names); }
 };
@@ -352,33 +264,11 @@ TEST(GeneralName, LibcryptoReadsWhatIsWritten) {
     ASSERT_NE(parsed, nullptr);
     ASSERT_EQ(at, der.data() + der.size());
     ASSERT_EQ(sk_GENERAL_NAME_num(parsed.get()), 6);
-    for (int i = 0; i < 6; ++i)
-        EXPECT_EQ(sk_GENERAL_NAME_value(parsed.get(), i)->type, static_cast<int>(Forms[i]));
+    for (int i = 0; i < 6; ++i) EXPECT_EQ(sk_GENERAL_NAME_value(parsed.get(), i)->type, static_cast<int>(Forms[i]));
     const ASN1_TYPE *other = sk_GENERAL_NAME_value(parsed.get(), 0)->d.otherName->value;
     ASSERT_EQ(other->type, V_ASN1_UTF8STRING);
     EXPECT_EQ(toHex(ASN1_STRING_get0_data(other->value.utf8string), 3), "E4 B8 AD");
     EXPECT_EQ(written(parsed), der);
-}
-
-TEST(GeneralName, ReadsWhatLibcryptoWrites) {
-    const GeneralNamesPtr list(sk_GENERAL_NAME_new_null());
-    const std::pair<int, const char *> rows[] = {{GEN_IPADD, "::1"},      {GEN_RID, "1.2.3"}, {GEN_EMAIL, "first@b"},
-                                                 {GEN_EMAIL, "second@b"}, {GEN_URI, "u:c"},   {GEN_DNS, "d.e"}};
-    for (const auto &[type, words] : rows)
-        sk_GENERAL_NAME_push(list.get(), a2i_GENERAL_NAME(nullptr, nullptr, nullptr, type, words, 0));
-    X509_NAME *inner = X509_NAME_new();
-    X509_NAME_add_entry_by_NID(inner, NID_commonName, V_ASN1_PRINTABLESTRING, reinterpret_cast<const uint8_t *>("x"),
-                               -1, -1, 0);
-    GENERAL_NAME *directory = GENERAL_NAME_new();
-    GENERAL_NAME_set0_value(directory, GEN_DIRNAME, inner);
-    sk_GENERAL_NAME_push(list.get(), directory);
-
-    Names names;
-    uint8_t found = 9;
-    ASSERT_EQ(decode(written(list), names, found), KACERT_Ok);
-    EXPECT_EQ(found, 1);
-    EXPECT_EQ(all(names), toHex(seq({tlv(0x81, text("first@b")), tlv(0x82, text("d.e")), Elements[3],
-                                     tlv(0x86, text("u:c")), tlv(0x87, cat({Octets(15, 0), hex("01")}))})));
 }
 
 } // namespace

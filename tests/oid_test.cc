@@ -77,22 +77,9 @@ TEST(Oid, BadText) {
     }
 }
 
-TEST(Oid, LengthOfTheText) {
-    uint8_t result[8] = {};
-    EXPECT_EQ(KACert_OidTextToDer(result, 8, "1.2.840", -1), 3);
-    EXPECT_EQ(toHex(result, 3), "2A 86 48");
-    EXPECT_EQ(KACert_OidTextToDer(result, 8, "1.2.840", 5), 2); // 1.2.8
-    EXPECT_EQ(toHex(result, 2), "2A 08");
-    EXPECT_EQ(KACert_OidTextToDer(result, 8, "1.2.840", 0), 0);
-    EXPECT_EQ(KACert_OidTextToDer(result, 8, "1.2.840", -2), 0);
-    EXPECT_EQ(KACert_OidTextToDer(result, 8, "", -1), 0);
-    EXPECT_EQ(KACert_OidTextToDer(result, 8, nullptr, 3), 0);
-}
-
 TEST(Oid, ContentOfAtMost1024Octets) {
     std::string text = "1.2";
-    for (int i = 1; i < 1024; ++i)
-        text += ".1";
+    for (int i = 1; i < 1024; ++i) text += ".1";
     Octets result(1024);
     uint32_t length = 0;
     EXPECT_EQ(KACert_GetOIDValue(text.data(), static_cast<int32_t>(text.size()), result.data(), &length), KACERT_Ok);
@@ -105,18 +92,6 @@ TEST(Oid, ContentOfAtMost1024Octets) {
               KACERT_AlgorithmNotSupportErr);
     EXPECT_EQ(length, 1024u);
     EXPECT_EQ(KACert_OidTextToDer(nullptr, 0, text.data(), -1), 1025); // counting has no bound
-}
-
-TEST(Oid, BadArguments) {
-    uint8_t result[4] = {9, 9, 9, 9};
-    uint32_t length = 77;
-    EXPECT_EQ(KACert_GetOIDValue(nullptr, 3, result, &length), KACERT_InvalidParamErr);
-    EXPECT_EQ(KACert_GetOIDValue("", 3, result, &length), KACERT_InvalidParamErr);
-    EXPECT_EQ(KACert_GetOIDValue("1.2", 0, result, &length), KACERT_InvalidParamErr);
-    EXPECT_EQ(KACert_GetOIDValue("1.2", -1, result, &length), KACERT_InvalidParamErr);
-    EXPECT_EQ(KACert_GetOIDValue("1.2", 3, result, nullptr), KACERT_InvalidParamErr);
-    EXPECT_EQ(length, 77u);
-    EXPECT_EQ(toHex(result, 4), "09 09 09 09");
 }
 
 } // namespace

@@ -18,10 +18,8 @@ std::string convert(Conversion conversion, const Octets &source) {
     const Exact exact(source);
     const auto size = static_cast<int32_t>(source.size());
     const int32_t status = conversion(exact.record.data, size, nullptr, &length);
-    if (status != KACERT_Ok)
-        return "status " + std::to_string(status);
-    if (length == 0xFFFF)
-        return "-";
+    if (status != KACERT_Ok) return "status " + std::to_string(status);
+    if (length == 0xFFFF) return "-";
     Octets result(length);
     uint32_t again = 0;
     EXPECT_EQ(conversion(exact.record.data, size, result.data(), &again), KACERT_Ok);
@@ -29,15 +27,12 @@ std::string convert(Conversion conversion, const Octets &source) {
     return toHex(result);
 }
 
-std::string convert(Conversion conversion, std::string_view source) {
-    return convert(conversion, hex(source));
-}
+std::string convert(Conversion conversion, std::string_view source) { return convert(conversion, hex(source)); }
 
 Octets repeat(std::string_view unit, size_t times) {
     Octets all;
     const Octets octets = hex(unit);
-    for (size_t i = 0; i < times; ++i)
-        all.insert(all.end(), octets.begin(), octets.end());
+    for (size_t i = 0; i < times; ++i) all.insert(all.end(), octets.begin(), octets.end());
     return all;
 }
 
@@ -69,9 +64,7 @@ TEST(Text, ChineseAndBmp) {
     };
     for (const Row &row : rows) {
         EXPECT_EQ(convert(KI_Chinese2BmpString, row.chinese), row.bmp) << row.name;
-        if (row.isBack) {
-            EXPECT_EQ(convert(KI_BmpString2Chinese, row.bmp), row.chinese) << row.name;
-        }
+        if (row.isBack) { EXPECT_EQ(convert(KI_BmpString2Chinese, row.bmp), row.chinese) << row.name; }
     }
 }
 
@@ -95,8 +88,7 @@ TEST(Text, BmpWithoutAPlaceInTheCodePage) {
         {"Cyrillic", "04 35 03 08", "A7 D7"},               // U+0451
         {"kana", "30 AB 30 99 30 CF 30 9A", "A5 AC A5 D1"}, // U+30AC U+30D1
     };
-    for (const Row &row : rows)
-        EXPECT_EQ(convert(KI_BmpString2Chinese, row.bmp), row.chinese) << row.name;
+    for (const Row &row : rows) EXPECT_EQ(convert(KI_BmpString2Chinese, row.bmp), row.chinese) << row.name;
 }
 
 TEST(Text, PrivateUseCells) {
@@ -128,8 +120,7 @@ TEST(Text, PrivateUseCells) {
         const uint32_t highest = isWide ? row.lastPair & 0xFF : 0xFF;
         uint32_t code = row.firstCode;
         for (uint32_t pair = row.firstPair; pair <= row.lastPair; ++pair) {
-            if ((pair & 0xFF) < lowest || (pair & 0xFF) > highest || (pair & 0xFF) == 0x7F)
-                continue;
+            if ((pair & 0xFF) < lowest || (pair & 0xFF) > highest || (pair & 0xFF) == 0x7F) continue;
             ASSERT_EQ(convert(KI_Chinese2BmpString, octets(pair)), toHex(octets(code)));
             ASSERT_EQ(convert(KI_BmpString2Chinese, octets(code)), toHex(octets(pair)));
             ++code;
@@ -148,8 +139,7 @@ TEST(Text, EveryPairOfTheCodePage) {
             uint32_t length = 0;
             ASSERT_EQ(KI_Chinese2BmpString(pair.data(), 2, bmp, &length), KACERT_Ok);
             ASSERT_EQ(length, 2u) << toHex(pair);
-            if (bmp[0] == 0 && bmp[1] == '?')
-                continue;
+            if (bmp[0] == 0 && bmp[1] == '?') continue;
             ++assigned;
             uint8_t back[8];
             uint32_t backLength = 0;
@@ -186,9 +176,7 @@ TEST(Text, Utf8AndBmp) {
     };
     for (const Row &row : rows) {
         EXPECT_EQ(convert(KI_UTF82BmpString, row.utf8), row.bmp) << row.name;
-        if (row.isBack) {
-            EXPECT_EQ(convert(KI_BmpString2UTF8, row.bmp), row.utf8) << row.name;
-        }
+        if (row.isBack) { EXPECT_EQ(convert(KI_BmpString2UTF8, row.bmp), row.utf8) << row.name; }
     }
     EXPECT_EQ(convert(KI_BmpString2UTF8, "DC 00 00 41"), "EF BF BD 41");
     EXPECT_EQ(convert(KI_BmpString2UTF8, "D8 00 00 41 D8 00"), "EF BF BD 41 EF BF BD");
@@ -237,12 +225,9 @@ TEST(Text, Limits) {
     for (const Row &row : rows) {
         Trace trace;
         EXPECT_EQ(convert(row.conversion, row.source), row.want) << row.name;
-        if (row.words != nullptr) {
-            EXPECT_TRUE(trace.has(row.words)) << row.name;
-        }
+        if (row.words != nullptr) { EXPECT_TRUE(trace.has(row.words)) << row.name; }
         int failureLines = 0;
-        for (const std::string &line : trace.recorded)
-            failureLines += line.rfind("------>", 0) == 0 ? 1 : 0;
+        for (const std::string &line : trace.recorded) failureLines += line.rfind("------>", 0) == 0 ? 1 : 0;
         EXPECT_EQ(failureLines > 0, row.words != nullptr) << row.name;
     }
 }

@@ -24,17 +24,7 @@ struct Kind {
 const Kind kinds[] = {{"UtcTime", 0x17, KAsn1_WriteUtcTime, KAsn1_ReadUtcTime},
                       {"GeneralizedTime", 0x18, KAsn1_WriteGeneralizedTime, KAsn1_ReadGeneralizedTime}};
 
-Octets element(uint8_t tag, std::string_view characters) {
-    return tlv(tag, text(characters));
-}
-
-std::string localText(int32_t time) {
-    const time_t seconds = time;
-    tm local = {};
-    localtime_r(&seconds, &local);
-    char characters[32];
-    return {characters, strftime(characters, sizeof characters, "%y%m%d%H%M%SZ", &local)};
-}
+Octets element(uint8_t tag, std::string_view characters) { return tlv(tag, text(characters)); }
 
 std::string written(const Kind &kind, int32_t time) {
     Anybuf *record = nullptr;
@@ -63,23 +53,7 @@ TEST(Time, WritersGiveTheLocalClock) {
     };
     for (const auto &[name, time, want] : rows) {
         const Zone zone(name);
-        for (const Kind &kind : kinds)
-            EXPECT_EQ(written(kind, time), want) << name << ' ' << kind.name;
-    }
-}
-
-TEST(Time, RoundTripsInEveryZone) {
-    for (const char *name : zones) {
-        const Zone zone(name);
-        for (int64_t at = 86400; at <= INT32_MAX; at += 9999991) { // 115 days and an odd time of day
-            const auto time = static_cast<int32_t>(at);
-            const std::string text = written(kinds[0], time);
-            EXPECT_EQ(text, localText(time)) << name;
-            const Exact source(element(0x17, text), 23);
-            int32_t back = Untouched;
-            EXPECT_EQ(KAsn1_ReadUtcTime(&source.record, &back), KACERT_Ok);
-            EXPECT_EQ(back, time) << name;
-        }
+        for (const Kind &kind : kinds) EXPECT_EQ(written(kind, time), want) << name << ' ' << kind.name;
     }
 }
 
@@ -181,39 +155,6 @@ TEST(Time, ElementLengthIsNotCompared) {
     EXPECT_EQ(time, 1167609600);
 }
 
-TEST(Time, ReadersCheckTheRecordsTag) {
-    const std::tuple<int, uint32_t, int32_t> rows[] = {
-        {0, 24, KACERT_InvalidTagErr},
-        {1, 23, KACERT_InvalidTagErr},
-        {0, 0x97, KACERT_InvalidTagErr},
-        {0, 0x117, KACERT_Ok},
-    };
-    for (const auto &[kind, tag, status] : rows) {
-        const Exact source(element(kinds[kind].octet, "070102000000Z"), tag);
-        int32_t time = Untouched;
-        const Trace trace;
-        EXPECT_EQ(kinds[kind].read(&source.record, &time), status) << tag;
-        EXPECT_EQ(time == Untouched, status != KACERT_Ok) << tag;
-        const size_t lines = status == KACERT_Ok ? 2 : 1; // a wrong tag has no words of its own
-        EXPECT_EQ(trace.lines().size(), lines) << tag;
-    }
-}
-
-TEST(Time, PrefixesAreRefused) {
-    const Octets whole = element(0x17, "071231235959Z");
-    for (auto end = whole.begin(); end != whole.end(); ++end) {
-        const Exact source({whole.begin(), end}, 23);
-        int32_t time = Untouched;
-        const int32_t status = end - whole.begin() < 2 ? KACERT_LengthNotEqualErr : KACERT_InvalidTimeEndErr;
-        EXPECT_EQ(KAsn1_ReadUtcTime(&source.record, &time), status) << source.record.length;
-        EXPECT_EQ(time, Untouched);
-    }
-    const Exact bare({whole.begin() + 2, whole.end() - 1});
-    int32_t *cell = nullptr;
-    EXPECT_EQ(KAsn1_Low_CtoITime(bare.record.data, 12, &cell), KACERT_InvalidTimeEndErr);
-    EXPECT_EQ(cell, nullptr);
-}
-
 TEST(Time, NegativeTimesAreRefused) {
     for (const int32_t time : {-1, INT32_MIN}) {
         const Trace trace;
@@ -223,66 +164,10 @@ TEST(Time, NegativeTimesAreRefused) {
         EXPECT_EQ(KAsn1_Low_ItoCTime(time, &characters, &length), KACERT_InvalidTimeErr);
         EXPECT_TRUE(trace.has("------>invalid Time"));
         EXPECT_EQ(KAsn1_Low_WriteLongTime(time, 0x17, &record), KACERT_InvalidTimeErr);
-        for (const Kind &kind : kinds)
-            EXPECT_EQ(kind.write(&time, &record), KACERT_InvalidTimeErr);
+        for (const Kind &kind : kinds) EXPECT_EQ(kind.write(&time, &record), KACERT_InvalidTimeErr);
         EXPECT_TRUE(trace.has("------>KAsn1_Low_WriteLongTime"));
         EXPECT_TRUE(characters == nullptr && length == nullptr && record == nullptr);
     }
-}
-
-TEST(Time, LowWriterTakesAnyTag) {
-    const Zone zone("UTC");
-    Anybuf *record = nullptr;
-    ASSERT_EQ(KAsn1_Low_WriteLongTime(1, 0x1A1, &record), KACERT_Ok);
-    const Chain owner(record);
-    EXPECT_EQ(toHex(*record), toHex(element(0xA1, "700101000001Z")));
-    EXPECT_EQ(record->tag, 1u); // tag & 0x1F here, unlike the other writers
-}
-
-TEST(Time, TextBlockAndCell) {
-    const Zone zone("Asia/Shanghai");
-    uint8_t *characters = nullptr;
-    uint32_t *length = nullptr;
-    ASSERT_EQ(KAsn1_Low_ItoCTime(951782400, &characters, &length), KACERT_Ok);
-    const Block<uint8_t> block(characters);
-    const Block<uint32_t> cell(length);
-    ASSERT_EQ(*length, 13u);
-    EXPECT_EQ(std::string(characters, characters + 13), "000229080000Z");
-    int32_t *time = nullptr; // a length of 0 vouches for the 13 octets
-    ASSERT_EQ(KAsn1_Low_CtoITime(characters, 0, &time), KACERT_Ok);
-    EXPECT_EQ(*Block<int32_t>(time), 951782400);
-}
-
-TEST(Time, TwoDigits) {
-    const std::tuple<int32_t, int32_t, const char *> rows[] = {
-        {7, 0, "07"}, {99, 0, "99"}, {100, KACERT_InvalidTimeDigitErr, ":?"}, {2600, KACERT_InvalidTimeDigitErr, "4?"}};
-    for (const auto &[value, status, characters] : rows) {
-        Octets at = text("??");
-        EXPECT_EQ(KAsn1_Low_TimeIntToChar(value, at.data()), status);
-        EXPECT_EQ(at, text(characters)) << value;
-    }
-    const std::pair<const char *, int32_t> values[] = {{"42", 42}, {"A0", 170}, {"  ", -176}, {"0:", 10}};
-    for (const auto &[characters, want] : values) {
-        int32_t value = Untouched;
-        EXPECT_EQ(KAsn1_Low_TimeCharToInt(text(characters).data(), &value), KACERT_Ok);
-        EXPECT_EQ(value, want) << characters;
-    }
-}
-
-TEST(Time, NullPointers) {
-    const Anybuf none{nullptr, 0, 0, 0, 23, nullptr, nullptr};
-    int32_t time = 5;
-    int32_t *cell = nullptr;
-    uint8_t *block = nullptr;
-    Anybuf *record = nullptr;
-    EXPECT_EQ(KAsn1_Low_TimeIntToChar(5, nullptr), KACERT_InvalidParamErr);
-    EXPECT_EQ(KAsn1_Low_ItoCTime(5, &block, nullptr), KACERT_InvalidParamErr);
-    EXPECT_EQ(KAsn1_Low_CtoITime(nullptr, 13, &cell), KACERT_InvalidParamErr);
-    EXPECT_EQ(KAsn1_Low_WriteLongTime(5, 0x17, nullptr), KACERT_InvalidParamErr);
-    EXPECT_EQ(KAsn1_WriteUtcTime(nullptr, &record), KACERT_InvalidParamErr);
-    EXPECT_EQ(KAsn1_Low_ReadLongTime(&none, &time), KACERT_InvalidParamErr);
-    EXPECT_EQ(KAsn1_ReadUtcTime(&none, &time), KACERT_InvalidParamErr);
-    EXPECT_TRUE(time == 5 && cell == nullptr && block == nullptr && record == nullptr);
 }
 
 } // namespace

@@ -49,11 +49,13 @@ KARIL_API int32_t KA_PKCS7_GenRSAKeyPair_2048(RsaPublicKeyRecord *publicKey, Rsa
 
 /*
  * The four RSA operations, always with PKCS#1 v1.5 padding: Encrypt makes a block, type 2 with the public and type 1
- * with the private key (RFC 8017 7.2.1, 8.2.1), Decrypt opens one. `output`: room for the modulus' octets, 256 at
- * most. `outputLength`: receives the octets written, or 0xFFFFFFFF (-1) where the operation failed.
- * A private key whose two primes are zero is used with its exponent alone.
- * Returns 0; KAPKCS7_RsaOperationErr where the operation failed, or the key could not be loaded, which leaves
- * `*outputLength` alone; KACERT_InvalidItemErr.
+ * with the private key (RFC 8017 7.2.1, 8.2.1), Decrypt opens one (7.2.2, 8.2.2).
+ * `input`: a message of at most the modulus' octets less 11, or a block; null only with length 0. `output`: room for
+ * the modulus' octets, 256 at most. `outputLength`: receives the octets written, or 0xFFFFFFFF (-1) where the operation
+ * failed, as it does with a modulus that is even or has fewer than 11 octets, or a public exponent of zero.
+ * A private operation needs n, e and d; where both primes are zero it goes by d alone, more slowly.
+ * Returns 0; KAPKCS7_RsaOperationErr where the operation failed, or the key could not be loaded for want of memory,
+ * which leaves `*outputLength` alone; KACERT_InvalidItemErr.
  */
 KARIL_API int32_t KA_PKCS7_RSAPublicEncrypt(uint8_t *output, uint32_t *outputLength, const uint8_t *input,
                                             uint32_t inputLength, const RsaPublicKeyRecord *key);

@@ -20,6 +20,13 @@ using Number = std::unique_ptr<BIGNUM, By<BN_clear_free>>;
 constexpr uint32_t LargestModulus = 256;
 constexpr uint32_t OperationFailed = UINT32_MAX;
 
+// Octets that are wiped where they go out of scope: digests, DigestInfos, opened blocks.
+template <uint32_t Size> struct Secret {
+    uint8_t octets[Size] = {};
+
+    ~Secret() { wipe(octets, Size); }
+};
+
 Number load(Bytes field) {
     while (!field.empty() && field[0] == 0)
         field = field.subspan(1);
@@ -66,10 +73,11 @@ RsaPtr loadKey(const RsaPrivateKeyRecord &record) {
 
 using Operation = int (*)(int, const unsigned char *, unsigned char *, RSA *, int);
 
-// A modulus that is even or shorter than the padding has no operation; libcrypto is not asked.
+// A modulus that is even or shorter than the padding has no operation, nor has a public exponent of zero, with which a
+// private operation could not be blinded; libcrypto is not asked.
 bool isUsable(const RSA *key) {
     const BIGNUM *n = RSA_get0_n(key);
-    return BN_is_odd(n) && BN_num_bytes(n) > RSA_PKCS1_PADDING_SIZE;
+    return BN_is_odd(n) && BN_num_bytes(n) >= RSA_PKCS1_PADDING_SIZE && !BN_is_zero(RSA_get0_e(key));
 }
 
 // The operation's result: the octets written, or OperationFailed.
@@ -188,16 +196,16 @@ int32_t KA_PKCS7_SignedData(int32_t digestId, const uint8_t *input, uint32_t inp
         return KAPKCS7_DigestAlgErr;
     if ((input == nullptr && inputLength > 0) || signature == nullptr || signatureLength == nullptr || key == nullptr)
         return KACERT_InvalidItemErr;
-    uint8_t digestInfo[LongestDigestInfo];
-    memcpy(digestInfo, algorithm->prefix.data(), algorithm->prefix.size());
-    algorithm->digest({input, inputLength}, digestInfo + algorithm->prefix.size());
+    Secret<LongestDigestInfo> digestInfo;
+    memcpy(digestInfo.octets, algorithm->prefix.data(), algorithm->prefix.size());
+    algorithm->digest({input, inputLength}, digestInfo.octets + algorithm->prefix.size());
     const RsaPtr rsa = loadKey(*key);
     if (rsa == nullptr) {
         ERR_clear_error();
         return KAPKCS7_SignErr;
     }
     *signatureLength = operate(RSA_private_encrypt, rsa.get(),
-                               Bytes(digestInfo, algorithm->prefix.size() + algorithm->size), signature);
+                               Bytes(digestInfo.octets, algorithm->prefix.size() + algorithm->size), signature);
     return *signatureLength != OperationFailed ? KACERT_Ok : KAPKCS7_RsaOperationErr;
 }
 
@@ -209,17 +217,17 @@ int32_t KA_PKCS7_VerifySignature(int32_t digestId, const uint8_t *input, uint32_
     if ((input == nullptr && inputLength > 0) || (signature == nullptr && signatureLength > 0) || key == nullptr ||
         verdict == nullptr)
         return KACERT_InvalidItemErr;
-    uint8_t digest[LongestDigest];
-    algorithm->digest({input, inputLength}, digest);
+    Secret<LongestDigest> digest;
+    algorithm->digest({input, inputLength}, digest.octets);
     const RsaPtr rsa = loadKey(*key);
     if (rsa == nullptr) {
         ERR_clear_error();
         return KACERT_VerifySignatureErr;
     }
-    uint8_t block[LargestModulus];
-    const uint32_t length = operate(RSA_public_decrypt, rsa.get(), {signature, signatureLength}, block);
+    Secret<LargestModulus> block;
+    const uint32_t length = operate(RSA_public_decrypt, rsa.get(), {signature, signatureLength}, block.octets);
     *verdict = length != OperationFailed && length >= algorithm->size &&
-                       memcmp(block + length - algorithm->size, digest, algorithm->size) == 0
+                       memcmp(block.octets + length - algorithm->size, digest.octets, algorithm->size) == 0
                    ? 1
                    : 0;
     return KACERT_Ok;

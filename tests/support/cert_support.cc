@@ -6,8 +6,7 @@ namespace karil_test {
 
 int32_t fixedSignature(const uint8_t *, uint32_t, uint8_t *output, uint32_t *outputLength, void *) {
     const Octets signature = hex("AA BB CC");
-    if (output != nullptr)
-        std::copy(signature.begin(), signature.end(), output);
+    if (output != nullptr) std::copy(signature.begin(), signature.end(), output);
     *outputLength = 3;
     return 0;
 }

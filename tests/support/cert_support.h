@@ -30,8 +30,7 @@ inline std::string getChar(const CertPtr &ctx, int32_t id) {
     int32_t status = KACert_GetCertAttributeChar(ctx.get(), id, nullptr, &length);
     Octets octets(status == KACERT_Ok ? length : 4096);
     status = KACert_GetCertAttributeChar(ctx.get(), id, octets.data(), &length);
-    if (status != KACERT_Ok)
-        return "status " + std::to_string(status);
+    if (status != KACERT_Ok) return "status " + std::to_string(status);
     octets.resize(length);
     return toHex(octets);
 }
@@ -43,9 +42,7 @@ inline int32_t decode(const CertPtr &ctx, const Octets &der) {
 inline constexpr char Sha1WithRsa[] = "2A 86 48 86 F7 0D 01 01 05";
 inline constexpr char RsaEncryption[] = "2A 86 48 86 F7 0D 01 01 01";
 
-inline Octets algorithm(std::string_view id) {
-    return seq({oid(id), hex("05 00")});
-}
+inline Octets algorithm(std::string_view id) { return seq({oid(id), hex("05 00")}); }
 
 // The fields of a certificate as elements; a test exchanges what it is about.
 struct CertParts {

@@ -9,8 +9,7 @@ namespace karil_test {
 
 inline Octets cat(std::initializer_list<Octets> parts) {
     Octets all;
-    for (const Octets &part : parts)
-        all.insert(all.end(), part.begin(), part.end());
+    for (const Octets &part : parts) all.insert(all.end(), part.begin(), part.end());
     return all;
 }
 
@@ -21,8 +20,7 @@ inline Octets tlv(uint8_t tag, const Octets &content) {
         out.push_back(static_cast<uint8_t>(size));
     } else {
         Octets length;
-        for (size_t rest = size; rest != 0; rest >>= 8)
-            length.insert(length.begin(), static_cast<uint8_t>(rest));
+        for (size_t rest = size; rest != 0; rest >>= 8) length.insert(length.begin(), static_cast<uint8_t>(rest));
         out.push_back(static_cast<uint8_t>(0x80 | length.size()));
         out.insert(out.end(), length.begin(), length.end());
     }
@@ -30,22 +28,14 @@ inline Octets tlv(uint8_t tag, const Octets &content) {
     return out;
 }
 
-inline Octets tlv(uint8_t tag, std::initializer_list<Octets> parts) {
-    return tlv(tag, cat(parts));
-}
+inline Octets tlv(uint8_t tag, std::initializer_list<Octets> parts) { return tlv(tag, cat(parts)); }
 
-inline Octets seq(std::initializer_list<Octets> parts) {
-    return tlv(0x30, cat(parts));
-}
+inline Octets seq(std::initializer_list<Octets> parts) { return tlv(0x30, cat(parts)); }
 
-inline Octets set(std::initializer_list<Octets> parts) {
-    return tlv(0x31, cat(parts));
-}
+inline Octets set(std::initializer_list<Octets> parts) { return tlv(0x31, cat(parts)); }
 
 // An OBJECT IDENTIFIER from content octets in hex.
-inline Octets oid(std::string_view content) {
-    return tlv(0x06, hex(content));
-}
+inline Octets oid(std::string_view content) { return tlv(0x06, hex(content)); }
 
 // Name with one PrintableString attribute 2.5.4.3.
 inline Octets commonName(std::string_view characters) {

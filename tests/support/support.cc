@@ -15,8 +15,7 @@ Octets hex(std::string_view text) {
     Octets octets;
     std::string digits;
     for (const char c : text)
-        if (std::isxdigit(static_cast<unsigned char>(c)) != 0)
-            digits += c;
+        if (std::isxdigit(static_cast<unsigned char>(c)) != 0) digits += c;
     for (size_t i = 0; i + 1 < digits.size(); i += 2)
         octets.push_back(static_cast<uint8_t>(std::stoi(digits.substr(i, 2), nullptr, 16)));
     return octets;
@@ -26,17 +25,14 @@ std::string toHex(const uint8_t *data, size_t size) {
     static const char digits[] = "0123456789ABCDEF";
     std::string out;
     for (size_t i = 0; i < size; ++i) {
-        if (i > 0)
-            out += ' ';
+        if (i > 0) out += ' ';
         out += digits[data[i] >> 4];
         out += digits[data[i] & 15];
     }
     return out;
 }
 
-Octets text(std::string_view characters) {
-    return {characters.begin(), characters.end()};
-}
+Octets text(std::string_view characters) { return {characters.begin(), characters.end()}; }
 
 // One octet in front keeps data from being null where there are none.
 Exact::Exact(const Octets &octets, uint32_t tag) : block(new uint8_t[octets.size() + 1]) {
@@ -45,8 +41,7 @@ Exact::Exact(const Octets &octets, uint32_t tag) : block(new uint8_t[octets.size
 }
 
 Zone::Zone(const char *name) {
-    if (const char *old = std::getenv("TZ"); old != nullptr)
-        before = old;
+    if (const char *old = std::getenv("TZ"); old != nullptr) before = old;
     setenv("TZ", name, 1);
     tzset();
 }
@@ -59,13 +54,9 @@ Zone::~Zone() {
     tzset();
 }
 
-Trace::Trace() : outer(current) {
-    current = this;
-}
+Trace::Trace() : outer(current) { current = this; }
 
-Trace::~Trace() {
-    current = outer;
-}
+Trace::~Trace() { current = outer; }
 
 bool Trace::has(std::string_view words) const {
     return std::find(recorded.begin(), recorded.end(), words) != recorded.end();

@@ -17,12 +17,8 @@ using Octets = std::vector<uint8_t>;
 Octets hex(std::string_view text);
 // Octets as "30 03 02 01 05".
 std::string toHex(const uint8_t *data, size_t size);
-inline std::string toHex(const Octets &octets) {
-    return toHex(octets.data(), octets.size());
-}
-inline std::string toHex(const Anybuf &record) {
-    return toHex(record.data, record.length);
-}
+inline std::string toHex(const Octets &octets) { return toHex(octets.data(), octets.size()); }
+inline std::string toHex(const Anybuf &record) { return toHex(record.data, record.length); }
 Octets text(std::string_view characters);
 
 struct FreeChain {
