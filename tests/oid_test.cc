@@ -74,7 +74,15 @@ TEST(Oid, BadText) {
         EXPECT_EQ(KACert_GetOIDValue(text.get(), length, &result, &resultLength), KACERT_AlgorithmNotSupportErr);
         EXPECT_EQ(KACert_OidTextToDer(nullptr, 0, text.get(), length), 0);
         EXPECT_TRUE(result == 9 && resultLength == 77);
+        EXPECT_EQ(KACert_OidTextToDer(&result, 1, text.get(), length), 0);
+        EXPECT_EQ(result, 9);
     }
+    std::string late = "1.2"; // found to be bad behind more octets than there is room for
+    for (int i = 0; i < 1100; ++i) late += ".1";
+    late += 'x';
+    uint32_t size = 77;
+    EXPECT_EQ(KACert_GetOIDValue(late.data(), static_cast<int32_t>(late.size()), nullptr, &size),
+              KACERT_AlgorithmNotSupportErr);
 }
 
 TEST(Oid, ContentOfAtMost1024Octets) {

@@ -58,7 +58,7 @@ int32_t KACert_OidTextToDer(uint8_t *result, uint32_t capacity, const char *text
         return 0;
     const std::span<const char> arcs(text, length == -1 ? strlen(text) : static_cast<size_t>(length));
     const uint64_t size = convert(arcs, nullptr);
-    if (size > INT32_MAX || (result != nullptr && size > capacity))
+    if (size == 0 || size > INT32_MAX || (result != nullptr && size > capacity))
         return 0;
     if (result != nullptr)
         convert(arcs, result);
