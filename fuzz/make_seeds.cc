@@ -1,0 +1,243 @@
+// Writes what the fuzzer starts from: make_seeds FOLDER fills FOLDER/TARGET for each target.
+#include "base_cert.h"
+
+#include <filesystem>
+#include <fstream>
+
+using namespace karil_fuzz;
+
+namespace {
+
+struct Folder {
+    std::filesystem::path path;
+    int count = 0;
+
+    void add(Bytes seed) {
+        std::ofstream file(path / std::to_string(count++), std::ios::binary);
+        file.write(reinterpret_cast<const char *>(seed.data()), static_cast<std::streamsize>(seed.size()));
+        must(file.good(), "a seed can be written");
+    }
+    void add(std::initializer_list<uint8_t> front, Bytes rest) {
+        Octets seed(front);
+        seed.insert(seed.end(), rest.begin(), rest.end());
+        add(seed);
+    }
+};
+
+int32_t sign(const uint8_t *, uint32_t, uint8_t *output, uint32_t *outputLength, void *) {
+    if (output != nullptr)
+        std::fill_n(output, *outputLength = 256, uint8_t{0xA5});
+    return KACERT_Ok;
+}
+
+Octets encode(CertEncodeCtx &ctx) {
+    must(KACert_SetCertSignFunc(&ctx, sign, nullptr, 0) == KACERT_Ok, "a hook can be set");
+    uint32_t size = 0;
+    must(KACert_EncodeCert(&ctx, nullptr, &size) == KACERT_Ok, "a seed can be encoded");
+    Octets der(size);
+    must(KACert_EncodeCert(&ctx, der.data(), &size) == KACERT_Ok, "a seed can be encoded");
+    return der;
+}
+
+// Two characters in code page 936.
+constexpr char Beijing[] = "\xB1\xB1\xBE\xA9";
+
+void fillAll(CertEncodeCtx &ctx) {
+    const std::pair<int32_t, std::string_view> fields[] = {
+        {CERT_ISSUER_COUNTRYNAME, "CN"},
+        {CERT_ISSUER_STATEORPROVINCENAME, Beijing},
+        {CERT_ISSUER_ORGANIZATIONALUNITNAME, "One"},
+        {CERT_ISSUER_ORGANIZATIONALUNITNAME, Beijing},
+        {CERT_SUBJECT_LOCALITYNAME, Beijing},
+        {CERT_SUBJECT_ORGANIZATIONNAME, "A & B"},
+        {CERT_SUBJECT_EMAIL, "leaf@example.com"},
+        {CERT_SUBJECT_POSTALADDRESS, "1 Street"},
+        {CERT_SUBJECT_POSTALCODE, "100000"},
+        {CERT_SUBJECT_TELEPHONE, "+86 10"},
+        {CERTEX_AUTHORITYKEYIDENTIFIER, "01234567890123456789"},
+        {CERTEX_SUBJECTKEYIDENTIFIER, "98765432109876543210"},
+        {CERTEX_SUBJECTKEYIDENTIFIER_CRITICAL, "1"},
+        {CERTEX_KEYUSAGE, "\x06\x80"},
+        {CERTEX_CERTPOLICYID, "\x2A\x03"},
+        {CERTEX_CERTPOLICY_CPS, "http://example.com/cps"},
+        {CERT_SUBJECT_ALT_COMMONNAME, Beijing},
+        {CERT_ISSUER_ALT_COMMONNAME, "Root"},
+        {CERT_ISSUER_ALT_EMAIL, "root@example.com"},
+        {CERT_SUBJECT_ALT_RFC822NAME, "leaf@example.com"},
+        {CERT_SUBJECT_ALT_DNSNAME, "example.com"},
+        {CERT_SUBJECT_ALT_URI, "http://example.com"},
+        {CERT_SUBJECT_ALT_IPADDRESS, "\x7F\x01\x01\x01"},
+        {CERT_SUBJECT_ALT_OTHERNAME_TYPEID, "1.3.6.1.4.1.311.20.2.3"},
+        {CERT_SUBJECT_ALT_OTHERNAME_VALUE, Beijing},
+        {CERTEX_AUTHORITY, "\x01"},
+        {CERTEX_PATHLENCONSTRAINT, "\x05"},
+        {CERTEX_EXTKEY_USAGE, "\xC0\x01\x01\x01"},
+        {CERTEX_EXTKEY_USAGE_OID_DEFINE, "1.2.3.4"},
+        {CERTEX_CRLDIST_FULLNAME, "http://example.com/1.crl"},
+        {CERTEX_CRLDIST_FULLNAME, "http://example.com/2.crl"},
+        {CERTEX_AUTHORITYINFO_OCSP, "http://example.com/ocsp"},
+        {CERTEX_AUTHORITYINFO_CAISSUERS, "http://example.com/ca"},
+    };
+    for (const auto &[id, value] : fields)
+        must(setChar(ctx, id, bytesOf(value)) == KACERT_Ok, "a field can be set");
+    const Bytes oid = bytesOf("\x2A\x03\x04");
+    must(KACert_SetCertAttributePrivate_ForValue(&ctx, oid.data(), lengthOf(oid), 1, oid.data(), lengthOf(oid), 19) ==
+             KACERT_Ok,
+         "a private extension can be set");
+}
+
+// Every element inside `element`, and itself.
+void addElements(Folder &folder, const Anybuf &element) {
+    folder.add({static_cast<uint8_t>(element.tag), 0, 1}, bytesOf(element));
+    Anybuf *first = nullptr;
+    if (KAsn1_ReadSequence(&element, &first) != KACERT_Ok && KAsn1_ReadSet(&element, &first) != KACERT_Ok)
+        return;
+    const Chain inner(first);
+    for (const Anybuf *node = inner.get(); node != nullptr; node = node->next)
+        addElements(folder, *node);
+}
+
+void addName(Folder &folder, Bytes der) {
+    const Bytes two[] = {bytesOf("\x0C\x06\xE5\x8C\x97\xE4\xBA\xAC"), bytesOf("\x14\x02\xB1\xB1")};
+    folder.add({0}, der);
+    for (const Bytes value : two) {
+        Octets attribute = {0x30, 0, 0x06, 0x03, 0x55, 0x04, 0x0B};
+        attribute.insert(attribute.end(), value.begin(), value.end());
+        attribute[1] = static_cast<uint8_t>(attribute.size() - 2);
+        const auto size = static_cast<uint8_t>(attribute.size());
+        folder.add({0, 0x30, static_cast<uint8_t>(size + 2), 0x31, size}, attribute);
+    }
+}
+
+Octets repeated(std::string_view text, size_t count) {
+    Octets all;
+    while (count-- > 0)
+        all.insert(all.end(), text.begin(), text.end());
+    return all;
+}
+
+// Names whose text in one line, "CN=" and a comma included, comes to the limit of 1,024 octets.
+void addLongNames(Folder &names) {
+    for (const size_t size : {1019u, 1020u, 1021u}) {
+        const Octets value = repeated("x", size);
+        const CertPtr ctx = newCert();
+        must(setChar(*ctx, CERT_SUBJECT_COMMONNAME, value) == KACERT_Ok, "a long name can be set");
+        Chain name;
+        must(made(name, KI_EncodeIssuerSuject, &ctx->subject) == KACERT_Ok, "a long name can be encoded");
+        names.add({0}, bytesOf(*name));
+    }
+}
+
+void addCertificates(Folder certificates, Folder &elements, Folder names) {
+    addLongNames(names);
+    const CertPtr base = newCert();
+    fillBase(*base);
+    certificates.add(encode(*base));
+    const CertPtr all = newCert();
+    fillBase(*all);
+    fillAll(*all);
+    Octets der = encode(*all);
+    certificates.add(der);
+    addElements(elements, Anybuf{der.data(), sizeOf(der), 0, 0, 0, nullptr, nullptr});
+    for (const NameRecord *head : {&all->issuer, &all->subject}) {
+        Chain name;
+        must(made(name, KI_EncodeIssuerSuject, head) == KACERT_Ok, "a name can be encoded");
+        addName(names, bytesOf(*name));
+    }
+    Chain general;
+    must(made(general, KI_EncodeGeneralNameS, &all->extensions.subjectAltName.names) == KACERT_Ok,
+         "names of all forms");
+    names.add({1}, bytesOf(*general));
+}
+
+// What no certificate has: headers in unusual forms, times, flags, numbers.
+void addOddElements(Folder &elements) {
+    const std::string_view odd[] = {{"\x30\x80\x02\x05", 4},
+                                    {"\x30\x81\x03\x02\x01\x05", 6},
+                                    {"\x1F\x81\x01\x05", 4},
+                                    {"\x9F\x01\x81\x01\x05", 5},
+                                    {"\x02\x03\x00\x81\x02", 5},
+                                    {"\x01\x01\xFF", 3},
+                                    {"\x02\x05\x01\x02\x03\x04", 6},
+                                    {"\x31\x03\x02\x01\x05", 5},
+                                    {"\x30\x84\x00\x00\x00\x00", 6},
+                                    {"\x18\x0D"
+                                     "300101000000Z",
+                                     15}};
+    for (const std::string_view element : odd)
+        for (const uint8_t tag : Octets{0, 2, 3, 16, 17, 24})
+            elements.add({tag, 3, 2}, bytesOf(element));
+}
+
+// Texts on both sides of a limit: 1,024 octets in code page 936 and in UTF-8.
+void addLongTexts(Folder &texts) {
+    for (const size_t count : {341u, 342u, 512u, 513u}) {
+        texts.add({0}, repeated("\xB1\xB1", count));
+        texts.add({1}, repeated("\x53\x17", count));
+        texts.add({2}, repeated("\x53\x17", count));
+        texts.add({3}, repeated("\xE5\x8C\x97", count));
+        texts.add({4}, repeated("\xB1\xB1", count));
+        texts.add({5}, repeated("\xE5\x8C\x97", count));
+    }
+}
+
+void addTexts(Folder texts) {
+    addLongTexts(texts);
+    const std::string_view samples[] = {"plain ASCII",
+                                        Beijing,
+                                        "\x80\xA2\xE3\xAA\xA1\xFE\xA0\xFF\x81",
+                                        {"\x53\x17\x4E\xAC\x20\xAC\xE0\x00\x00\x61\x03\x01", 12},
+                                        {"\xD8\x3D\xDE\x00\xDC\x00\xD8\x00", 8},
+                                        "\xE5\x8C\x97\xE4\xBA\xAC\xF0\x9F\x98\x80\xC2\xED\xA0\x80"};
+    for (uint8_t direction = 0; direction < 6; ++direction)
+        for (const std::string_view sample : samples) {
+            texts.add({direction}, bytesOf(sample));
+            texts.add({direction}, repeated(sample, 40));
+        }
+}
+
+void addOids(Folder oids) {
+    for (const std::string_view oid :
+         {"1.2.840.113549.1.1.5", "0.39", "1.40.1", "2.999 3", "2.5.29.4294967295", "1..2"})
+        oids.add(bytesOf(oid));
+    // More octets than there is room for, good and bad.
+    Octets arcs = repeated("1.2.", 600);
+    arcs.push_back('x');
+    oids.add(arcs);
+    arcs.back() = '1';
+    oids.add(arcs);
+}
+
+// A program of one step for each selector, and one of all steps.
+void addPrograms(Folder programs) {
+    Octets all = {0, 0};
+    for (uint8_t selector = 0; selector < 70; ++selector) {
+        const uint8_t step[] = {selector, 5, '1', '.', '2', '.', '3'};
+        all.insert(all.end(), std::begin(step), std::end(step));
+        programs.add({0, 0}, step);
+        programs.add({0, 1, selector, 0xFF}, bytesOf("\xB1"));
+    }
+    programs.add(all);
+    for (uint8_t hook = 0; hook < 64; hook = static_cast<uint8_t>(hook + 7))
+        programs.add({0, hook}, {});
+    programs.add({0, 0, 0xF0, CERT_VALIDTO}, bytesOf("\x7F\xFF\xFF\xFF"));
+    programs.add({0, 0, 0xF1, 2}, bytesOf("\x2A\x03\x01\x01\x01\xF2\x02\x2A\x04\x02\x05\x05\x01\x13"));
+}
+
+} // namespace
+
+int main(int count, char **arguments) {
+    must(count == 2, "usage: make_seeds FOLDER");
+    const auto folder = [&](const char *target) {
+        const std::filesystem::path path = std::filesystem::path(arguments[1]) / target;
+        std::filesystem::create_directories(path);
+        return Folder{path};
+    };
+    Folder elements = folder("asn1_readers");
+    addCertificates(folder("cert_decode"), elements, folder("names"));
+    addOddElements(elements);
+    addTexts(folder("text"));
+    addOids(folder("oid_text"));
+    addPrograms(folder("cert_build"));
+    return 0;
+}
