@@ -1,5 +1,5 @@
 #!/bin/sh
-# Installs the Debian packages that are missing. Arguments: groups, of build, test and check.
+# Installs the Debian packages that are missing. Arguments: groups, of build, test, check, bench and coverage.
 set -eu
 
 packages=
@@ -8,6 +8,8 @@ for group in "$@"; do
     build) packages="$packages g++ cmake ninja-build pkgconf libssl-dev nettle-dev" ;;
     test) packages="$packages libgtest-dev ca-certificates openssl tzdata" ;;
     check) packages="$packages clang clang-format clang-tidy libclang-rt-14-dev" ;;
+    bench) packages="$packages libbenchmark-dev libmbedtls-dev libgnutls28-dev python3 ca-certificates tzdata" ;;
+    coverage) packages="$packages gcovr" ;;
     *)
         echo "setup.sh: no group of the name $group" >&2
         exit 2
