@@ -1,0 +1,61 @@
+// What the benchmarks share: the certificates they read, the certificate they build, and what stops them.
+#pragma once
+
+#include <karil/karil.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace karil_bench {
+
+using Bytes = std::span<const uint8_t>;
+using Octets = std::vector<uint8_t>;
+
+template <auto Free> struct By {
+    template <class T> void operator()(T *object) const { Free(object); }
+};
+template <class T, auto Free> using Owned = std::unique_ptr<T, By<Free>>;
+using CertPtr = Owned<CertEncodeCtx, KACert_DestroyCertEncodeCtx>;
+
+// A figure counts only where what was measured did its work.
+inline void must(bool holds, const char *claim) {
+    if (holds)
+        return;
+    std::fprintf(stderr, "this does not hold: %s\n", claim);
+    std::exit(1);
+}
+
+inline Bytes octetsOf(std::string_view text) {
+    return {reinterpret_cast<const uint8_t *>(text.data()), text.size()};
+}
+
+// One certificate, decoded and destroyed. False where it does not decode.
+using Decode = bool (*)(Bytes der);
+bool decodeWithKaril(Bytes der);
+bool decodeWithLibcrypto(Bytes der);
+bool decodeWithMbedtls(Bytes der);
+bool decodeWithGnutls(Bytes der);
+
+// The certificates of the ca-certificates package that karil and all its peers decode.
+const std::vector<Octets> &corpus();
+
+// The same certificate by both, from sample.h. libcrypto's stops at the to-be-signed part.
+CertPtr buildWithKaril(KACertSignFunc hook, const void *parameter, uint32_t length);
+Octets encodeWithKaril(CertEncodeCtx *ctx);
+Octets tbsOf(Bytes certificate);
+Octets encodeTbsWithLibcrypto();
+int32_t copyingHook(const uint8_t *input, uint32_t inputLength, uint8_t *output, uint32_t *outputLength, void *);
+
+// Each file registers its own as "measure/who"; the counter "items" says among how many the time is divided.
+void registerDecode();
+void registerQuery();
+void registerEncode();
+void registerSign();
+void registerGrowth();
+
+} // namespace karil_bench
