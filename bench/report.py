@@ -48,7 +48,9 @@ def load(folder, run):
     for entry in report["benchmarks"]:
         if entry["run_type"] == "iteration":
             time = entry["cpu_time"] / entry.get("items", 1)
-            samples.setdefault(entry["run_name"], []).append(time)
+            # Settings of a benchmark's own follow its name.
+            name = "/".join(entry["run_name"].split("/")[:2])
+            samples.setdefault(name, []).append(time)
     figures = {name: statistics.median(times) for name, times in samples.items()}
     fewest = min(len(times) for times in samples.values())
     if fewest < 5:

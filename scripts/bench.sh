@@ -1,7 +1,8 @@
 #!/bin/sh
 # Measures karil beside its peers: prints the table with TZ=UTC and once more without TZ, writes ratios.json and draws
 # docs/bench.svg. KARIL_BUILD_DIR: where to build, instead of build; the figures go into the folder bench in it.
-# KARIL_BENCH_SECONDS: how long each measure runs in each of its 7 repetitions, instead of 0.2.
+# KARIL_BENCH_SECONDS: how long each measure runs in each of its 7 repetitions, instead of 0.2; those of
+# signing have 21 of 0.1.
 set -eu
 cd "$(dirname "$0")/.."
 

@@ -95,6 +95,12 @@ int32_t verdict(int32_t id, const Octets &input, const Octets &signature, const 
     return result;
 }
 
+// Sets a field to a number.
+void put(auto &field, const Octets &value) {
+    memset(field, 0, sizeof field);
+    std::copy(value.rbegin(), value.rend(), std::reverse_iterator(field + sizeof field));
+}
+
 // RFC 1319 A.5, RFC 1321 A.5, and the examples of FIPS 180.
 constexpr char Md2OfAbc[] = "DA853B0D3F88D99B30283A69E6DED6BB";
 constexpr char Md5OfAbc[] = "900150983CD24FB0D6963F7D28E17F72";
@@ -168,9 +174,9 @@ TEST(Crypt, LibcryptoVerifiesSignatures) {
     RsaPrivateKeyRecord noPrimes = secret;
     for (auto *field : {&noPrimes.prime1, &noPrimes.prime2, &noPrimes.primeExponent1, &noPrimes.primeExponent2,
                         &noPrimes.coefficient})
-        memset(field, 0, sizeof *field);
+        put(*field, {});
     RsaPrivateKeyRecord noExponent = secret;
-    memset(noExponent.exponent, 0, sizeof noExponent.exponent);
+    put(noExponent.exponent, {});
     const std::pair<KAHookFunc, Octets> rows[] = {
         {sign<KA_DIGEST_MD2>, InfoMd2}, {sign<KA_DIGEST_MD5>, InfoMd5}, {sign<KA_DIGEST_SHA1>, InfoSha1}};
     for (const auto &[hook, info] : rows)
@@ -181,6 +187,9 @@ TEST(Crypt, LibcryptoVerifiesSignatures) {
             EXPECT_EQ(EVP_PKEY_verify(ctx.get(), signature.data(), signature.size(), info.data(), info.size()), 1);
             ERR_clear_error();
         }
+    RsaPrivateKeyRecord onePrime = secret;
+    put(onePrime.prime2, {});
+    EXPECT_EQ(run(sign<KA_DIGEST_SHA1>, text("abc"), &onePrime), "failed"); // it does not go by its exponent
 }
 
 // Only the end of the opened block counts. libcrypto signs the block, so that it can hold anything.
@@ -208,12 +217,6 @@ TEST(Crypt, VerdictsOnBlocks) {
     for (const Octets &bad : {Octets(), Octets(good.begin(), good.end() - 1), cat({good, hex("00")}), changed})
         EXPECT_EQ(verdict(KA_DIGEST_SHA1, text("abc"), bad, open), 0) << toHex(bad);
     EXPECT_EQ(verdict(KA_DIGEST_SHA1, text("abc"), good, generated(KA_PKCS7_GenRSAKeyPair).open), 0);
-}
-
-// Sets a field to a number.
-void put(auto &field, const Octets &value) {
-    memset(field, 0, sizeof field);
-    std::copy(value.rbegin(), value.rend(), std::reverse_iterator(field + sizeof field));
 }
 
 // Each operation on numbers that are no key fails in the one way there is or, where they have a result, gives it.

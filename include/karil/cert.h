@@ -140,7 +140,7 @@ KARIL_API int32_t KACert_SetCertAttributePrivate(CertEncodeCtx *ctx, const uint8
 /*
  * The same for a plain value, which is first made a PrintableString element (`type` 19) or an OCTET STRING element
  * (any other `type`). Returns also KACERT_InvalidParamErr for a null value or a value length below 1, and -1 where
- * the PrintableString element cannot be made.
+ * the element cannot be made for want of memory.
  */
 KARIL_API int32_t KACert_SetCertAttributePrivate_ForValue(CertEncodeCtx *ctx, const uint8_t *oid, int32_t oidLength,
                                                           uint8_t critical, const uint8_t *value, int32_t valueLength,

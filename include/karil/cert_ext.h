@@ -73,8 +73,10 @@ KARIL_API int32_t WriteNullSequence(Anybuf **out);
 
 /*
  * Decoders. Each reads one Extension element into its field of the block, which the owner of the block frees.
- * Returns 0, also for an element with another OID, which fills nothing (KACERT_InvalidParamErr in basic constraints);
- * KACERT_CertNotEndErr where something is missing; else the status of the reader that failed.
+ * Returns 0, also for an element with another OID, which fills nothing (KACERT_InvalidParamErr in basic constraints;
+ * extended key usage stores a mask of zero); KACERT_CertNotEndErr where a field is missing; KACERT_InvalidParamErr for
+ * an Extension without an OID or a private one without a value, and for an empty [0] key id or fullName; else the
+ * status of the reader that failed.
  */
 
 /*

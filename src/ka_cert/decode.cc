@@ -88,10 +88,11 @@ Status readValidity(const Element &element, CertDecodeCtx &ctx) {
 
 // TBSCertificate ::= SEQUENCE { version [0] DEFAULT v1, serialNumber, signature, issuer, validity, subject,
 //                               subjectPublicKeyInfo, extensions [3] OPTIONAL }
+// It is read from the context's own copy: the octets given may be those that the copy replaces.
 Status decodeTbs(const Element &tbs, CertDecodeCtx &ctx) {
     KA_STEP_AS("------>KI_CopyAnybuf", store, ctx.tbs, tbs);
     Level fields;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, tbs, fields);
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, elementOf(ctx.tbs), fields);
     if (fields.empty())
         return KACERT_Ok;
     KA_PASS(readVersionAndSerial, ctx, fields);
@@ -122,7 +123,7 @@ Status decodeCertificate(Bytes der, CertDecodeCtx &ctx) {
                "------>KACERT_LengthNotEqualErr");
     KA_STEP_AS("------>KI_CopyAnybuf", store, ctx.encoded, whole);
     Level parts;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, whole, parts);
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, elementOf(ctx.encoded), parts);
     if (parts.empty())
         return KACERT_Ok;
     KA_STEP_AS("------>KI_Cert_DecodeTBS", decodeTbs, parts.take(), ctx);
