@@ -152,7 +152,7 @@ void nameBothWays(Run &run) {
 void generalNamesBothWays(Run &run) {
     const Octets type = text("1.2.3");
     const Octets value = text("\xD6\xD0");
-    for (const uint32_t kind : {3, 4, 12, 19, 22, 30})
+    for (const uint32_t kind : {3u, 4u, 12u, 19u, 22u, 30u})
         for (const auto encode : {KI_EncodeGeneralName, KI_EncodeGeneralNameS}) {
             GeneralNameRecord names = {};
             std::fill(std::begin(names.present), std::end(names.present), uint8_t{1});
