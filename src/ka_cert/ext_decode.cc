@@ -2,15 +2,6 @@
 
 namespace karil {
 
-namespace {
-
-// What a reader takes from its Extension: the value, if the object identifier is the reader's own.
-struct Opened {
-    bool isOwn = false;
-    Level fields; // behind the object identifier
-    Element value;
-};
-
 // Extension ::= SEQUENCE { extnID OBJECT IDENTIFIER, critical BOOLEAN DEFAULT FALSE, extnValue OCTET STRING }
 Status openOid(const Element &extension, Bytes own, Opened &out) {
     KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, extension, out.fields);
@@ -24,9 +15,6 @@ Status openOid(const Element &extension, Bytes own, Opened &out) {
     return KACERT_Ok;
 }
 
-// How a reader tells that a critical flag stands before the value.
-enum class Flag { ByTag, BySuccessor };
-
 Status openValue(Opened &opened, Flag flag, uint8_t &critical, Status missing) {
     Element field = opened.fields.take();
     if (flag == Flag::ByTag ? field.startsWith(TagBoolean) : !opened.fields.empty()) {
@@ -38,6 +26,8 @@ Status openValue(Opened &opened, Flag flag, uint8_t &critical, Status missing) {
     KA_STEP_AS("------>KAsn1_ReadOctetString", readValue, field, opened.value);
     return KACERT_Ok;
 }
+
+namespace {
 
 Status decodeBasicConstraints(const Element &extension, CertExtensions &block) {
     BasicConstraintsExtension &field = block.basicConstraints;
