@@ -1,5 +1,5 @@
 // The attribute ids of the Char functions: a row each, with what Set and Get do.
-#include "ka_cert.h"
+#include "attribute_rows.h"
 
 namespace karil {
 
@@ -228,16 +228,6 @@ Status giveDistributionPoint(CertExtensions &ext, const Answer &answer) {
 using Ctx = CertEncodeCtx;
 using Ext = CertExtensions;
 
-#define KA_BODY(BODY)                                                                                                  \
-    {                                                                                                                  \
-        Ext &ext [[maybe_unused]] = ctx.extensions;                                                                    \
-        return BODY;                                                                                                   \
-    }
-#define KA_SET(BODY) [](Ctx & ctx, Bytes value) -> Status KA_BODY(BODY)
-#define KA_GET(BODY) [](Ctx & ctx, const Answer &answer) -> Status KA_BODY(BODY)
-#define KA_ROW_AS(ID, SET_WORDS, SET, GET)                                                                             \
-    { ID, "======>Set " SET_WORDS, "======>Get " #ID, "======>Get " #ID " LEN", SET, GET }
-#define KA_ROW(ID, SET, GET) KA_ROW_AS(ID, #ID, SET, GET)
 // The names: one row for each attribute of each list; the words of the issuer's alternative name are the subject's.
 #define KA_NAME(ID, SET_WORDS, LIST, KIND, GET) KA_ROW_AS(ID, SET_WORDS, KA_SET(setName(ctx, LIST, KIND, value)), GET)
 #define KA_ISSUER(ID, KIND) KA_NAME(ID, #ID, NameList::Issuer, KIND, KA_GET(giveName(ctx.issuer, KIND, answer)))

@@ -34,12 +34,8 @@ Status readPublicKey(const Element &element, AlgorithmRecord &algorithm, Anybuf 
 
 namespace {
 
-// The next field of the to-be-signed part, which must be there.
 Status takeField(Level &fields, Element &out) {
-    if (fields.empty())
-        return KA_FAIL(KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
-    out = fields.take();
-    return KACERT_Ok;
+    return takeOr(fields, out, KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
 }
 
 // Version and serial number. `first` is the version only where it is tagged [0].
@@ -146,18 +142,12 @@ using namespace karil;
 
 int32_t KI_Cert_DecodeTBS(CertDecodeCtx *ctx, const Anybuf *tbs) {
     KA_FRAME("KI_Cert_DecodeTBS");
-    if (ctx == nullptr || tbs == nullptr || tbs->data == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_PASS(decodeTbs, elementOf(*tbs), *ctx);
+    KA_PASS(decodePart, tbs, ctx, decodeTbs);
     return KA_DONE();
 }
 
 int32_t KACert_DecodeCert(CertDecodeCtx *ctx, const uint8_t *der, uint32_t length) {
     KA_FRAME("KACert_DecodeCert");
-    if (ctx == nullptr || der == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    if (length == 0)
-        KA_STEP(KAsn1_GetCertLength, der, &length);
-    KA_PASS(decodeCertificate, Bytes(der, length), *ctx);
+    KA_PASS(decodeWhole, ctx, der, length, decodeCertificate);
     return KA_DONE();
 }

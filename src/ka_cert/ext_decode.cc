@@ -330,9 +330,7 @@ int32_t KI_Cert_DecodeExtension_Private(const Anybuf *extension, CertExtensions 
 #define KA_EXTENSION(NAME, DECODE)                                                                                     \
     int32_t NAME(const Anybuf *extension, CertExtensions *block) {                                                     \
         KA_FRAME(#NAME);                                                                                               \
-        if (extension == nullptr || extension->data == nullptr || block == nullptr)                                    \
-            return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");                                          \
-        KA_PASS(DECODE, elementOf(*extension), *block);                                                                \
+        KA_PASS(decodePart, extension, block, DECODE);                                                                 \
         return KA_DONE();                                                                                              \
     }
 

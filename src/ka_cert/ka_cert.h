@@ -145,8 +145,17 @@ template <class Ctx>
 // The context's copy of the hook's parameter, beside the hook.
 [[nodiscard]] Status setHook(KAHookFunc &hook, Anybuf &key, KAHookFunc value, const void *parameter, uint32_t length);
 
-// What a successful Encode hands out.
-[[nodiscard]] Status handOut(const Anybuf &encoded, uint8_t *result, uint32_t *resultLength);
+// Stores the length and, with a buffer, the octets.
+void handOut(const Anybuf &source, uint8_t *result, uint32_t *resultLength);
+// The node numbered `index`, from 1; without one `index` becomes their number.
+template <class Node> const Node *numbered(const Node *first, uint32_t &index) {
+    uint32_t count = 0;
+    for (const Node *node = first; node != nullptr; node = node->next)
+        if (++count == index)
+            return node;
+    index = count;
+    return nullptr;
+}
 // Writes the object the first time, and hands out what was written.
 template <class Ctx>
 [[nodiscard]] Status encodeOnce(Ctx *ctx, Status (*write)(Ctx &, Anybuf **), uint8_t *result, uint32_t *resultLength) {
@@ -158,7 +167,8 @@ template <class Ctx>
         KI_ClearAnybuf(&ctx->encoded);
         KA_STEP(KI_CopyAnybuf, &ctx->encoded, object.head());
     }
-    return handOut(ctx->encoded, result, resultLength);
+    handOut(ctx->encoded, result, resultLength);
+    return KACERT_Ok;
 }
 
 // Issuer or subject, from the one form that was given.
@@ -197,6 +207,30 @@ enum class Flag { ByTag, BySuccessor };
 
 // `last`: see append().
 [[nodiscard]] Status decodeExtensions(const Element &extensions, CertExtensions &block, PrivateExtensionNode *&last);
+
+// The next field, which must be there.
+[[nodiscard]] inline Status takeOr(Level &fields, Element &out, Status missing, const char *words) {
+    if (fields.empty())
+        return KA_FAIL(missing, words);
+    out = fields.take();
+    return KACERT_Ok;
+}
+// Within an exported decoder's frame: of octets with a length, where 0 trusts the element's header, ...
+template <class Ctx>
+[[nodiscard]] Status decodeWhole(Ctx *ctx, const uint8_t *der, uint32_t length, Status (*decode)(Bytes, Ctx &)) {
+    if (ctx == nullptr || der == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    if (length == 0)
+        KA_STEP(KAsn1_GetCertLength, der, &length);
+    return decode(Bytes(der, length), *ctx);
+}
+// ... and of one element, into a context or a block of it.
+template <class Target>
+[[nodiscard]] Status decodePart(const Anybuf *source, Target *target, Status (*decode)(const Element &, Target &)) {
+    if (source == nullptr || source->data == nullptr || target == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    return decode(elementOf(*source), *target);
+}
 
 // AlgorithmIdentifier, of which the object identifier alone is taken, into `out`.
 [[nodiscard]] Status readAlgorithm(const Element &element, AlgorithmRecord &out);

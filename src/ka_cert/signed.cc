@@ -51,11 +51,10 @@ Status signBySize(KAHookFunc hook, const Anybuf &key, const Anybuf &tbs, Signatu
     return KACERT_Ok;
 }
 
-Status handOut(const Anybuf &encoded, uint8_t *result, uint32_t *resultLength) {
-    *resultLength = encoded.length;
-    if (result != nullptr)
-        memcpy(result, encoded.data, encoded.length);
-    return KACERT_Ok;
+void handOut(const Anybuf &source, uint8_t *result, uint32_t *resultLength) {
+    *resultLength = source.length;
+    if (result != nullptr && source.length > 0)
+        memcpy(result, source.data, source.length);
 }
 
 } // namespace karil
