@@ -100,11 +100,15 @@ Status appendEntry(const Entry &entry, CrlDecodeCtx &ctx) {
     return KACERT_Ok;
 }
 
+// Some three years: revocation dates of a list lie in about that time.
+constexpr size_t KeptDays = 1024;
+
 // revokedCertificates ::= SEQUENCE OF SEQUENCE
 Status decodeEntries(const Element &list, CrlDecodeCtx &ctx) {
     Level entries;
     KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, list, entries);
-    LocalClock clock;
+    DayOffset days[KeptDays] = {};
+    LocalClock clock = {false, days};
     while (!entries.empty()) {
         Entry entry;
         KA_PASS(readEntry, entries.take(), clock, entry);

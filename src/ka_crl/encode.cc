@@ -12,30 +12,6 @@ Status writeTime(const CertTime &time, Anybuf **out) {
     return KACERT_Ok;
 }
 
-// SEQUENCE { userCertificate INTEGER, revocationDate Time, crlEntryExtensions OPTIONAL }
-Status writeEntry(const RevokedEntry &entry, Anybuf **out) {
-    Chain fields;
-    KA_STEP(KAsn1_WriteIntegerArray, &entry.serialNumber, fields.slot());
-    KA_PASS(writeTime, entry.revocationDate, fields.slot());
-    if (entry.hasEntryExtensions == 1)
-        KA_STEP(KI_CRL_WriteEntryExtension, &entry, fields.slot());
-    KA_STEP(KAsn1_WriteSequence, fields.head(), out);
-    return KACERT_Ok;
-}
-
-// SEQUENCE OF entries, those of the ready list first
-Status writeEntries(const CrlEncodeCtx &ctx, Anybuf **out) {
-    Chain entries;
-    for (const RevokedEntry *entry = ctx.firstRevoked; entry != nullptr; entry = entry->next)
-        KA_PASS(writeEntry, *entry, entries.slot());
-    AnybufPtr added = entries.take();
-    Chain whole;
-    KA_STEP(KI_CRL_AddRevokedCert, &ctx, added.get(), whole.slot());
-    (void)added.release();
-    KA_STEP(KAsn1_WriteSequence, whole.head(), out);
-    return KACERT_Ok;
-}
-
 // INTEGER in an Extension
 Status writeNumber(Bytes oid, const CrlNumberExtension &field, Anybuf **out) {
     Chain number;
@@ -114,30 +90,6 @@ int32_t KACert_EncodeCrl(CrlEncodeCtx *ctx, uint8_t *result, uint32_t *resultLen
     return KA_DONE();
 }
 
-int32_t KI_CRL_AddRevokedCert(const CrlEncodeCtx *ctx, Anybuf *entries, Anybuf **out) {
-    KA_FRAME("KI_CRL_AddRevokedCert");
-    if (ctx == nullptr || out == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    Chain whole;
-    if (ctx->revokedDer.length > 0)
-        KA_STEP(KAsn1_ReadSequence, &ctx->revokedDer, whole.slot());
-    *whole.slot() = entries;
-    whole.moveTo(out);
-    return KA_DONE();
-}
-
-int32_t KI_CRL_WriteEntryExtension(const RevokedEntry *entry, Anybuf **out) {
-    KA_FRAME("KI_CRL_WriteEntryExtension");
-    if (entry == nullptr || out == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    Chain reason;
-    KA_STEP(KAsn1_WriteEnumerated, &entry->reason, reason.slot());
-    Chain extension;
-    KA_PASS(writeExtension, OidReason, 0, *reason.head(), extension.slot());
-    KA_STEP(KAsn1_WriteSequence, extension.head(), out);
-    return KA_DONE();
-}
-
 int32_t KI_Crl_EncodeExtensions(const CrlEncodeCtx *ctx, Anybuf **out) {
     KA_FRAME("KI_Crl_EncodeExtensions");
     if (ctx == nullptr || out == nullptr)
@@ -157,7 +109,6 @@ int32_t KI_Crl_EncodeExtensions(const CrlEncodeCtx *ctx, Anybuf **out) {
         return KA_DONE();                                                                                              \
     }
 
-KA_PART(KI_CRL_EncodeRevokedCRL, writeEntries, *ctx)
 KA_PART(KI_Crl_EncodeCRLNumber, writeNumber, OidCrlNumber, ctx->extensions.crlNumber)
 KA_PART(KI_Crl_EncodeDelCRLIdentifier, writeNumber, OidDeltaCrl, ctx->extensions.deltaCrl)
 KA_PART(KI_Crl_EncodeExtension_AuthorityKeyIdentifyer, writeAuthority, ctx->extensions.authorityKeyId)
