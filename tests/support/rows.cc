@@ -146,7 +146,7 @@ File readFile(const std::string &family, std::istream &stream) {
         if (line.empty() || line[0] == '#') continue;
         if (line[0] == '[')
             file.addHeader(line, place);
-        else if (line[0] == '$')
+        else if (line[0] == '$' && line.find('=') < line.find('|'))
             file.addName(line, place);
         else
             file.addCases(line, place);
