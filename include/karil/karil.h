@@ -12,6 +12,7 @@
 #include "karil/csr.h"
 #include "karil/name.h"
 #include "karil/oid.h"
+#include "karil/pem.h"
 #include "karil/text.h"
 
 #endif
