@@ -88,11 +88,11 @@ Status readValidity(const Element &element, CertDecodeCtx &ctx) {
 
 // TBSCertificate ::= SEQUENCE { version [0] DEFAULT v1, serialNumber, signature, issuer, validity, subject,
 //                               subjectPublicKeyInfo, extensions [3] OPTIONAL }
-// It is read from the context's own copy: the octets given may be those that the copy replaces.
+// `tbs` is kept: the octets that a caller gave may be those that a record of the context loses.
 Status decodeTbs(const Element &tbs, CertDecodeCtx &ctx) {
     KA_STEP_AS("------>KI_CopyAnybuf", store, ctx.tbs, tbs);
     Level fields;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, elementOf(ctx.tbs), fields);
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, tbs, fields);
     if (fields.empty())
         return KACERT_Ok;
     KA_PASS(readVersionAndSerial, ctx, fields);
@@ -121,9 +121,10 @@ Status decodeCertificate(Bytes der, CertDecodeCtx &ctx) {
     Element whole;
     KA_STEP_AS("------>KAsn1_GetCertLength", next, der, whole, KACERT_LengthNotEqualErr,
                "------>KACERT_LengthNotEqualErr");
+    KA_STEP_AS("------>KI_CopyAnybuf", keep, ctx.kept, whole, whole);
     KA_STEP_AS("------>KI_CopyAnybuf", store, ctx.encoded, whole);
     Level parts;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, elementOf(ctx.encoded), parts);
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, whole, parts);
     if (parts.empty())
         return KACERT_Ok;
     KA_STEP_AS("------>KI_Cert_DecodeTBS", decodeTbs, parts.take(), ctx);
@@ -148,7 +149,9 @@ int32_t KI_Cert_DecodeTBS(CertDecodeCtx *ctx, const Anybuf *tbs) {
     KA_FRAME("KI_Cert_DecodeTBS");
     if (ctx == nullptr || tbs == nullptr || tbs->data == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_PASS(decodeTbs, elementOf(*tbs), *ctx);
+    Element kept;
+    KA_STEP_AS("------>KI_CopyAnybuf", keep, ctx->kept, elementOf(*tbs), kept);
+    KA_PASS(decodeTbs, kept, *ctx);
     return KA_DONE();
 }
 

@@ -38,20 +38,20 @@ constexpr uint32_t FormUri = 6;
 
 // What a list node owns, so that NodePtr and freeList can release it.
 inline void clearNode(PolicyQualifierNode &node) {
-    KI_ClearAnybuf(&node.uri);
+    freeData(node.uri);
 }
 inline void clearNode(DefinedUsageNode &node) {
-    KI_ClearAnybuf(&node.dotted);
+    freeData(node.dotted);
 }
 inline void clearNode(DistributionPointNode &node) {
     clearGeneralNames(node.fullName);
 }
 inline void clearNode(AccessNode &node) {
-    KI_ClearAnybuf(&node.location);
+    freeData(node.location);
 }
 inline void clearNode(PrivateExtensionNode &node) {
-    KI_ClearAnybuf(&node.oid);
-    KI_ClearAnybuf(&node.value);
+    freeData(node.oid);
+    freeData(node.value);
 }
 void clearNode(PolicyNode &node);
 
