@@ -7,6 +7,8 @@
 
 #include "ka_low.h"
 
+struct KeptOctets;
+
 namespace karil {
 
 // Tag octets that the engine writes.
@@ -36,6 +38,7 @@ constexpr uint32_t NormalSet = 17;
 struct Element {
     uint32_t tag = 0;
     Bytes bytes;
+    bool isKept = false; // by the context that the element is decoded into, as are the elements inside
 
     bool present() const { return !bytes.empty(); }
     bool startsWith(uint8_t octet) const { return present() && bytes[0] == octet; }
@@ -53,6 +56,7 @@ inline Element elementOf(const Anybuf &source) {
 // The inner elements of one value. Every one of them was checked when the value was opened.
 struct Level {
     Bytes rest;
+    bool isKept = false;
 
     bool empty() const { return rest.empty(); }
     // The next element, or one without octets at the end.
@@ -67,9 +71,9 @@ struct Implicit {
     Element content;
 };
 
-// Takes the first element off `rest`, without opening it. `shortage`: the status where the octets do not suffice,
-// `words`: its trace words where the header is all there. On failure both are as they were. The functions of reader.cc
-// alone compare an untrusted length with what is left.
+// Takes the first element off `rest`, without opening it; isKept is false in `out`. `shortage`: the status where the
+// octets do not suffice, `words`: its trace words where the header is all there. On failure both are as they were. The
+// functions of reader.cc alone compare an untrusted length with what is left.
 [[nodiscard]] Status next(Bytes &rest, Element &out, Status shortage, const char *words);
 
 // Opens a value of exactly the source's octets, with the rules of KAsn1_Low_ReadTagAndLength. `out` may be `source`.
@@ -98,11 +102,15 @@ struct LocalClock {
 constexpr uint32_t TimeLength = 13;
 [[nodiscard]] Status timeText(int32_t time, LocalClock &clock, uint8_t (&text)[TimeLength]);
 
-// Copies a borrowed value into an embedded record, as a reader and KI_CopyAnybuf would leave it there, and releases
-// what stood there before.
+// Copies an element into a block that lives as long as the owner of `kept`, for its records to hold parts of.
+[[nodiscard]] Status keep(KeptOctets *&kept, const Element &source, Element &out);
+void freeKept(KeptOctets *kept);
+
+// Sets an embedded record to a borrowed value, as a reader and KI_CopyAnybuf would leave it there, and releases what
+// stood there before. The octets are copied, unless they are kept.
 [[nodiscard]] Status store(Anybuf &record, const Element &value);
 
-// Copies a borrowed value into a heap node.
+// Copies a borrowed value into a heap node, also where it is kept.
 [[nodiscard]] Status newNode(const Element &value, Anybuf **out);
 
 // A heap node for an element of `size` content octets, with tag and length written; the caller fills `*position`.

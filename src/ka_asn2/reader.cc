@@ -1,7 +1,5 @@
 #include "ka_asn2.h"
 
-#include <string.h>
-
 namespace karil {
 
 namespace {
@@ -17,13 +15,20 @@ struct Header {
     uint64_t contentEnd() const { return uint64_t{contentAt} + length; }
 };
 
-// Most elements have a tag of one octet and a length below 128.
-inline bool isShort(Bytes bytes) {
-    return bytes.size() >= 2 && (bytes[0] & 0x1F) != 0x1F && bytes[1] < 0x80;
+// The size of an element that is all there and has, as most do, a tag of one octet and a length below 128; else 0.
+inline size_t shortSize(Bytes bytes) {
+    if (bytes.size() < 2 || (bytes[0] & 0x1F) == 0x1F || bytes[1] >= 0x80)
+        return 0;
+    const size_t size = bytes[1] + size_t{2};
+    return size <= bytes.size() ? size : 0;
 }
 
 inline uint32_t shortTag(uint8_t octet) {
     return (octet & 0x80) != 0 ? octet : octet & 0x1Fu;
+}
+
+inline bool hasShortTag(Bytes bytes, uint32_t tag) {
+    return !bytes.empty() && (bytes[0] & 0x1F) != 0x1F && shortTag(bytes[0]) == tag;
 }
 
 Status readTag(Bytes bytes, Status shortage, Header &out) {
@@ -49,10 +54,6 @@ Status readTag(Bytes bytes, Status shortage, Header &out) {
 }
 
 Status readHeader(Bytes bytes, Status shortage, Header &out) {
-    if (isShort(bytes)) {
-        out = {shortTag(bytes[0]), 1, 1, bytes[1], 2};
-        return KACERT_Ok;
-    }
     KA_PASS(readTag, bytes, shortage, out);
     const Bytes field = bytes.subspan(out.tagOctets);
     if (field.empty())
@@ -85,13 +86,36 @@ Status readHeader(Bytes bytes, Status shortage, Header &out) {
     return KACERT_Ok;
 }
 
-// The content of an element that fills `bytes` exactly.
-Status exactContent(Bytes bytes, const Header &header, const char *words, Bytes &content) {
+Status openLong(Bytes bytes, const char *words, uint32_t &tag, Bytes &content) {
+    Header header;
+    KA_PASS(readHeader, bytes, KACERT_LengthNotEqualErr, header);
     if (header.total() != bytes.size())
         return KA_FAIL(KACERT_LengthNotEqualErr, words);
     if (header.contentEnd() > bytes.size())
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_GetLengthInfo");
+    tag = header.tag;
     content = bytes.subspan(header.contentAt, header.length);
+    return KACERT_Ok;
+}
+
+// Tag and content of an element that fills `bytes` exactly. `words`: of one that does not.
+inline Status open(Bytes bytes, const char *words, uint32_t &tag, Bytes &content) {
+    const size_t size = shortSize(bytes);
+    if (size == 0 || size != bytes.size())
+        return openLong(bytes, words, tag, content);
+    tag = shortTag(bytes[0]);
+    content = bytes.subspan(2);
+    return KACERT_Ok;
+}
+
+Status nextLong(Bytes &rest, Element &out, Status shortage, const char *words) {
+    Header header;
+    KA_PASS(readHeader, rest, shortage, header);
+    if (header.total() > rest.size())
+        return KA_FAIL(shortage, words);
+    const auto total = static_cast<size_t>(header.total());
+    out = {header.tag, rest.first(total)};
+    rest = rest.subspan(total);
     return KACERT_Ok;
 }
 
@@ -99,7 +123,10 @@ Status exactContent(Bytes bytes, const Header &header, const char *words, Bytes 
 Status checkLevel(Bytes content, const char *words) {
     Element inner;
     while (!content.empty())
-        KA_PASS(next, content, inner, KACERT_InvalidLengthErr, words);
+        if (const size_t size = shortSize(content); size != 0)
+            content = content.subspan(size);
+        else
+            KA_PASS(nextLong, content, inner, KACERT_InvalidLengthErr, words);
     return KACERT_Ok;
 }
 
@@ -116,33 +143,24 @@ Status checkTag(Bytes bytes, uint32_t tag, const char *words) {
 }
 
 Status openLevel(const Element &source, uint32_t tag, const LevelWords &words, Level &out) {
-    Header header;
-    if (!isShort(source.bytes) || shortTag(source.bytes[0]) != tag)
+    if (!hasShortTag(source.bytes, tag))
         KA_PASS(checkTag, source.bytes, tag, words.tag);
-    KA_PASS(readHeader, source.bytes, KACERT_LengthNotEqualErr, header);
+    uint32_t found = 0;
     Bytes content;
-    KA_PASS(exactContent, source.bytes, header, "------>KACERT_LengthNotEqualErr", content);
+    KA_PASS(open, source.bytes, "------>KACERT_LengthNotEqualErr", found, content);
     KA_PASS(checkLevel, content, words.overrun);
-    out.rest = content;
+    out = {content, source.isKept};
     return KACERT_Ok;
 }
 
 } // namespace
 
 Status next(Bytes &rest, Element &out, Status shortage, const char *words) {
-    if (isShort(rest) && rest[1] + size_t{2} <= rest.size()) {
-        const size_t total = rest[1] + size_t{2};
-        out = {shortTag(rest[0]), rest.first(total)};
-        rest = rest.subspan(total);
-        return KACERT_Ok;
-    }
-    Header header;
-    KA_PASS(readHeader, rest, shortage, header);
-    if (header.total() > rest.size())
-        return KA_FAIL(shortage, words);
-    const auto total = static_cast<size_t>(header.total());
-    out = {header.tag, rest.first(total)};
-    rest = rest.subspan(total);
+    const size_t size = shortSize(rest);
+    if (size == 0)
+        return nextLong(rest, out, shortage, words);
+    out = {shortTag(rest[0]), rest.first(size)};
+    rest = rest.subspan(size);
     return KACERT_Ok;
 }
 
@@ -150,22 +168,22 @@ Element Level::take() {
     Element element;
     if (rest.empty() || next(rest, element, KACERT_InvalidLengthErr, Overrun) != KACERT_Ok)
         return {};
+    element.isKept = isKept;
     return element;
 }
 
 Status readValue(const Element &source, Element &out) {
-    Header header;
-    KA_PASS(readHeader, source.bytes, KACERT_LengthNotEqualErr, header);
+    uint32_t tag = 0;
     Bytes content;
-    KA_PASS(exactContent, source.bytes, header, "------>Length not Equal", content);
+    KA_PASS(open, source.bytes, "------>Length not Equal", tag, content);
     if (source.tag == TagBitString) {
         if (content.empty())
             return KA_FAIL(KACERT_InvalidLengthErr, "------>Length not Equal");
         content = content.subspan(1);
     }
-    if (header.tag == TagInteger && content.size() > 1 && content[0] == 0 && (content[1] & 0x80) != 0)
+    if (tag == TagInteger && content.size() > 1 && content[0] == 0 && (content[1] & 0x80) != 0)
         content = content.subspan(1);
-    out = {header.tag, content};
+    out = {tag, content, source.isKept};
     return KACERT_Ok;
 }
 
@@ -178,14 +196,14 @@ Status readSet(const Element &source, Level &out) {
 }
 
 Status readImplicit(const Element &source, Implicit &out) {
-    Header header;
-    KA_PASS(readHeader, source.bytes, KACERT_LengthNotEqualErr, header);
+    uint32_t tag = 0;
     Bytes content;
-    KA_PASS(exactContent, source.bytes, header, "------>KACERT_LengthNotEqualErr", content);
-    const bool constructed = (header.tag & 0x20) != 0;
+    KA_PASS(open, source.bytes, "------>KACERT_LengthNotEqualErr", tag, content);
+    const bool constructed = (tag & 0x20) != 0;
     if (constructed)
         KA_PASS(checkLevel, content, Overrun);
-    out = {header.tag & 0x1F, constructed, {constructed ? content : Bytes{}}, {header.tag, content}};
+    const Bytes inside = constructed ? content : Bytes{};
+    out = {tag & 0x1F, constructed, {inside, source.isKept}, {tag, content, source.isKept}};
     return KACERT_Ok;
 }
 
@@ -213,28 +231,6 @@ Status readBoolean(const Element &source, uint8_t &value) {
     if (!content.present())
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_ReadTagAndLength");
     value = content.bytes[0];
-    return KACERT_Ok;
-}
-
-Status newNode(const Element &value, Anybuf **out) {
-    Anybuf *record = nullptr;
-    KA_STEP(KAsn1_Low_CreateAnyBuf, &record);
-    AnybufPtr node(record);
-    KA_PASS(store, *node, value);
-    *out = node.release();
-    return KACERT_Ok;
-}
-
-Status store(Anybuf &record, const Element &value) {
-    Owned<uint8_t> data;
-    if (value.present()) {
-        data.reset(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, static_cast<uint32_t>(value.bytes.size()))));
-        if (data == nullptr)
-            return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-        memcpy(data.get(), value.bytes.data(), value.bytes.size());
-    }
-    KI_ClearAnybuf(&record);
-    record = {data.release(), static_cast<uint32_t>(value.bytes.size()), 0, 2, value.tag, nullptr, nullptr};
     return KACERT_Ok;
 }
 

@@ -46,8 +46,9 @@ struct Scratch {
     ~Scratch() { KI_ClearAnybuf(&record); }
 };
 
-// Runs one of the conversions of text.h. The result replaces what stood in `out`, with the tag given.
+// Runs one of the conversions of text.h. The result replaces what stood in `out`, with the tag given; it is the text
+// itself where that is kept and the conversion leaves it as it is.
 using Conversion = int32_t (*)(const uint8_t *, int32_t, uint8_t *, uint32_t *);
-[[nodiscard]] Status convertText(Conversion convert, Bytes text, uint32_t tag, Anybuf &out);
+[[nodiscard]] Status convertText(Conversion convert, const Element &text, uint32_t tag, Anybuf &out);
 
 } // namespace karil
