@@ -8,8 +8,11 @@
 #include "karil/cert.h"
 #include "karil/cert_ext.h"
 #include "karil/crypt.h"
+#include "karil/dn_string.h"
+#include "karil/indefinite.h"
 #include "karil/name.h"
 #include "karil/oid.h"
+#include "karil/pem.h"
 #include "karil/text.h"
 
 #endif
