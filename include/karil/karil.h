@@ -10,6 +10,8 @@
 #include "karil/crl.h"
 #include "karil/crypt.h"
 #include "karil/csr.h"
+#include "karil/dn_string.h"
+#include "karil/indefinite.h"
 #include "karil/name.h"
 #include "karil/oid.h"
 #include "karil/pem.h"
