@@ -86,12 +86,21 @@ struct Implicit {
 [[nodiscard]] Status behindHeader(Bytes source, Bytes &out);
 [[nodiscard]] Status readInteger(const Element &source, uint32_t &value);
 [[nodiscard]] Status readBoolean(const Element &source, uint8_t &value);
-// The local zone, looked up once for all times of an object: mktime asks the file system at each call.
+// The local zone, looked up once for all times of an object: mktime asks the file system at each call. With `days` the
+// offsets of days are kept as well, for objects of many times.
+struct DayOffset {
+    int32_t day; // counted from 1970-01-01, plus 1; 0: not known
+    int32_t offset;
+};
 struct LocalClock {
     bool isLookedUp = false;
+    std::span<DayOffset> days = {};
 };
 // `tag`: 23 or 24, the only one accepted.
 [[nodiscard]] Status readTime(const Element &source, uint32_t tag, LocalClock &clock, int32_t &time);
+// The text of a time: YYMMDDhhmmssZ.
+constexpr uint32_t TimeLength = 13;
+[[nodiscard]] Status timeText(int32_t time, LocalClock &clock, uint8_t (&text)[TimeLength]);
 
 // Copies an element into a block that lives as long as the owner of `kept`, for its records to hold parts of.
 [[nodiscard]] Status keep(KeptOctets *&kept, const Element &source, Element &out);
@@ -106,6 +115,11 @@ void freeKept(KeptOctets *kept);
 
 // A heap node for an element of `size` content octets, with tag and length written; the caller fills `*position`.
 [[nodiscard]] Status newElement(uint32_t tagOctet, uint64_t size, Anybuf **out, uint8_t **position);
+
+// For structures that are written in one block: the octets of an element around `content` octets (above 32 bits: as
+// they are), and its tag and length, behind which the content goes.
+uint64_t elementSize(uint64_t content);
+uint8_t *putHeader(uint8_t *at, uint8_t tag, uint64_t content);
 
 // SEQUENCE { OBJECT IDENTIFIER, NULL }
 [[nodiscard]] Status writeAlgorithm(const AlgorithmRecord &algorithm, Anybuf **out);

@@ -93,6 +93,16 @@ uint32_t integerValue(Bytes octets) {
     return value;
 }
 
+uint64_t elementSize(uint64_t content) {
+    return content > UINT32_MAX ? content : 1 + KAsn1_Low_Count_LengthOfSize(static_cast<uint32_t>(content)) + content;
+}
+
+uint8_t *putHeader(uint8_t *at, uint8_t tag, uint64_t content) {
+    const auto size = static_cast<uint32_t>(content);
+    *at++ = tag;
+    return writeLength(at, size, KAsn1_Low_Count_LengthOfSize(size));
+}
+
 Status newElement(uint32_t tagOctet, uint64_t size, Anybuf **out, uint8_t **position) {
     if (size > UINT32_MAX)
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_Count_LengthOfSize");

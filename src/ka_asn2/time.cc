@@ -7,32 +7,16 @@ using namespace karil;
 
 namespace {
 
-constexpr uint32_t TextLength = 13;
+constexpr int64_t Day = 86400;
+
+void lookUp(LocalClock &clock) {
+    if (!clock.isLookedUp)
+        tzset();
+    clock.isLookedUp = true;
+}
 
 int32_t pair(const uint8_t *text) {
     return text[0] * 10 + text[1] - 528;
-}
-
-Status timeText(int32_t time, uint8_t (&text)[TextLength]) {
-    if (time < 0)
-        return KA_FAIL(KACERT_InvalidTimeErr, "------>invalid Time");
-    const time_t seconds = time;
-    tm local = {};
-    tzset();
-    localtime_r(&seconds, &local);
-    const int32_t fields[] = {local.tm_year > 99 ? local.tm_year - 100 : local.tm_year,
-                              local.tm_mon + 1,
-                              local.tm_mday,
-                              local.tm_hour,
-                              local.tm_min,
-                              local.tm_sec};
-    uint8_t *at = text;
-    for (const int32_t field : fields) {
-        *at++ = static_cast<uint8_t>('0' + field / 10);
-        *at++ = static_cast<uint8_t>('0' + field % 10);
-    }
-    *at = 'Z';
-    return KACERT_Ok;
 }
 
 // Days from 1970-01-01 to the first of a month, which may lie outside its year.
@@ -51,22 +35,33 @@ int64_t offsetAt(int64_t seconds) {
     return localtime_r(&at, &local) != nullptr ? local.tm_gmtoff : INT64_MAX;
 }
 
-// mktime, for a zone that was looked up. Where the offset changes within a day, mktime itself says what holds.
+// The offset that holds from a day before the day of `asUtc` to a day behind it, or INT64_MAX where it changes.
+int64_t offsetAround(int64_t asUtc, LocalClock &clock) {
+    lookUp(clock);
+    const int64_t day = asUtc / Day;
+    DayOffset *kept = clock.days.empty() ? nullptr : &clock.days[static_cast<size_t>(day) % clock.days.size()];
+    if (kept != nullptr && kept->day == day + 1)
+        return kept->offset;
+    const int64_t offset = offsetAt((day - 1) * Day);
+    if (offset != offsetAt(day * Day + Day / 2) || offset != offsetAt((day + 2) * Day))
+        return INT64_MAX;
+    if (kept != nullptr)
+        *kept = {static_cast<int32_t>(day + 1), static_cast<int32_t>(offset)};
+    return offset;
+}
+
+// mktime, for a zone that was looked up. Where the offset changes within days, mktime itself says what holds.
 int64_t localToSeconds(tm local, LocalClock &clock) {
-    constexpr int64_t Day = 86400;
-    if (!clock.isLookedUp)
-        tzset();
-    clock.isLookedUp = true;
     const int64_t asUtc = (daysBefore(local.tm_year + int64_t{1900}, local.tm_mon) + local.tm_mday - 1) * Day +
                           local.tm_hour * int64_t{3600} + local.tm_min * int64_t{60} + local.tm_sec;
-    const int64_t offset = offsetAt(asUtc - Day);
-    if (offset == INT64_MAX || offset != offsetAt(asUtc + Day) || offset != offsetAt(asUtc - offset))
-        return mktime(&local);
-    return asUtc - offset;
+    // No time behind 2038 is good, so that a day has 32 bits.
+    const bool isInRange = asUtc >= 0 && asUtc <= INT32_MAX + Day;
+    const int64_t offset = isInRange ? offsetAround(asUtc, clock) : INT64_MAX;
+    return offset == INT64_MAX ? mktime(&local) : asUtc - offset;
 }
 
 Status textTime(Bytes text, LocalClock &clock, int32_t &time) {
-    if (text.size() < TextLength || text[TextLength - 1] != 'Z')
+    if (text.size() < TimeLength || text[TimeLength - 1] != 'Z')
         return KA_FAIL(KACERT_InvalidTimeEndErr, "------>KACERT_InvalidTimeEndErr");
     tm local = {};
     local.tm_year = pair(&text[0]) + (pair(&text[0]) < 70 ? 100 : 0);
@@ -110,6 +105,28 @@ Status checkedTime(const Anybuf *source, uint32_t tag, int32_t *time) {
 
 namespace karil {
 
+Status timeText(int32_t time, LocalClock &clock, uint8_t (&text)[TimeLength]) {
+    if (time < 0)
+        return KA_FAIL(KACERT_InvalidTimeErr, "------>invalid Time");
+    const time_t seconds = time;
+    tm local = {};
+    lookUp(clock);
+    localtime_r(&seconds, &local);
+    const int32_t fields[] = {local.tm_year > 99 ? local.tm_year - 100 : local.tm_year,
+                              local.tm_mon + 1,
+                              local.tm_mday,
+                              local.tm_hour,
+                              local.tm_min,
+                              local.tm_sec};
+    uint8_t *at = text;
+    for (const int32_t field : fields) {
+        *at++ = static_cast<uint8_t>('0' + field / 10);
+        *at++ = static_cast<uint8_t>('0' + field % 10);
+    }
+    *at = 'Z';
+    return KACERT_Ok;
+}
+
 Status readTime(const Element &source, uint32_t tag, LocalClock &clock, int32_t &time) {
     if ((source.tag & 0xFF) != tag)
         return KACERT_InvalidTagErr;
@@ -143,14 +160,15 @@ int32_t KAsn1_Low_ItoCTime(int32_t time, uint8_t **text, uint32_t **length) {
     KA_FRAME("KAsn1_Low_ItoCTime");
     if (text == nullptr || length == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    uint8_t work[TextLength];
-    KA_PASS(timeText, time, work);
-    Owned<uint8_t> block(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, TextLength)));
+    uint8_t work[TimeLength];
+    LocalClock clock;
+    KA_PASS(timeText, time, clock, work);
+    Owned<uint8_t> block(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, TimeLength)));
     Owned<uint32_t> cell(KA_CREATE(uint32_t));
     if (block == nullptr || cell == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-    memcpy(block.get(), work, TextLength);
-    *cell = TextLength;
+    memcpy(block.get(), work, TimeLength);
+    *cell = TimeLength;
     *text = block.release();
     *length = cell.release();
     return KA_DONE();
@@ -164,7 +182,7 @@ int32_t KAsn1_Low_CtoITime(const uint8_t *text, uint32_t length, int32_t **time)
     if (cell == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
     LocalClock clock;
-    KA_PASS(textTime, {text, length == 0 ? TextLength : length}, clock, *cell);
+    KA_PASS(textTime, {text, length == 0 ? TimeLength : length}, clock, *cell);
     *time = cell.release();
     return KA_DONE();
 }
@@ -173,12 +191,13 @@ int32_t KAsn1_Low_WriteLongTime(int32_t time, uint32_t tag, Anybuf **out) {
     KA_FRAME("KAsn1_Low_WriteLongTime");
     if (out == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    uint8_t text[TextLength];
-    KA_STEP_AS("------>KAsn1_Low_ItoCTime", timeText, time, text);
+    uint8_t text[TimeLength];
+    LocalClock clock;
+    KA_STEP_AS("------>KAsn1_Low_ItoCTime", timeText, time, clock, text);
     Anybuf *node = nullptr;
     uint8_t *position = nullptr;
-    KA_STEP_AS("------>KAPR_Malloc", newElement, tag, TextLength, &node, &position);
-    memcpy(position, text, TextLength);
+    KA_STEP_AS("------>KAPR_Malloc", newElement, tag, TimeLength, &node, &position);
+    memcpy(position, text, TimeLength);
     node->tag = tag & 0x1F;
     *out = node;
     return KA_DONE();

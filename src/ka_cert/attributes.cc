@@ -1,20 +1,31 @@
 // The attribute ids of the Char functions: a row each, with what Set and Get do.
-#include "ka_cert.h"
+#include "attribute_rows.h"
 
 namespace karil {
 
 namespace {
 
-Status setTagged(Anybuf &field, Bytes value, uint32_t tag) {
-    KA_STEP_AS("------>KI_SetAttributeCharValue", replace, field, value);
-    field.tag = tag;
-    return KACERT_Ok;
-}
+enum class NameList { Issuer, Subject, SubjectAlt, IssuerAlt };
 
-Status setDerName(Anybuf &field, Bytes value) {
-    if (field.data != nullptr && field.length == 0)
-        return KA_FAIL(KACERT_InvalidParamErr, "======>KI_SetAttributeCharValue");
-    return setTagged(field, value, field.tag);
+Status setName(CertEncodeCtx &ctx, NameList list, uint32_t kind, Bytes value) {
+    CertExtensions &ext = ctx.extensions;
+    switch (list) {
+    case NameList::Issuer:
+        return appendName(ctx.issuer, ctx.issuerLast, kind, value);
+    case NameList::Subject:
+        return appendName(ctx.subject, ctx.subjectLast, kind, value);
+    case NameList::SubjectAlt:
+        KA_PASS(appendName, ext.subjectAltName.names.directoryName, ctx.subjectAltLast, kind, value);
+        ext.subjectAltName.names.present[FormDirectoryName] = 1;
+        ext.hasSubjectAltName = 1;
+        return KACERT_Ok;
+    case NameList::IssuerAlt:
+        KA_PASS(appendName, ext.issuerAltName.names.directoryName, ctx.issuerAltLast, kind, value);
+        ext.issuerAltName.names.present[FormDirectoryName] = 1;
+        ext.hasIssuerAltName = 1;
+        return KACERT_Ok;
+    }
+    return KACERT_Ok;
 }
 
 Status setPublicKey(CertEncodeCtx &ctx, Bytes value) {
@@ -23,20 +34,6 @@ Status setPublicKey(CertEncodeCtx &ctx, Bytes value) {
     return KACERT_Ok;
 }
 
-Status setFlag(uint8_t &flag, Bytes value) {
-    flag = value[0];
-    return KACERT_Ok;
-}
-
-// A value that is set once; `flag` tells that it was.
-Status setOnce(uint8_t &flag, Anybuf &field, Bytes value, const char *words) {
-    if (flag != 0)
-        return KA_FAIL(KACERT_AttributeAlreadySet, words);
-    KA_PASS(setTagged, field, value, field.tag);
-    flag = 1;
-    return KACERT_Ok;
-}
-constexpr char AlreadySet[] = "------>KACERT_AttributeAlreadySet";
 constexpr char AltAlreadySet[] = "------>CERT_SUBJECT_ALT_DNSNAME KACERT_AttributeAlreadySet";
 
 // A node of one value at the end of its list.
@@ -51,7 +48,7 @@ template <auto Field, class Node> Status appendNode(Node *&first, Node *&last, B
 }
 
 Status setAuthorityKeyId(CertEncodeCtx &ctx, CertExtensions &ext, Bytes value) {
-    KA_PASS(setOnce, ext.hasAuthorityKeyId, ext.authorityKeyId.keyId, value, AlreadySet);
+    KA_PASS(setOnce, ext.hasAuthorityKeyId, ext.authorityKeyId.keyId, value);
     ext.authorityKeyId.hasKeyId = 1;
     ext.authorityKeyId.critical = 0;
     ctx.hasExtensions = 1;
@@ -59,7 +56,7 @@ Status setAuthorityKeyId(CertEncodeCtx &ctx, CertExtensions &ext, Bytes value) {
 }
 
 Status setSubjectKeyId(CertEncodeCtx &ctx, CertExtensions &ext, Bytes value) {
-    KA_PASS(setOnce, ext.hasSubjectKeyId, ext.subjectKeyId.keyId, value, AlreadySet);
+    KA_PASS(setOnce, ext.hasSubjectKeyId, ext.subjectKeyId.keyId, value);
     ext.subjectKeyId.critical = 0;
     ctx.hasExtensions = 1;
     return KACERT_Ok;
@@ -79,7 +76,7 @@ Status setUnusedBits(Anybuf &bits) {
 }
 
 Status setKeyUsage(CertEncodeCtx &ctx, CertExtensions &ext, Bytes value) {
-    KA_PASS(setOnce, ext.hasKeyUsage, ext.keyUsage.bits, value, AlreadySet);
+    KA_PASS(setOnce, ext.hasKeyUsage, ext.keyUsage.bits, value);
     ext.keyUsage.critical = 1;
     ctx.hasExtensions = 1;
     return setUnusedBits(ext.keyUsage.bits);
@@ -131,7 +128,7 @@ Status setPathLen(CertEncodeCtx &ctx, CertExtensions &ext, Bytes value) {
 Status setExtKeyUsage(CertEncodeCtx &ctx, CertExtensions &ext, Bytes value) {
     // A defined usage raises the presence flag as well: the mask itself tells whether it was set.
     uint8_t isSet = ext.extKeyUsage.mask.data != nullptr ? 1 : 0;
-    KA_PASS(setOnce, isSet, ext.extKeyUsage.mask, value, AlreadySet);
+    KA_PASS(setOnce, isSet, ext.extKeyUsage.mask, value);
     ext.extKeyUsage.critical = 0;
     ext.hasExtKeyUsage = 1;
     ctx.hasExtensions = 1;
@@ -202,25 +199,8 @@ Status setAltName(CertEncodeCtx &ctx, CertExtensions &ext, uint32_t form, Anybuf
     return markAltName(ctx, ext);
 }
 
-// The octets of a field that is there only with its flag.
-Status giveIf(bool isThere, const Answer &answer, Bytes value) {
-    return isThere ? give(answer, value) : KACERT_Ok;
-}
-
 Status giveFlag(uint8_t isThere, const Answer &answer, const uint8_t &flag) {
     return giveIf(isThere != 0, answer, Bytes(&flag, 1));
-}
-
-// The signature algorithm's octets with the key algorithm's length.
-Status givePublicKeyAlgorithm(const CertEncodeCtx &ctx, const Answer &answer) {
-    const Bytes source = bytesOf(ctx.innerSignatureAlgorithm.oid);
-    const uint32_t length = ctx.publicKeyAlgorithm.oid.length;
-    KA_PASS(give, answer, source.first(source.size() < length ? source.size() : length));
-    *answer.length = length;
-    if (answer.result != nullptr)
-        for (size_t i = source.size(); i < length; ++i)
-            answer.result[i] = 0;
-    return KACERT_Ok;
 }
 
 Status giveSubjectAltCommonName(const CertExtensions &ext, const Answer &answer) {
@@ -248,12 +228,6 @@ Status giveDistributionPoint(CertExtensions &ext, const Answer &answer) {
 using Ctx = CertEncodeCtx;
 using Ext = CertExtensions;
 
-#define KA_SET(BODY) [](Ctx &ctx [[maybe_unused]], Ext &ext [[maybe_unused]], Bytes value) -> Status { return BODY; }
-#define KA_GET(BODY)                                                                                                   \
-    [](Ctx &ctx [[maybe_unused]], Ext &ext [[maybe_unused]], const Answer &answer) -> Status { return BODY; }
-#define KA_ROW_AS(ID, SET_WORDS, SET, GET)                                                                             \
-    { ID, "======>Set " SET_WORDS, "======>Get " #ID, "======>Get " #ID " LEN", SET, GET }
-#define KA_ROW(ID, SET, GET) KA_ROW_AS(ID, #ID, SET, GET)
 // The names: one row for each attribute of each list; the words of the issuer's alternative name are the subject's.
 #define KA_NAME(ID, SET_WORDS, LIST, KIND, GET) KA_ROW_AS(ID, SET_WORDS, KA_SET(setName(ctx, LIST, KIND, value)), GET)
 #define KA_ISSUER(ID, KIND) KA_NAME(ID, #ID, NameList::Issuer, KIND, KA_GET(giveName(ctx.issuer, KIND, answer)))
@@ -266,7 +240,7 @@ using Ext = CertExtensions;
     KA_ROW(ID, KA_SET(setAltName(ctx, ext, FORM, ext.subjectAltName.names.FIELD, value)),                              \
            KA_GET(giveAltName(ext, FORM, answer, ext.subjectAltName.names.FIELD)))
 
-constexpr CertAttribute Attributes[] = {
+constexpr Attribute<CertEncodeCtx> Rows[] = {
     KA_ROW(CERT_TBS_CERTIFICATE, nullptr, KA_GET(give(answer, bytesOf(ctx.tbs)))),
     KA_ROW(CERT_OUTER_SIGNATUREALGORITHM, KA_SET(setTagged(ctx.outerSignatureAlgorithm.oid, value, TagObjectId)),
            KA_GET(give(answer, bytesOf(ctx.outerSignatureAlgorithm.oid)))),
@@ -304,7 +278,7 @@ constexpr CertAttribute Attributes[] = {
     KA_SUBJECT(CERT_SUBJECT_POSTALCODE, KA_NAME_POSTALCODE),
     KA_SUBJECT(CERT_SUBJECT_TELEPHONE, KA_NAME_TELEPHONE),
     KA_ROW(CERT_PUBLICKEY_ALGORITHM, KA_SET(setTagged(ctx.publicKeyAlgorithm.oid, value, TagObjectId)),
-           KA_GET(givePublicKeyAlgorithm(ctx, answer))),
+           KA_GET(giveCrossed(answer, ctx.innerSignatureAlgorithm.oid, ctx.publicKeyAlgorithm.oid))),
     KA_ROW(CERT_SUBJECTPUBLICKEYINFO, KA_SET(setPublicKey(ctx, value)), KA_GET(give(answer, bytesOf(ctx.publicKey)))),
 
     KA_ROW(CERTEX_AUTHORITYKEYIDENTIFIER_CRITICAL, KA_SET(setFlag(ext.authorityKeyId.critical, value)), nullptr),
@@ -377,11 +351,8 @@ constexpr CertAttribute Attributes[] = {
 
 } // namespace
 
-const CertAttribute *certAttribute(int32_t id) {
-    for (const CertAttribute &attribute : Attributes)
-        if (attribute.id == id)
-            return &attribute;
-    return nullptr;
+Attributes<CertEncodeCtx> certAttributes() {
+    return Rows;
 }
 
 } // namespace karil

@@ -81,13 +81,7 @@ int32_t KACert_SetCertSignFunc(CertEncodeCtx *ctx, KACertSignFunc hook, const vo
     KA_FRAME("KACert_SetCertSignFunc");
     if (ctx == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    if (parameter != nullptr && length > 0) {
-        Anybuf copy = {};
-        KA_STEP(KI_SetAttributeCharValue, &copy, static_cast<const uint8_t *>(parameter), length);
-        clearSecret(ctx->signKey);
-        ctx->signKey = copy;
-    }
-    ctx->signFunc = hook;
+    KA_PASS(setHook, ctx->signFunc, ctx->signKey, hook, parameter, length);
     return KA_DONE();
 }
 

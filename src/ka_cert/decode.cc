@@ -34,12 +34,8 @@ Status readPublicKey(const Element &element, AlgorithmRecord &algorithm, Anybuf 
 
 namespace {
 
-// The next field of the to-be-signed part, which must be there.
 Status takeField(Level &fields, Element &out) {
-    if (fields.empty())
-        return KA_FAIL(KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
-    out = fields.take();
-    return KACERT_Ok;
+    return takeOr(fields, out, KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
 }
 
 // Version and serial number. `first` is the version only where it is tagged [0].
@@ -88,8 +84,7 @@ Status readValidity(const Element &element, CertDecodeCtx &ctx) {
 
 // TBSCertificate ::= SEQUENCE { version [0] DEFAULT v1, serialNumber, signature, issuer, validity, subject,
 //                               subjectPublicKeyInfo, extensions [3] OPTIONAL }
-// `tbs` is kept: the octets that a caller gave may be those that a record of the context loses.
-Status decodeTbs(const Element &tbs, CertDecodeCtx &ctx) {
+Status decodeKeptTbs(const Element &tbs, CertDecodeCtx &ctx) {
     KA_STEP_AS("------>KI_CopyAnybuf", store, ctx.tbs, tbs);
     Level fields;
     KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, tbs, fields);
@@ -115,6 +110,12 @@ Status decodeTbs(const Element &tbs, CertDecodeCtx &ctx) {
     return KACERT_Ok;
 }
 
+Status decodeTbs(const Element &tbs, CertDecodeCtx &ctx) {
+    Element kept;
+    KA_STEP_AS("------>KI_CopyAnybuf", keep, ctx.kept, tbs, kept);
+    return decodeKeptTbs(kept, ctx);
+}
+
 // Certificate ::= SEQUENCE { tbsCertificate, signatureAlgorithm, signatureValue BIT STRING }, perhaps cut off behind
 // one of the first two
 Status decodeCertificate(Bytes der, CertDecodeCtx &ctx) {
@@ -127,7 +128,7 @@ Status decodeCertificate(Bytes der, CertDecodeCtx &ctx) {
     KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, whole, parts);
     if (parts.empty())
         return KACERT_Ok;
-    KA_STEP_AS("------>KI_Cert_DecodeTBS", decodeTbs, parts.take(), ctx);
+    KA_STEP_AS("------>KI_Cert_DecodeTBS", decodeKeptTbs, parts.take(), ctx);
     if (parts.empty())
         return KACERT_Ok;
     KA_STEP_AS("------>KI_Cert_DecodeTBS", readAlgorithm, parts.take(), ctx.outerSignatureAlgorithm);
@@ -147,20 +148,12 @@ using namespace karil;
 
 int32_t KI_Cert_DecodeTBS(CertDecodeCtx *ctx, const Anybuf *tbs) {
     KA_FRAME("KI_Cert_DecodeTBS");
-    if (ctx == nullptr || tbs == nullptr || tbs->data == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    Element kept;
-    KA_STEP_AS("------>KI_CopyAnybuf", keep, ctx->kept, elementOf(*tbs), kept);
-    KA_PASS(decodeTbs, kept, *ctx);
+    KA_PASS(decodePart, tbs, ctx, decodeTbs);
     return KA_DONE();
 }
 
 int32_t KACert_DecodeCert(CertDecodeCtx *ctx, const uint8_t *der, uint32_t length) {
     KA_FRAME("KACert_DecodeCert");
-    if (ctx == nullptr || der == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    if (length == 0)
-        KA_STEP(KAsn1_GetCertLength, der, &length);
-    KA_PASS(decodeCertificate, Bytes(der, length), *ctx);
+    KA_PASS(decodeWhole, ctx, der, length, decodeCertificate);
     return KA_DONE();
 }

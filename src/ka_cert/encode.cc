@@ -12,27 +12,6 @@ Status writeVersion(int32_t version, Anybuf **out) {
     return KACERT_Ok;
 }
 
-// Issuer or subject, from the one form that was given.
-Status writeName(const NameRecord &head, const Anybuf &der, Anybuf **out) {
-    const bool hasDer = der.data != nullptr && der.length > 0;
-    if (hasDer == (head.next != nullptr))
-        return KA_FAIL(KACERT_InvalidParamErr, "------>KI_EncodeIssuerSuject");
-    if (hasDer)
-        KA_STEP_AS("------>KI_CopyAnybuf", newNode, elementOf(der), out);
-    else
-        KA_STEP(KI_EncodeIssuerSuject, &head, out);
-    return KACERT_Ok;
-}
-
-// SubjectPublicKeyInfo ::= SEQUENCE { algorithm AlgorithmIdentifier, subjectPublicKey BIT STRING }
-Status writePublicKey(const CertEncodeCtx &ctx, Anybuf **out) {
-    Chain fields;
-    KA_PASS(writeAlgorithm, ctx.publicKeyAlgorithm, fields.slot());
-    KA_STEP(KAsn1_WriteBitString, &ctx.publicKey, fields.slot());
-    KA_STEP(KAsn1_WriteSequence, fields.head(), out);
-    return KACERT_Ok;
-}
-
 Status writeTime(const CertTime &time, Anybuf **out) {
     if (time.isUtc != 0)
         KA_STEP(KAsn1_WriteUtcTime, &time.generalizedValue, out);
@@ -51,7 +30,7 @@ Status writeTbs(CertEncodeCtx &ctx, Anybuf **out) {
     KA_PASS(writeName, ctx.issuer, ctx.issuerDer, fields.slot());
     KA_STEP(KI_Cert_EncodeValidity, &ctx, fields.slot());
     KA_PASS(writeName, ctx.subject, ctx.subjectDer, fields.slot());
-    KA_PASS(writePublicKey, ctx, fields.slot());
+    KA_PASS(writePublicKey, ctx.publicKeyAlgorithm, ctx.publicKey, fields.slot());
     KA_STEP(KI_Cert_EncodeExtensions, &ctx, fields.slot());
     KA_STEP(KAsn1_WriteSequence, fields.head(), out);
     return KACERT_Ok;
@@ -76,10 +55,7 @@ Status writeCertificate(CertEncodeCtx &ctx, Anybuf **out) {
     Chain fields;
     KA_PASS(writeTbs, ctx, fields.slot());
     KA_PASS(sign, ctx, *fields.head());
-    KA_PASS(writeAlgorithm, ctx.outerSignatureAlgorithm, fields.slot());
-    KA_STEP(KAsn1_WriteBitString, &ctx.signature, fields.slot());
-    KA_STEP(KAsn1_WriteSequence, fields.head(), out);
-    return KACERT_Ok;
+    return writeSigned(fields, ctx.outerSignatureAlgorithm, ctx.signature, out);
 }
 
 } // namespace
@@ -97,14 +73,6 @@ int32_t KI_Cert_EncodeValidity(const CertEncodeCtx *ctx, Anybuf **out) {
 
 int32_t KACert_EncodeCert(CertEncodeCtx *ctx, uint8_t *result, uint32_t *resultLength) {
     KA_FRAME("KACert_EncodeCert");
-    if (ctx == nullptr || resultLength == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    if (ctx->encoded.length == 0) {
-        Chain certificate;
-        KA_PASS(writeCertificate, *ctx, certificate.slot());
-        KI_ClearAnybuf(&ctx->encoded);
-        KA_STEP(KI_CopyAnybuf, &ctx->encoded, certificate.head());
-    }
-    KA_PASS(handOut, ctx->encoded, result, resultLength);
+    KA_PASS(encodeOnce, ctx, writeCertificate, result, resultLength);
     return KA_DONE();
 }

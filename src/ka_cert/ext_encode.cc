@@ -28,6 +28,15 @@ Status writeAuthorityKeyId(const AuthorityKeyIdExtension &field, Anybuf **out) {
     return KACERT_Ok;
 }
 
+Status writeFullName(const Anybuf &uri, Anybuf **out) {
+    Chain name;
+    KA_PASS(writeTaggedIa5, uri, FormUri, name.slot());
+    Chain fullName;
+    KA_STEP(KAsn1_WriteExplicit, name.head(), 0, fullName.slot());
+    KA_STEP(KAsn1_WriteExplicit, fullName.head(), 0, out);
+    return KACERT_Ok;
+}
+
 namespace {
 
 // SEQUENCE { OID id-qt-cps, IA5String }, one for each CPS
@@ -99,13 +108,8 @@ Status writeExtKeyUsage(const ExtKeyUsageExtension &field, Anybuf **out) {
 // DistributionPoint ::= SEQUENCE { distributionPoint [0] { fullName [0] { uniformResourceIdentifier [6] } } }
 Status writeDistributionPoint(const DistributionPointNode &node, Anybuf **out) {
     Chain point;
-    if (node.hasDistributionPoint != 0 && node.hasFullName != 0 && node.fullName.present[FormUri] != 0) {
-        Chain uri;
-        KA_PASS(writeTaggedIa5, node.fullName.uniformResourceIdentifier, FormUri, uri.slot());
-        Chain fullName;
-        KA_STEP(KAsn1_WriteExplicit, uri.head(), 0, fullName.slot());
-        KA_STEP(KAsn1_WriteExplicit, fullName.head(), 0, point.slot());
-    }
+    if (node.hasDistributionPoint != 0 && node.hasFullName != 0 && node.fullName.present[FormUri] != 0)
+        KA_PASS(writeFullName, node.fullName.uniformResourceIdentifier, point.slot());
     KA_STEP(KAsn1_WriteSequence, point.head(), out);
     return KACERT_Ok;
 }

@@ -1,7 +1,5 @@
 #include "ka_cert.h"
 
-#include <string.h>
-
 using namespace karil;
 
 namespace {
@@ -85,23 +83,13 @@ int32_t KACert_GetCertAttributePrivate(const CertDecodeCtx *ctx, uint32_t *index
     KA_FRAME("KACert_GetCertAttributePrivate");
     if (ctx == nullptr || index == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    uint32_t count = 0;
-    const PrivateExtensionNode *node = ctx->extensions.privateExtensions;
-    for (; node != nullptr; node = node->next)
-        if (++count == *index)
-            break;
-    if (node == nullptr) {
-        *index = count;
+    const PrivateExtensionNode *node = numbered(ctx->extensions.privateExtensions, *index);
+    if (node == nullptr)
         return KA_DONE();
-    }
     if (oidLength == nullptr || critical == nullptr || valueLength == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    *oidLength = node->oid.length;
-    if (oid != nullptr && node->oid.length > 0)
-        memcpy(oid, node->oid.data, node->oid.length);
-    *valueLength = node->value.length;
-    if (value != nullptr && node->value.length > 0)
-        memcpy(value, node->value.data, node->value.length);
+    handOut(node->oid, oid, oidLength);
+    handOut(node->value, value, valueLength);
     *critical = node->critical;
     return KA_DONE();
 }

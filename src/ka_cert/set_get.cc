@@ -22,24 +22,18 @@ Status giveFilled(const Answer &answer, Bytes value) {
     return give(answer, value);
 }
 
-Status setName(CertEncodeCtx &ctx, NameList list, uint32_t kind, Bytes value) {
-    CertExtensions &ext = ctx.extensions;
-    switch (list) {
-    case NameList::Issuer:
-        return appendName(ctx.issuer, ctx.issuerLast, kind, value);
-    case NameList::Subject:
-        return appendName(ctx.subject, ctx.subjectLast, kind, value);
-    case NameList::SubjectAlt:
-        KA_PASS(appendName, ext.subjectAltName.names.directoryName, ctx.subjectAltLast, kind, value);
-        ext.subjectAltName.names.present[FormDirectoryName] = 1;
-        ext.hasSubjectAltName = 1;
-        return KACERT_Ok;
-    case NameList::IssuerAlt:
-        KA_PASS(appendName, ext.issuerAltName.names.directoryName, ctx.issuerAltLast, kind, value);
-        ext.issuerAltName.names.present[FormDirectoryName] = 1;
-        ext.hasIssuerAltName = 1;
-        return KACERT_Ok;
-    }
+Status giveIf(bool isThere, const Answer &answer, Bytes value) {
+    return isThere ? give(answer, value) : KACERT_Ok;
+}
+
+Status giveCrossed(const Answer &answer, const Anybuf &octets, const Anybuf &length) {
+    const Bytes source = bytesOf(octets);
+    const uint32_t size = length.length;
+    KA_PASS(give, answer, source.first(source.size() < size ? source.size() : size));
+    *answer.length = size;
+    if (answer.result != nullptr)
+        for (size_t i = source.size(); i < size; ++i)
+            answer.result[i] = 0;
     return KACERT_Ok;
 }
 
@@ -77,10 +71,39 @@ Status giveText(Anybuf &cache, const NameRecord &head, const Answer &answer) {
     return give(answer, bytesOf(cache));
 }
 
-Status handOut(const Anybuf &encoded, uint8_t *result, uint32_t *resultLength) {
-    *resultLength = encoded.length;
-    if (result != nullptr)
-        memcpy(result, encoded.data, encoded.length);
+Status setTagged(Anybuf &field, Bytes value, uint32_t tag) {
+    KA_STEP_AS("------>KI_SetAttributeCharValue", replace, field, value);
+    field.tag = tag;
+    return KACERT_Ok;
+}
+
+Status setDerName(Anybuf &field, Bytes value) {
+    if (field.data != nullptr && field.length == 0)
+        return KA_FAIL(KACERT_InvalidParamErr, "======>KI_SetAttributeCharValue");
+    return setTagged(field, value, field.tag);
+}
+
+Status setFlag(uint8_t &flag, Bytes value) {
+    flag = value[0];
+    return KACERT_Ok;
+}
+
+Status setOnce(uint8_t &flag, Anybuf &field, Bytes value, const char *words) {
+    if (flag != 0)
+        return KA_FAIL(KACERT_AttributeAlreadySet, words);
+    KA_PASS(setTagged, field, value, field.tag);
+    flag = 1;
+    return KACERT_Ok;
+}
+
+Status setHook(KAHookFunc &hook, Anybuf &key, KAHookFunc value, const void *parameter, uint32_t length) {
+    if (parameter != nullptr && length > 0) {
+        Anybuf copy = {};
+        KA_STEP(KI_SetAttributeCharValue, &copy, static_cast<const uint8_t *>(parameter), length);
+        clearSecret(key);
+        key = copy;
+    }
+    hook = value;
     return KACERT_Ok;
 }
 
@@ -90,27 +113,14 @@ using namespace karil;
 
 int32_t KACert_SetCertAttributeChar(CertEncodeCtx *ctx, int32_t id, const uint8_t *value, int32_t length) {
     KA_FRAME("KACert_SetCertAttributeChar");
-    if (length < 1)
-        return KA_FAIL(KACERT_InvalidLengthErr, "------>KACERT_InvalidLengthErr");
-    if (ctx == nullptr || value == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    const CertAttribute *attribute = certAttribute(id);
-    if (attribute == nullptr || attribute->set == nullptr)
-        return KA_FAIL(KACERT_AttributeNotSupportErr, "------>Set KACERT_AttributeNotSupportErr");
-    KA_TRACE(attribute->setWords);
-    KA_PASS(attribute->set, *ctx, ctx->extensions, Bytes(value, static_cast<size_t>(length)));
+    KA_PASS(setAttribute, certAttributes(), ctx, id, value, length, KACERT_InvalidLengthErr);
     return KA_DONE();
 }
 
 int32_t KACert_GetCertAttributeChar(CertDecodeCtx *ctx, int32_t id, uint8_t *result, uint32_t *resultLength) {
     KA_FRAME("KACert_GetCertAttributeChar");
-    if (ctx == nullptr || resultLength == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    *resultLength = 0;
-    const CertAttribute *attribute = certAttribute(id);
-    if (attribute == nullptr || attribute->get == nullptr)
-        return KA_FAIL(KACERT_AttributeNotSupportErr, "------>Get KACERT_AttributeNotSupportErr");
-    const Answer answer = {result, resultLength, attribute->getWords, attribute->getLengthWords};
-    KA_PASS(attribute->get, *ctx, ctx->extensions, answer);
+    if (resultLength != nullptr)
+        *resultLength = 0;
+    KA_PASS(getAttribute, certAttributes(), ctx, id, result, resultLength);
     return KA_DONE();
 }

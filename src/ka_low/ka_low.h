@@ -93,11 +93,13 @@ public:
         return tail;
     }
     const Anybuf *head() const { return first; }
-    void moveTo(Anybuf **out) {
-        *out = first;
+    AnybufPtr take() {
+        AnybufPtr chain(first);
         first = nullptr;
         tail = &first;
+        return chain;
     }
+    void moveTo(Anybuf **out) { *out = take().release(); }
 
 private:
     Anybuf *first = nullptr;

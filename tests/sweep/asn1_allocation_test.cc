@@ -16,6 +16,7 @@ struct Row {
     std::string source;
 };
 
+uint32_t word;                       // takes a tag or its number
 constexpr int32_t Time = 1577836800; // 2020-01-01 UTC
 
 const Row rows[] = {
@@ -56,23 +57,11 @@ const Row rows[] = {
     {"read IA5String", KAsn1_ReadIa5String, "16 01 41"},
     {"read SEQUENCE", KAsn1_ReadSequence, "30 05 04 01 07 05 00"},
     {"read SET", KAsn1_ReadSet, "31 05 04 01 07 05 00"},
-    {"read EXPLICIT",
-     [](const Anybuf *from, Anybuf **to) {
-         uint32_t tag = 0;
-         return KAsn1_ReadExplicit(from, to, &tag);
-     },
+    {"read EXPLICIT", [](const Anybuf *from, Anybuf **to) { return KAsn1_ReadExplicit(from, to, &word); },
      "A3 02 05 00"},
-    {"read IMPLICIT, constructed",
-     [](const Anybuf *from, Anybuf **to) {
-         uint32_t number = 0;
-         return KAsn1_ReadImplicit(from, to, &number);
-     },
+    {"read IMPLICIT, constructed", [](const Anybuf *from, Anybuf **to) { return KAsn1_ReadImplicit(from, to, &word); },
      "A3 05 04 01 07 05 00"},
-    {"read IMPLICIT, primitive",
-     [](const Anybuf *from, Anybuf **to) {
-         uint32_t number = 0;
-         return KAsn1_ReadImplicit(from, to, &number);
-     },
+    {"read IMPLICIT, primitive", [](const Anybuf *from, Anybuf **to) { return KAsn1_ReadImplicit(from, to, &word); },
      "83 01 07"},
     {"make a record", [](const Anybuf *, Anybuf **to) { return KAsn1_Low_CreateAnyBuf(to); }, ""},
 };
@@ -89,37 +78,32 @@ void convertAll(Run &run) {
     }
 }
 
-// Calls whose outputs are blocks: all of a call's are stored, or none.
+// The two blocks that a call stored: both or none.
+template <class First>
+void answerBlocks(Run &run, const std::string &name, First *first, size_t count, uint32_t *second) {
+    const Block<First> ownedFirst(first);
+    const Block<uint32_t> ownedSecond(second);
+    EXPECT_TRUE((first != nullptr) == run.isWhole() && (second != nullptr) == run.isWhole()) << name;
+    if (first == nullptr || second == nullptr) return;
+    run.answer(name, Octets(first, first + count));
+    run.answer(name + ", second", Octets(second, second + 1));
+}
+
 void readBlocks(Run &run) {
-    struct Blocks {
-        uint8_t *octets = nullptr;
-        uint32_t *first = nullptr;
-        uint32_t *second = nullptr;
-    };
-    const auto take = [&run](const char *name, const Blocks &got, size_t size) {
-        const Block<uint8_t> octets(got.octets);
-        const Block<uint32_t> first(got.first);
-        const Block<uint32_t> second(got.second);
-        const int stored = (got.octets != nullptr) + (got.first != nullptr) + (got.second != nullptr);
-        EXPECT_EQ(stored, run.isWhole() ? 2 : 0) << name;
-        if (stored < 2) return;
-        const uint32_t words[] = {*got.first, got.second != nullptr ? *got.second : 0};
-        Octets all(got.octets, got.octets + (got.octets != nullptr ? size : 0));
-        for (const uint32_t word : words) all.push_back(static_cast<uint8_t>(word));
-        run.answer(name, all);
-    };
     const Octets element = hex("02 02 00 85");
     const uint8_t *cursor = element.data();
-    Blocks tag, length, integer, time;
-    run.step([&] { return KAsn1_Low_GetTagInfo(&cursor, &tag.first, &tag.second); });
-    take("tag", tag, 0);
-    run.step([&] { return KAsn1_Low_GetLengthInfo(&cursor, &length.first, &length.second); });
-    take("length", length, 0);
+    uint32_t *cells[6] = {};
+    uint8_t *octets = nullptr;
+    uint8_t *text = nullptr;
+    run.step([&] { return KAsn1_Low_GetTagInfo(&cursor, &cells[0], &cells[1]); });
+    answerBlocks(run, "tag", cells[0], 1, cells[1]);
+    run.step([&] { return KAsn1_Low_GetLengthInfo(&cursor, &cells[2], &cells[3]); });
+    answerBlocks(run, "length", cells[2], 1, cells[3]);
     EXPECT_TRUE(!run.isWhole() || cursor == element.data() + 2);
-    run.step([&] { return KAsn1_Low_IntToChar(0x8500, &integer.octets, &integer.first); });
-    take("integer", integer, 3);
-    run.step([&] { return KAsn1_Low_ItoCTime(Time, &time.octets, &time.first); });
-    take("time", time, 13);
+    run.step([&] { return KAsn1_Low_IntToChar(0x8500, &octets, &cells[4]); });
+    answerBlocks(run, "integer", octets, 3, cells[4]);
+    run.step([&] { return KAsn1_Low_ItoCTime(Time, &text, &cells[5]); });
+    answerBlocks(run, "time", text, 13, cells[5]);
 }
 
 void readValues(Run &run) {
@@ -166,6 +150,14 @@ void copyRecords(Run &run) {
     KI_ClearAnybuf(&set);
 }
 
+// Without entries there is an element of NULL, or nothing where that cannot be made.
+void writeEmptyAccessList(Run &run) {
+    Anybuf *out = nullptr;
+    run.step([&] { return KI_CERT_EncodeDiscriptList(nullptr, &out); });
+    const Chain owned(out);
+    run.answer("list", out != nullptr ? *out : Anybuf{});
+}
+
 TEST(FailingAllocations, Elements) {
     const Zone utc("UTC");
     const Scenario scenarios[] = {
@@ -173,6 +165,7 @@ TEST(FailingAllocations, Elements) {
         {"blocks and cells", readBlocks},
         {"values", readValues},
         {"records", copyRecords},
+        {"empty access list", writeEmptyAccessList, {KACERT_Ok}, {"list"}},
     };
     for (const Scenario &scenario : scenarios) sweep(scenario, Pool::Library);
 }

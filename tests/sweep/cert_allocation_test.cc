@@ -12,9 +12,9 @@ namespace {
 constexpr int32_t From = 1577836800; // 2020-01-01 UTC
 constexpr int32_t To = 1893456000;   // 2030-01-01 UTC
 
-CertPtr createIn(Run &run) {
+CertPtr createIn(Run &run, int32_t (*create)(CertEncodeCtx **) = KACert_CreateCertEncodeCtx) {
     CertEncodeCtx *ctx = nullptr;
-    run.step([&] { return KACert_CreateCertEncodeCtx(&ctx); });
+    run.step([&] { return create(&ctx); });
     return CertPtr(ctx);
 }
 
@@ -88,7 +88,7 @@ void makeValues(Run &run) {
 }
 
 void decodeIn(Run &run, const Octets &der) {
-    const CertPtr ctx = createIn(run);
+    const CertPtr ctx = createIn(run, KACert_CreateCertDecodeCtx);
     run.step([&] { return decode(ctx, der); });
     for (const int32_t id : queries())
         for (int count = 0; count < (id == CERTEX_CRLDIST_FULLNAME ? 3 : 1); ++count) {

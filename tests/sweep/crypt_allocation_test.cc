@@ -74,6 +74,15 @@ void closeAndOpenIn(Run &run) {
     run.answer("by the public key", opened);
 }
 
+// With no generator of the thread's own yet.
+void drawIn(Run &run) {
+    OPENSSL_thread_stop();
+    Octets drawn(32);
+    const uint32_t length = 32;
+    run.step([&] { return KA_PKCS7_GenerateBytes(drawn.data(), &length); });
+    run.answer("is drawn", Octets{drawn != Octets(32)});
+}
+
 TEST(FailingAllocations, SignaturesAndKeys) {
     const Scenario scenarios[] = {
         {"sign", signIn, {KAPKCS7_SignErr, KAPKCS7_RsaOperationErr}},
@@ -81,6 +90,7 @@ TEST(FailingAllocations, SignaturesAndKeys) {
         {"verify", verifyIn, {KACERT_VerifySignatureErr, KACERT_Ok}, {"verdict"}},
         // libcrypto can do without some of what it asks for.
         {"close and open", closeAndOpenIn, {KAPKCS7_RsaOperationErr, KACERT_Ok}},
+        {"draw random octets", drawIn, {KAPKCS7_RsaOperationErr, KACERT_Ok}},
     };
     for (const Scenario &scenario : scenarios) sweep(scenario, Pool::Crypto);
     // Whatever a run made is gone: a second round leaves no more blocks than the first.

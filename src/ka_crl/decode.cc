@@ -1,0 +1,255 @@
+#include "ka_crl.h"
+
+namespace karil {
+
+namespace {
+
+constexpr char NotEnd[] = "------>KACERT_CrlNotEndErr";
+
+Status takeField(Level &fields, Element &out) {
+    return takeOr(fields, out, KACERT_CrlNotEndErr, NotEnd);
+}
+
+Status readCrlTime(const Element &element, LocalClock &clock, CertTime &time) {
+    time.isUtc = readTime(element, TagUtcTime, clock, time.utcValue) == KACERT_Ok ? 1 : 0;
+    if (time.isUtc == 0)
+        KA_STEP_AS("------>KAsn1_ReadGeneralizedTime", readTime, element, TagGeneralizedTime, clock,
+                   time.generalizedValue);
+    return KACERT_Ok;
+}
+
+// What a node of the entry list takes from the wire.
+struct Entry {
+    Element serialNumber;
+    int32_t date = 0;
+    bool hasReason = false;
+    Element reason;
+};
+
+// crlEntryExtensions ::= SEQUENCE OF Extension, of which the reason is taken
+Status readEntryExtensions(const Element &element, Entry &out) {
+    Level extensions;
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, element, extensions);
+    while (!extensions.empty()) {
+        Level fields;
+        KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, extensions.take(), fields);
+        if (fields.empty())
+            return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadObjectId");
+        Element oid;
+        KA_STEP_AS("------>KAsn1_ReadObjectId", readValue, fields.take(), oid);
+        if (!equal(oid.bytes, OidReason))
+            continue;
+        out.hasReason = true;
+        Element field = fields.take();
+        if (field.tag == TagBoolean)
+            field = fields.take();
+        if (!field.present())
+            return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadOctetString");
+        Element value;
+        KA_STEP_AS("------>KAsn1_ReadOctetString", readValue, field, value);
+        KA_STEP_AS("------>KAsn1_ReadEnumerated", readValue, value, out.reason);
+    }
+    return KACERT_Ok;
+}
+
+// SEQUENCE { userCertificate INTEGER, revocationDate UTCTime, crlEntryExtensions OPTIONAL }
+Status readEntry(const Element &element, LocalClock &clock, Entry &out) {
+    Level fields;
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, element, fields);
+    if (fields.empty())
+        return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadIntegerArray");
+    KA_STEP_AS("------>KAsn1_ReadIntegerArray", readValue, fields.take(), out.serialNumber);
+    if (fields.empty())
+        return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadUtcTime");
+    KA_STEP_AS("------>KAsn1_ReadUtcTime", readTime, fields.take(), TagUtcTime, clock, out.date);
+    if (!fields.empty())
+        KA_PASS(readEntryExtensions, fields.take(), out);
+    return KACERT_Ok;
+}
+
+Status appendEntry(const Entry &entry, CrlDecodeCtx &ctx) {
+    EntryPtr node = newEntry(uint64_t{entry.serialNumber.bytes.size()} + entry.reason.bytes.size());
+    if (node == nullptr)
+        return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
+    placeSerialNumber(*node, entry.serialNumber.bytes);
+    node->revocationDate.utcValue = entry.date;
+    if (entry.hasReason)
+        KA_PASS(placeReason, *node, entry.reason.bytes);
+    if (ctx.firstRevoked == nullptr)
+        ctx.currentRevoked = node.get();
+    append<&RevokedEntry::next>(ctx.firstRevoked, ctx.revokedLast, node.release());
+    return KACERT_Ok;
+}
+
+// Some three years: revocation dates of a list lie in about that time.
+constexpr size_t KeptDays = 1024;
+
+// revokedCertificates ::= SEQUENCE OF SEQUENCE
+Status decodeEntries(const Element &list, CrlDecodeCtx &ctx) {
+    Level entries;
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, list, entries);
+    DayOffset days[KeptDays] = {};
+    LocalClock clock = {false, days};
+    while (!entries.empty()) {
+        Entry entry;
+        KA_PASS(readEntry, entries.take(), clock, entry);
+        KA_PASS(appendEntry, entry, ctx);
+    }
+    return KACERT_Ok;
+}
+
+// CRLNumber, BaseCRLNumber ::= INTEGER
+Status decodeNumber(const Element &extension, Bytes own, uint8_t &flag, CrlNumberExtension &field) {
+    Opened opened;
+    KA_PASS(openOid, extension, own, opened);
+    if (!opened.isOwn)
+        return KACERT_Ok;
+    flag = 1;
+    KA_PASS(openValue, opened, Flag::ByTag, field.critical, KACERT_CertNotEndErr);
+    Element number;
+    KA_STEP_AS("------>KAsn1_ReadIntegerArray", readValue, opened.value, number);
+    KA_STEP_AS("------>KI_CopyAnybuf", store, field.value, number);
+    return KACERT_Ok;
+}
+
+Status decodeCrlNumber(const Element &extension, CrlExtensions &block) {
+    return decodeNumber(extension, OidCrlNumber, block.hasCrlNumber, block.crlNumber);
+}
+
+Status decodeDeltaCrl(const Element &extension, CrlExtensions &block) {
+    return decodeNumber(extension, OidDeltaCrl, block.hasDeltaCrl, block.deltaCrl);
+}
+
+Status decodeExtension(const Element &extension, CrlExtensions &block) {
+    Level fields;
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, extension, fields);
+    if (fields.empty())
+        return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadObjectId");
+    Element oid;
+    KA_STEP_AS("------>KAsn1_ReadObjectId", readValue, fields.take(), oid);
+    if (block.hasCrlNumber == 0 && equal(oid.bytes, OidCrlNumber))
+        KA_STEP_AS("------>KI_Crl_DecodeCRLNumber", decodeCrlNumber, extension, block);
+    else if (block.hasDeltaCrl == 0 && equal(oid.bytes, OidDeltaCrl))
+        KA_STEP_AS("------>KI_Crl_DecodeDelCRLIdentifier", decodeDeltaCrl, extension, block);
+    return KACERT_Ok;
+}
+
+// crlExtensions ::= [0] EXPLICIT SEQUENCE OF Extension, with whatever tag
+Status decodeCrlExtensions(const Element &element, CrlExtensions &block) {
+    Element content;
+    KA_STEP_AS("------>KAsn1_ReadExplicit", readValue, element, content);
+    if (!content.present())
+        return KACERT_Ok;
+    Level extensions;
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, content, extensions);
+    while (!extensions.empty())
+        KA_PASS(decodeExtension, extensions.take(), block);
+    return KACERT_Ok;
+}
+
+Status decodeDates(Level &fields, CrlDecodeCtx &ctx, Element &behind) {
+    LocalClock clock;
+    Element field;
+    KA_PASS(takeField, fields, field);
+    KA_PASS(readCrlTime, field, clock, ctx.thisUpdate);
+    KA_PASS(takeField, fields, behind);
+    if (behind.bytes.size() < 3 || (!behind.startsWith(TagUtcTime) && !behind.startsWith(TagGeneralizedTime)))
+        return KACERT_Ok;
+    KA_PASS(readCrlTime, behind, clock, ctx.nextUpdate);
+    ctx.hasNextUpdate = 1;
+    return takeField(fields, behind);
+}
+
+// TBSCertList ::= SEQUENCE { version, signature, issuer, thisUpdate, nextUpdate OPTIONAL,
+//                            revokedCertificates OPTIONAL, crlExtensions [0] OPTIONAL }
+// It is read from the context's own copy: the octets given may be those that the copy replaces.
+Status decodeTbs(const Element &tbs, CrlDecodeCtx &ctx) {
+    KA_STEP_AS("------>KI_CopyAnybuf", store, ctx.tbs, tbs);
+    Level fields;
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, elementOf(ctx.tbs), fields);
+    Element field;
+    KA_PASS(takeField, fields, field);
+    uint32_t version = 0;
+    KA_STEP_AS("------>KAsn1_ReadInteger", readInteger, field, version);
+    ctx.version = static_cast<int32_t>(version);
+    ctx.hasVersion = 1;
+    KA_PASS(takeField, fields, field);
+    KA_PASS(readAlgorithm, field, ctx.innerSignatureAlgorithm);
+    KA_PASS(takeField, fields, field);
+    KA_STEP_AS("------>KI_DecodeIssuerSubject", decodeName, field, ctx.issuer);
+    KA_PASS(decodeDates, fields, ctx, field);
+    if (field.startsWith(TagSequence)) {
+        KA_STEP_AS("------>KI_CRL_DecodeRevokedCerts", decodeEntries, field, ctx);
+        KA_STEP_AS("------>KI_CopyAnybuf", store, ctx.revokedDer, field);
+        if (fields.empty())
+            return KACERT_Ok;
+        field = fields.take();
+    }
+    ctx.hasExtensions = 1;
+    KA_STEP_AS("------>KI_Crl_DecodeExtensions", decodeCrlExtensions, field, ctx.extensions);
+    return KACERT_Ok;
+}
+
+// CertificateList ::= SEQUENCE { tbsCertList, signatureAlgorithm, signatureValue BIT STRING }
+Status decodeCrl(Bytes der, CrlDecodeCtx &ctx) {
+    Element whole;
+    KA_STEP_AS("------>KAsn1_GetCertLength", next, der, whole, KACERT_LengthNotEqualErr,
+               "------>KACERT_LengthNotEqualErr");
+    // The first allocation has a status of its own.
+    if (store(ctx.encoded, whole) != KACERT_Ok)
+        return KA_FAIL(KACERT_CrlNotEndErr, NotEnd);
+    Level parts;
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, elementOf(ctx.encoded), parts);
+    Element part;
+    KA_PASS(takeField, parts, part);
+    KA_STEP_AS("------>KI_CRL_DecodeTBS", decodeTbs, part, ctx);
+    KA_PASS(takeField, parts, part);
+    KA_PASS(readAlgorithm, part, ctx.outerSignatureAlgorithm);
+    KA_PASS(takeField, parts, part);
+    Element signature;
+    KA_STEP_AS("------>KAsn1_ReadBitString", readValue, part, signature);
+    KA_STEP_AS("------>KI_CopyAnybuf", store, ctx.signature, signature);
+    return KACERT_Ok;
+}
+
+} // namespace
+
+} // namespace karil
+
+using namespace karil;
+
+int32_t KACert_DecodeCrl(CrlDecodeCtx *ctx, const uint8_t *der, uint32_t length) {
+    KA_FRAME("KACert_DecodeCrl");
+    KA_PASS(decodeWhole, ctx, der, length, decodeCrl);
+    return KA_DONE();
+}
+
+int32_t KI_CRL_DecodeTBS(CrlDecodeCtx *ctx, const Anybuf *tbs) {
+    KA_FRAME("KI_CRL_DecodeTBS");
+    KA_PASS(decodePart, tbs, ctx, decodeTbs);
+    return KA_DONE();
+}
+
+int32_t KI_CRL_DecodeRevokedCerts(const Anybuf *list, CrlDecodeCtx *ctx) {
+    KA_FRAME("KI_CRL_DecodeRevokedCerts");
+    KA_PASS(decodePart, list, ctx, decodeEntries);
+    return KA_DONE();
+}
+
+int32_t KI_Crl_DecodeExtensions(const Anybuf *extensions, CrlExtensions *block) {
+    KA_FRAME("KI_Crl_DecodeExtensions");
+    KA_PASS(decodePart, extensions, block, decodeCrlExtensions);
+    return KA_DONE();
+}
+
+int32_t KI_Crl_DecodeCRLNumber(const Anybuf *extension, CrlExtensions *block) {
+    KA_FRAME("KI_Crl_DecodeCRLNumber");
+    KA_PASS(decodePart, extension, block, decodeCrlNumber);
+    return KA_DONE();
+}
+
+int32_t KI_Crl_DecodeDelCRLIdentifier(const Anybuf *extension, CrlExtensions *block) {
+    KA_FRAME("KI_Crl_DecodeDelCRLIdentifier");
+    KA_PASS(decodePart, extension, block, decodeDeltaCrl);
+    return KA_DONE();
+}

@@ -1,0 +1,192 @@
+// The entries of revoked certificates: a block each in a context, and one block for the whole list when it is written.
+#include "ka_crl.h"
+
+#include <string.h>
+
+namespace karil {
+
+namespace {
+
+uint8_t *roomOf(RevokedEntry &entry) {
+    return reinterpret_cast<uint8_t *>(&entry + 1);
+}
+
+// Releases a field's octets, unless they stand in the entry's own block.
+void release(RevokedEntry &entry, const Anybuf &field) {
+    const auto at = reinterpret_cast<uintptr_t>(field.data) - reinterpret_cast<uintptr_t>(roomOf(entry));
+    if (at >= entry.inlineSize)
+        KAPR_Free(field.data);
+}
+
+} // namespace
+
+EntryPtr newEntry(uint64_t size) {
+    const uint64_t total = sizeof(RevokedEntry) + size;
+    if (total > UINT32_MAX)
+        return nullptr;
+    EntryPtr entry(static_cast<RevokedEntry *>(KAPR_Malloc(KA_SOURCE, __LINE__, static_cast<uint32_t>(total))));
+    if (entry != nullptr)
+        entry->inlineSize = static_cast<uint32_t>(size);
+    return entry;
+}
+
+void freeEntry(RevokedEntry *entry) {
+    release(*entry, entry->serialNumber);
+    release(*entry, entry->reason);
+    KAPR_Free(entry);
+}
+
+void placeSerialNumber(RevokedEntry &entry, Bytes value) {
+    entry.serialNumber = {nullptr, static_cast<uint32_t>(value.size()), 0, 0, TagInteger, nullptr, nullptr};
+    if (value.empty())
+        return;
+    entry.serialNumber.data = roomOf(entry);
+    memcpy(entry.serialNumber.data, value.data(), value.size());
+}
+
+Status placeReason(RevokedEntry &entry, Bytes value) {
+    const uint32_t serialSize = entry.serialNumber.length;
+    Anybuf reason = {};
+    if (uint64_t{serialSize} + value.size() > entry.inlineSize) {
+        KA_PASS(setTagged, reason, value, TagEnumerated);
+    } else if (!value.empty()) {
+        reason = {
+            roomOf(entry) + serialSize, static_cast<uint32_t>(value.size()), 0, 0, TagEnumerated, nullptr, nullptr};
+        memmove(reason.data, value.data(), value.size());
+    }
+    release(entry, entry.reason);
+    entry.reason = reason;
+    entry.hasEntryExtensions = 1;
+    entry.hasReason = 1;
+    return KACERT_Ok;
+}
+
+} // namespace karil
+
+using namespace karil;
+
+namespace {
+
+// The content octets of an entry's elements, from the outermost of its extensions inwards.
+struct EntrySize {
+    uint64_t whole = 0;
+    uint64_t serialNumber = 0;
+    uint64_t extensions = 0; // 0: there is none
+    uint64_t extension = 0;
+    uint64_t value = 0;
+};
+
+bool hasSignOctet(const Anybuf &integer) {
+    return integer.length > 0 && (integer.data[0] & 0x80) != 0;
+}
+
+Status measure(const RevokedEntry &entry, EntrySize &out) {
+    const Anybuf &serial = entry.serialNumber;
+    const Anybuf &reason = entry.reason;
+    if (serial.data == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_WriteIntegerArray");
+    out.serialNumber = uint64_t{serial.length} + (hasSignOctet(serial) ? 1 : 0);
+    out.whole = elementSize(out.serialNumber) + elementSize(TimeLength);
+    if (entry.hasEntryExtensions != 1)
+        return KACERT_Ok;
+    if (reason.data == nullptr && reason.length > 0)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>KI_CRL_WriteEntryExtension");
+    out.value = elementSize(reason.length);
+    out.extension = elementSize(sizeof OidReason) + elementSize(out.value);
+    out.extensions = elementSize(out.extension);
+    out.whole += elementSize(out.extensions);
+    return KACERT_Ok;
+}
+
+uint8_t *put(uint8_t *at, Bytes octets) {
+    if (!octets.empty())
+        memcpy(at, octets.data(), octets.size());
+    return at + octets.size();
+}
+
+// SEQUENCE { SEQUENCE { OBJECT IDENTIFIER, OCTET STRING { ENUMERATED } } }
+uint8_t *putReason(uint8_t *at, const Anybuf &reason, const EntrySize &size) {
+    at = putHeader(at, TagSequence, size.extensions);
+    at = putHeader(at, TagSequence, size.extension);
+    at = put(putHeader(at, TagObjectId, sizeof OidReason), OidReason);
+    at = putHeader(at, TagOctetString, size.value);
+    return put(putHeader(at, TagEnumerated, reason.length), bytesOf(reason));
+}
+
+// SEQUENCE { userCertificate INTEGER, revocationDate Time, crlEntryExtensions OPTIONAL }
+Status putEntry(const RevokedEntry &entry, LocalClock &clock, uint8_t *&at) {
+    EntrySize size;
+    KA_PASS(measure, entry, size);
+    const CertTime &date = entry.revocationDate;
+    uint8_t text[TimeLength];
+    if (date.isUtc != 0)
+        KA_STEP_AS("------>KAsn1_WriteUtcTime", timeText, date.utcValue, clock, text);
+    else
+        KA_STEP_AS("------>KAsn1_WriteGeneralizedTime", timeText, date.generalizedValue, clock, text);
+    at = putHeader(at, TagSequence, size.whole);
+    at = putHeader(at, TagInteger, size.serialNumber);
+    if (hasSignOctet(entry.serialNumber))
+        *at++ = 0;
+    at = put(at, bytesOf(entry.serialNumber));
+    at = put(putHeader(at, date.isUtc != 0 ? TagUtcTime : TagGeneralizedTime, TimeLength), text);
+    if (size.extensions > 0)
+        at = putReason(at, entry.reason, size);
+    return KACERT_Ok;
+}
+
+// SEQUENCE OF entries, those of the ready list first
+Status writeEntries(const CrlEncodeCtx &ctx, Anybuf **out) {
+    Level ready;
+    if (ctx.revokedDer.length > 0)
+        KA_STEP_AS("------>KI_CRL_AddRevokedCert", readSequence, elementOf(ctx.revokedDer), ready);
+    uint64_t total = ready.rest.size();
+    for (const RevokedEntry *entry = ctx.firstRevoked; entry != nullptr; entry = entry->next) {
+        EntrySize size;
+        KA_PASS(measure, *entry, size);
+        total += elementSize(size.whole);
+    }
+    Anybuf *node = nullptr;
+    uint8_t *at = nullptr;
+    KA_STEP_AS("------>KAsn1_WriteSequence", newElement, TagSequence, total, &node, &at);
+    AnybufPtr list(node);
+    at = put(at, ready.rest);
+    LocalClock clock;
+    for (const RevokedEntry *entry = ctx.firstRevoked; entry != nullptr; entry = entry->next)
+        KA_PASS(putEntry, *entry, clock, at);
+    *out = list.release();
+    return KACERT_Ok;
+}
+
+} // namespace
+
+int32_t KI_CRL_EncodeRevokedCRL(const CrlEncodeCtx *ctx, Anybuf **out) {
+    KA_FRAME("KI_CRL_EncodeRevokedCRL");
+    if (ctx == nullptr || out == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    KA_PASS(writeEntries, *ctx, out);
+    return KA_DONE();
+}
+
+int32_t KI_CRL_AddRevokedCert(const CrlEncodeCtx *ctx, Anybuf *entries, Anybuf **out) {
+    KA_FRAME("KI_CRL_AddRevokedCert");
+    if (ctx == nullptr || out == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    Chain whole;
+    if (ctx->revokedDer.length > 0)
+        KA_STEP(KAsn1_ReadSequence, &ctx->revokedDer, whole.slot());
+    *whole.slot() = entries;
+    whole.moveTo(out);
+    return KA_DONE();
+}
+
+int32_t KI_CRL_WriteEntryExtension(const RevokedEntry *entry, Anybuf **out) {
+    KA_FRAME("KI_CRL_WriteEntryExtension");
+    if (entry == nullptr || out == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    Chain reason;
+    KA_STEP(KAsn1_WriteEnumerated, &entry->reason, reason.slot());
+    Chain extension;
+    KA_PASS(writeExtension, OidReason, 0, *reason.head(), extension.slot());
+    KA_STEP(KAsn1_WriteSequence, extension.head(), out);
+    return KA_DONE();
+}

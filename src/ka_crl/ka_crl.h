@@ -1,0 +1,31 @@
+// Certificate revocation lists: the context, its attributes and entries, encoding and decoding.
+#pragma once
+
+#include "karil/crl.h"
+
+#include "ka_cert.h"
+
+namespace karil {
+
+// Object identifiers of the extensions of a CRL and of its entries (RFC 5280 5.2 and 5.3).
+constexpr uint8_t OidCrlNumber[] = {0x55, 0x1D, 0x14};
+constexpr uint8_t OidReason[] = {0x55, 0x1D, 0x15};
+constexpr uint8_t OidDeltaCrl[] = {0x55, 0x1D, 0x1B};
+constexpr uint8_t OidIssuingDist[] = {0x55, 0x1D, 0x1C};
+
+void freeEntry(RevokedEntry *entry);
+using EntryPtr = std::unique_ptr<RevokedEntry, By<freeEntry>>;
+
+// A node whose own block has room for `size` octets behind the record: for the serial number, and behind that for the
+// reason. Null where there is no memory.
+[[nodiscard]] EntryPtr newEntry(uint64_t size);
+void placeSerialNumber(RevokedEntry &entry, Bytes value);
+// In the node's own block where it fits there.
+[[nodiscard]] Status placeReason(RevokedEntry &entry, Bytes value);
+
+// The entry that date and reason belong to, or null.
+RevokedEntry *lastEntry(CrlEncodeCtx &ctx);
+
+Attributes<CrlEncodeCtx> crlAttributes();
+
+} // namespace karil
