@@ -15,18 +15,6 @@ struct Header {
     uint64_t contentEnd() const { return uint64_t{contentAt} + length; }
 };
 
-// The size of an element that is all there and has, as most do, a tag of one octet and a length below 128; else 0.
-inline size_t shortSize(Bytes bytes) {
-    if (bytes.size() < 2 || (bytes[0] & 0x1F) == 0x1F || bytes[1] >= 0x80)
-        return 0;
-    const size_t size = bytes[1] + size_t{2};
-    return size <= bytes.size() ? size : 0;
-}
-
-inline uint32_t shortTag(uint8_t octet) {
-    return (octet & 0x80) != 0 ? octet : octet & 0x1Fu;
-}
-
 inline bool hasShortTag(Bytes bytes, uint32_t tag) {
     return !bytes.empty() && (bytes[0] & 0x1F) != 0x1F && shortTag(bytes[0]) == tag;
 }
@@ -86,26 +74,31 @@ Status readHeader(Bytes bytes, Status shortage, Header &out) {
     return KACERT_Ok;
 }
 
-Status openLong(Bytes bytes, const char *words, uint32_t &tag, Bytes &content) {
+// Tag and content of an element. It stays in registers: what is written to memory in parts and soon read as a whole
+// makes the processor wait.
+struct Content {
+    Status status;
+    uint32_t tag;
+    Bytes bytes;
+};
+
+Content openLong(Bytes bytes, const char *words) {
     Header header;
-    KA_PASS(readHeader, bytes, KACERT_LengthNotEqualErr, header);
+    if (const Status status = readHeader(bytes, KACERT_LengthNotEqualErr, header); status != KACERT_Ok)
+        return {status, 0, {}};
     if (header.total() != bytes.size())
-        return KA_FAIL(KACERT_LengthNotEqualErr, words);
+        return {KA_FAIL(KACERT_LengthNotEqualErr, words), 0, {}};
     if (header.contentEnd() > bytes.size())
-        return KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_GetLengthInfo");
-    tag = header.tag;
-    content = bytes.subspan(header.contentAt, header.length);
-    return KACERT_Ok;
+        return {KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_GetLengthInfo"), 0, {}};
+    return {KACERT_Ok, header.tag, bytes.subspan(header.contentAt, header.length)};
 }
 
-// Tag and content of an element that fills `bytes` exactly. `words`: of one that does not.
-inline Status open(Bytes bytes, const char *words, uint32_t &tag, Bytes &content) {
+// Opens an element that fills `bytes` exactly. `words`: of one that does not.
+inline Content open(Bytes bytes, const char *words) {
     const size_t size = shortSize(bytes);
     if (size == 0 || size != bytes.size())
-        return openLong(bytes, words, tag, content);
-    tag = shortTag(bytes[0]);
-    content = bytes.subspan(2);
-    return KACERT_Ok;
+        return openLong(bytes, words);
+    return {KACERT_Ok, shortTag(bytes[0]), bytes.subspan(2)};
 }
 
 Status nextLong(Bytes &rest, Element &out, Status shortage, const char *words) {
@@ -145,11 +138,12 @@ Status checkTag(Bytes bytes, uint32_t tag, const char *words) {
 Status openLevel(const Element &source, uint32_t tag, const LevelWords &words, Level &out) {
     if (!hasShortTag(source.bytes, tag))
         KA_PASS(checkTag, source.bytes, tag, words.tag);
-    uint32_t found = 0;
-    Bytes content;
-    KA_PASS(open, source.bytes, "------>KACERT_LengthNotEqualErr", found, content);
-    KA_PASS(checkLevel, content, words.overrun);
-    out = {content, source.isKept};
+    const Content content = open(source.bytes, "------>KACERT_LengthNotEqualErr");
+    if (content.status != KACERT_Ok)
+        return content.status;
+    KA_PASS(checkLevel, content.bytes, words.overrun);
+    out.rest = content.bytes;
+    out.isKept = source.isKept;
     return KACERT_Ok;
 }
 
@@ -164,26 +158,29 @@ Status next(Bytes &rest, Element &out, Status shortage, const char *words) {
     return KACERT_Ok;
 }
 
-Element Level::take() {
+Element Level::takeLong() {
     Element element;
-    if (rest.empty() || next(rest, element, KACERT_InvalidLengthErr, Overrun) != KACERT_Ok)
+    if (rest.empty() || nextLong(rest, element, KACERT_InvalidLengthErr, Overrun) != KACERT_Ok)
         return {};
     element.isKept = isKept;
     return element;
 }
 
 Status readValue(const Element &source, Element &out) {
-    uint32_t tag = 0;
-    Bytes content;
-    KA_PASS(open, source.bytes, "------>Length not Equal", tag, content);
+    const Content value = open(source.bytes, "------>Length not Equal");
+    if (value.status != KACERT_Ok)
+        return value.status;
+    Bytes content = value.bytes;
     if (source.tag == TagBitString) {
         if (content.empty())
             return KA_FAIL(KACERT_InvalidLengthErr, "------>Length not Equal");
         content = content.subspan(1);
     }
-    if (tag == TagInteger && content.size() > 1 && content[0] == 0 && (content[1] & 0x80) != 0)
+    if (value.tag == TagInteger && content.size() > 1 && content[0] == 0 && (content[1] & 0x80) != 0)
         content = content.subspan(1);
-    out = {tag, content, source.isKept};
+    out.tag = value.tag;
+    out.bytes = content;
+    out.isKept = source.isKept;
     return KACERT_Ok;
 }
 
@@ -196,15 +193,15 @@ Status readSet(const Element &source, Level &out) {
 }
 
 Status readImplicit(const Element &source, Implicit &out) {
-    uint32_t tag = 0;
-    Bytes content;
-    KA_PASS(open, source.bytes, "------>KACERT_LengthNotEqualErr", tag, content);
-    const bool constructed = (tag & 0x20) != 0;
-    if (constructed)
-        KA_PASS(checkLevel, content, Overrun);
-    const Bytes inside = constructed ? content : Bytes{};
-    out = {tag & 0x1F, constructed, {inside, source.isKept}, {tag, content, source.isKept}};
-    return KACERT_Ok;
+    const Content content = open(source.bytes, "------>KACERT_LengthNotEqualErr");
+    if (content.status != KACERT_Ok)
+        return content.status;
+    out.number = content.tag & 0x1F;
+    out.constructed = (content.tag & 0x20) != 0;
+    out.content = {content.tag, content.bytes, source.isKept};
+    out.level.rest = out.constructed ? content.bytes : Bytes{};
+    out.level.isKept = source.isKept;
+    return checkLevel(out.level.rest, Overrun);
 }
 
 Status behindHeader(Bytes source, Bytes &out) {
