@@ -74,31 +74,35 @@ Status readHeader(Bytes bytes, Status shortage, Header &out) {
     return KACERT_Ok;
 }
 
-// Tag and content of an element. It stays in registers: what is written to memory in parts and soon read as a whole
-// makes the processor wait.
-struct Content {
-    Status status;
-    uint32_t tag;
-    Bytes bytes;
+// Status and tag of an element that is opened.
+struct Opening {
+    Status status = KACERT_Ok;
+    uint32_t tag = 0;
 };
 
-Content openLong(Bytes bytes, const char *words) {
+Bytes openLong(Bytes bytes, const char *words, Opening &out) {
     Header header;
-    if (const Status status = readHeader(bytes, KACERT_LengthNotEqualErr, header); status != KACERT_Ok)
-        return {status, 0, {}};
+    out.status = readHeader(bytes, KACERT_LengthNotEqualErr, header);
+    if (out.status != KACERT_Ok)
+        return {};
     if (header.total() != bytes.size())
-        return {KA_FAIL(KACERT_LengthNotEqualErr, words), 0, {}};
-    if (header.contentEnd() > bytes.size())
-        return {KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_GetLengthInfo"), 0, {}};
-    return {KACERT_Ok, header.tag, bytes.subspan(header.contentAt, header.length)};
+        out.status = KA_FAIL(KACERT_LengthNotEqualErr, words);
+    else if (header.contentEnd() > bytes.size())
+        out.status = KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_GetLengthInfo");
+    if (out.status != KACERT_Ok)
+        return {};
+    out.tag = header.tag;
+    return bytes.subspan(header.contentAt, header.length);
 }
 
-// Opens an element that fills `bytes` exactly. `words`: of one that does not.
-inline Content open(Bytes bytes, const char *words) {
+// The content of an element that fills `bytes` exactly. `words`: of one that does not. It is the result, so that it
+// stays in registers: what is written to memory in parts and soon read as a whole makes the processor wait.
+inline Bytes open(Bytes bytes, const char *words, Opening &out) {
     const size_t size = shortSize(bytes);
     if (size == 0 || size != bytes.size())
-        return openLong(bytes, words);
-    return {KACERT_Ok, shortTag(bytes[0]), bytes.subspan(2)};
+        return openLong(bytes, words, out);
+    out.tag = shortTag(bytes[0]);
+    return bytes.subspan(2);
 }
 
 Status nextLong(Bytes &rest, Element &out, Status shortage, const char *words) {
@@ -138,11 +142,12 @@ Status checkTag(Bytes bytes, uint32_t tag, const char *words) {
 Status openLevel(const Element &source, uint32_t tag, const LevelWords &words, Level &out) {
     if (!hasShortTag(source.bytes, tag))
         KA_PASS(checkTag, source.bytes, tag, words.tag);
-    const Content content = open(source.bytes, "------>KACERT_LengthNotEqualErr");
-    if (content.status != KACERT_Ok)
-        return content.status;
-    KA_PASS(checkLevel, content.bytes, words.overrun);
-    out.rest = content.bytes;
+    Opening opening;
+    const Bytes content = open(source.bytes, "------>KACERT_LengthNotEqualErr", opening);
+    if (opening.status != KACERT_Ok)
+        return opening.status;
+    KA_PASS(checkLevel, content, words.overrun);
+    out.rest = content;
     out.isKept = source.isKept;
     return KACERT_Ok;
 }
@@ -160,25 +165,24 @@ Status next(Bytes &rest, Element &out, Status shortage, const char *words) {
 
 Element Level::takeLong() {
     Element element;
-    if (rest.empty() || nextLong(rest, element, KACERT_InvalidLengthErr, Overrun) != KACERT_Ok)
-        return {};
-    element.isKept = isKept;
+    if (!rest.empty() && nextLong(rest, element, KACERT_InvalidLengthErr, Overrun) == KACERT_Ok)
+        element.isKept = isKept;
     return element;
 }
 
 Status readValue(const Element &source, Element &out) {
-    const Content value = open(source.bytes, "------>Length not Equal");
-    if (value.status != KACERT_Ok)
-        return value.status;
-    Bytes content = value.bytes;
+    Opening opening;
+    Bytes content = open(source.bytes, "------>Length not Equal", opening);
+    if (opening.status != KACERT_Ok)
+        return opening.status;
     if (source.tag == TagBitString) {
         if (content.empty())
             return KA_FAIL(KACERT_InvalidLengthErr, "------>Length not Equal");
         content = content.subspan(1);
     }
-    if (value.tag == TagInteger && content.size() > 1 && content[0] == 0 && (content[1] & 0x80) != 0)
+    if (opening.tag == TagInteger && content.size() > 1 && content[0] == 0 && (content[1] & 0x80) != 0)
         content = content.subspan(1);
-    out.tag = value.tag;
+    out.tag = opening.tag;
     out.bytes = content;
     out.isKept = source.isKept;
     return KACERT_Ok;
@@ -193,13 +197,14 @@ Status readSet(const Element &source, Level &out) {
 }
 
 Status readImplicit(const Element &source, Implicit &out) {
-    const Content content = open(source.bytes, "------>KACERT_LengthNotEqualErr");
-    if (content.status != KACERT_Ok)
-        return content.status;
-    out.number = content.tag & 0x1F;
-    out.constructed = (content.tag & 0x20) != 0;
-    out.content = {content.tag, content.bytes, source.isKept};
-    out.level.rest = out.constructed ? content.bytes : Bytes{};
+    Opening opening;
+    const Bytes content = open(source.bytes, "------>KACERT_LengthNotEqualErr", opening);
+    if (opening.status != KACERT_Ok)
+        return opening.status;
+    out.number = opening.tag & 0x1F;
+    out.constructed = (opening.tag & 0x20) != 0;
+    out.content = {opening.tag, content, source.isKept};
+    out.level.rest = out.constructed ? content : Bytes{};
     out.level.isKept = source.isKept;
     return checkLevel(out.level.rest, Overrun);
 }

@@ -44,7 +44,7 @@ inline void clearNode(DefinedUsageNode &node) {
     freeData(node.dotted);
 }
 inline void clearNode(DistributionPointNode &node) {
-    clearGeneralNames(node.fullName);
+    freeGeneralNames(node.fullName);
 }
 inline void clearNode(AccessNode &node) {
     freeData(node.location);
