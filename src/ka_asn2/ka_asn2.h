@@ -53,6 +53,20 @@ inline Element elementOf(const Anybuf &source) {
     return {source.tag, bytesOf(source)};
 }
 
+// The size of an element that is all there and has, as most do, a tag of one octet and a length below 128; else 0.
+// This function and those of reader.cc alone compare an untrusted length with what is left.
+inline size_t shortSize(Bytes bytes) {
+    if (bytes.size() < 2 || (bytes[0] & 0x1F) == 0x1F || bytes[1] >= 0x80)
+        return 0;
+    const size_t size = bytes[1] + size_t{2};
+    return size <= bytes.size() ? size : 0;
+}
+
+// The normalised tag of one octet.
+inline uint32_t shortTag(uint8_t octet) {
+    return (octet & 0x80) != 0 ? octet : octet & 0x1Fu;
+}
+
 // The inner elements of one value. Every one of them was checked when the value was opened.
 struct Level {
     Bytes rest;
@@ -60,7 +74,15 @@ struct Level {
 
     bool empty() const { return rest.empty(); }
     // The next element, or one without octets at the end.
-    Element take();
+    Element take() {
+        const size_t size = shortSize(rest);
+        if (size == 0)
+            return takeLong();
+        const Bytes whole = rest.first(size);
+        rest = rest.subspan(size);
+        return {shortTag(whole[0]), whole, isKept};
+    }
+    Element takeLong();
 };
 
 // An implicitly tagged value: a level where it is constructed, else its content.
@@ -72,8 +94,7 @@ struct Implicit {
 };
 
 // Takes the first element off `rest`, without opening it; isKept is false in `out`. `shortage`: the status where the
-// octets do not suffice, `words`: its trace words where the header is all there. On failure both are as they were. The
-// functions of reader.cc alone compare an untrusted length with what is left.
+// octets do not suffice, `words`: its trace words where the header is all there. On failure both are as they were.
 [[nodiscard]] Status next(Bytes &rest, Element &out, Status shortage, const char *words);
 
 // Opens a value of exactly the source's octets, with the rules of KAsn1_Low_ReadTagAndLength. `out` may be `source`.
@@ -82,6 +103,11 @@ struct Implicit {
 [[nodiscard]] Status readSequence(const Element &source, Level &out);
 [[nodiscard]] Status readSet(const Element &source, Level &out);
 [[nodiscard]] Status readImplicit(const Element &source, Implicit &out);
+// SEQUENCE { OBJECT IDENTIFIER, ... }: the identifier's content, and the fields behind it. `empty`: the status of a
+// SEQUENCE without fields, with its trace words.
+constexpr char NoObjectId[] = "------>KAsn1_ReadObjectId";
+[[nodiscard]] Status readTyped(const Element &source, Element &oid, Level &fields,
+                               Status empty = KACERT_InvalidParamErr, const char *words = NoObjectId);
 // What stands behind tag and length field, to the end of the source and not of the element.
 [[nodiscard]] Status behindHeader(Bytes source, Bytes &out);
 [[nodiscard]] Status readInteger(const Element &source, uint32_t &value);

@@ -15,18 +15,6 @@ struct Header {
     uint64_t contentEnd() const { return uint64_t{contentAt} + length; }
 };
 
-// The size of an element that is all there and has, as most do, a tag of one octet and a length below 128; else 0.
-inline size_t shortSize(Bytes bytes) {
-    if (bytes.size() < 2 || (bytes[0] & 0x1F) == 0x1F || bytes[1] >= 0x80)
-        return 0;
-    const size_t size = bytes[1] + size_t{2};
-    return size <= bytes.size() ? size : 0;
-}
-
-inline uint32_t shortTag(uint8_t octet) {
-    return (octet & 0x80) != 0 ? octet : octet & 0x1Fu;
-}
-
 inline bool hasShortTag(Bytes bytes, uint32_t tag) {
     return !bytes.empty() && (bytes[0] & 0x1F) != 0x1F && shortTag(bytes[0]) == tag;
 }
@@ -86,26 +74,35 @@ Status readHeader(Bytes bytes, Status shortage, Header &out) {
     return KACERT_Ok;
 }
 
-Status openLong(Bytes bytes, const char *words, uint32_t &tag, Bytes &content) {
+// Status and tag of an element that is opened.
+struct Opening {
+    Status status = KACERT_Ok;
+    uint32_t tag = 0;
+};
+
+Bytes openLong(Bytes bytes, const char *words, Opening &out) {
     Header header;
-    KA_PASS(readHeader, bytes, KACERT_LengthNotEqualErr, header);
+    out.status = readHeader(bytes, KACERT_LengthNotEqualErr, header);
+    if (out.status != KACERT_Ok)
+        return {};
     if (header.total() != bytes.size())
-        return KA_FAIL(KACERT_LengthNotEqualErr, words);
-    if (header.contentEnd() > bytes.size())
-        return KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_GetLengthInfo");
-    tag = header.tag;
-    content = bytes.subspan(header.contentAt, header.length);
-    return KACERT_Ok;
+        out.status = KA_FAIL(KACERT_LengthNotEqualErr, words);
+    else if (header.contentEnd() > bytes.size())
+        out.status = KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_GetLengthInfo");
+    if (out.status != KACERT_Ok)
+        return {};
+    out.tag = header.tag;
+    return bytes.subspan(header.contentAt, header.length);
 }
 
-// Tag and content of an element that fills `bytes` exactly. `words`: of one that does not.
-inline Status open(Bytes bytes, const char *words, uint32_t &tag, Bytes &content) {
+// The content of an element that fills `bytes` exactly. `words`: of one that does not. It is the result, so that it
+// stays in registers: what is written to memory in parts and soon read as a whole makes the processor wait.
+inline Bytes open(Bytes bytes, const char *words, Opening &out) {
     const size_t size = shortSize(bytes);
     if (size == 0 || size != bytes.size())
-        return openLong(bytes, words, tag, content);
-    tag = shortTag(bytes[0]);
-    content = bytes.subspan(2);
-    return KACERT_Ok;
+        return openLong(bytes, words, out);
+    out.tag = shortTag(bytes[0]);
+    return bytes.subspan(2);
 }
 
 Status nextLong(Bytes &rest, Element &out, Status shortage, const char *words) {
@@ -145,11 +142,13 @@ Status checkTag(Bytes bytes, uint32_t tag, const char *words) {
 Status openLevel(const Element &source, uint32_t tag, const LevelWords &words, Level &out) {
     if (!hasShortTag(source.bytes, tag))
         KA_PASS(checkTag, source.bytes, tag, words.tag);
-    uint32_t found = 0;
-    Bytes content;
-    KA_PASS(open, source.bytes, "------>KACERT_LengthNotEqualErr", found, content);
+    Opening opening;
+    const Bytes content = open(source.bytes, "------>KACERT_LengthNotEqualErr", opening);
+    if (opening.status != KACERT_Ok)
+        return opening.status;
     KA_PASS(checkLevel, content, words.overrun);
-    out = {content, source.isKept};
+    out.rest = content;
+    out.isKept = source.isKept;
     return KACERT_Ok;
 }
 
@@ -164,26 +163,28 @@ Status next(Bytes &rest, Element &out, Status shortage, const char *words) {
     return KACERT_Ok;
 }
 
-Element Level::take() {
+Element Level::takeLong() {
     Element element;
-    if (rest.empty() || next(rest, element, KACERT_InvalidLengthErr, Overrun) != KACERT_Ok)
-        return {};
-    element.isKept = isKept;
+    if (!rest.empty() && nextLong(rest, element, KACERT_InvalidLengthErr, Overrun) == KACERT_Ok)
+        element.isKept = isKept;
     return element;
 }
 
 Status readValue(const Element &source, Element &out) {
-    uint32_t tag = 0;
-    Bytes content;
-    KA_PASS(open, source.bytes, "------>Length not Equal", tag, content);
+    Opening opening;
+    Bytes content = open(source.bytes, "------>Length not Equal", opening);
+    if (opening.status != KACERT_Ok)
+        return opening.status;
     if (source.tag == TagBitString) {
         if (content.empty())
             return KA_FAIL(KACERT_InvalidLengthErr, "------>Length not Equal");
         content = content.subspan(1);
     }
-    if (tag == TagInteger && content.size() > 1 && content[0] == 0 && (content[1] & 0x80) != 0)
+    if (opening.tag == TagInteger && content.size() > 1 && content[0] == 0 && (content[1] & 0x80) != 0)
         content = content.subspan(1);
-    out = {tag, content, source.isKept};
+    out.tag = opening.tag;
+    out.bytes = content;
+    out.isKept = source.isKept;
     return KACERT_Ok;
 }
 
@@ -195,16 +196,25 @@ Status readSet(const Element &source, Level &out) {
     return openLevel(source, NormalSet, {"------>TAG != KA_DER_ID_SET", "------>lTotalLength != 0"}, out);
 }
 
-Status readImplicit(const Element &source, Implicit &out) {
-    uint32_t tag = 0;
-    Bytes content;
-    KA_PASS(open, source.bytes, "------>KACERT_LengthNotEqualErr", tag, content);
-    const bool constructed = (tag & 0x20) != 0;
-    if (constructed)
-        KA_PASS(checkLevel, content, Overrun);
-    const Bytes inside = constructed ? content : Bytes{};
-    out = {tag & 0x1F, constructed, {inside, source.isKept}, {tag, content, source.isKept}};
+Status readTyped(const Element &source, Element &oid, Level &fields, Status empty, const char *words) {
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, source, fields);
+    if (fields.empty())
+        return KA_FAIL(empty, words);
+    KA_STEP_AS("------>KAsn1_ReadObjectId", readValue, fields.take(), oid);
     return KACERT_Ok;
+}
+
+Status readImplicit(const Element &source, Implicit &out) {
+    Opening opening;
+    const Bytes content = open(source.bytes, "------>KACERT_LengthNotEqualErr", opening);
+    if (opening.status != KACERT_Ok)
+        return opening.status;
+    out.number = opening.tag & 0x1F;
+    out.constructed = (opening.tag & 0x20) != 0;
+    out.content = {opening.tag, content, source.isKept};
+    out.level.rest = out.constructed ? content : Bytes{};
+    out.level.isKept = source.isKept;
+    return checkLevel(out.level.rest, Overrun);
 }
 
 Status behindHeader(Bytes source, Bytes &out) {

@@ -14,8 +14,8 @@ void clearExtensions(CertExtensions &ext) {
     freeData(ext.subjectKeyId.keyId);
     freeData(ext.keyUsage.bits);
     const NodePtr<PolicyNode> policy(ext.certPolicy.policy);
-    clearGeneralNames(ext.subjectAltName.names);
-    clearGeneralNames(ext.issuerAltName.names);
+    freeGeneralNames(ext.subjectAltName.names);
+    freeGeneralNames(ext.issuerAltName.names);
     freeData(ext.basicConstraints.pathLen);
     freeData(ext.extKeyUsage.mask);
     freeList(ext.extKeyUsage.definedOids);

@@ -171,13 +171,12 @@ Status decodeGeneralNames(const Element &source, GeneralNameRecord &names, uint8
     return KACERT_Ok;
 }
 
-void clearGeneralNames(GeneralNameRecord &names) {
+void freeGeneralNames(GeneralNameRecord &names) {
     freeData(names.otherNameType);
     freeData(names.otherNameValue);
     for (const Slot &slot : Slots)
         freeData(names.*slot.field);
     KI_FreeName(names.directoryName.next);
-    names = {};
 }
 
 } // namespace karil

@@ -31,7 +31,8 @@ const NameRecord *findName(const NameRecord &head, uint32_t kind);
 
 [[nodiscard]] Status decodeName(const Element &source, NameRecord &head);
 [[nodiscard]] Status decodeGeneralNames(const Element &source, GeneralNameRecord &names, uint8_t &found);
-void clearGeneralNames(GeneralNameRecord &names);
+// Frees what the slots hold, for a record that goes itself.
+void freeGeneralNames(GeneralNameRecord &names);
 
 // An IA5String, with its tag replaced by [number] IMPLICIT.
 [[nodiscard]] Status writeTaggedIa5(const Anybuf &text, uint32_t number, Anybuf **out);
