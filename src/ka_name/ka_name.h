@@ -36,16 +36,6 @@ void clearGeneralNames(GeneralNameRecord &names);
 // An IA5String, with its tag replaced by [number] IMPLICIT.
 [[nodiscard]] Status writeTaggedIa5(const Anybuf &text, uint32_t number, Anybuf **out);
 
-// Frees a record's data when it goes out of scope.
-struct Scratch {
-    Anybuf record = {};
-
-    Scratch() = default;
-    Scratch(const Scratch &) = delete;
-    Scratch &operator=(const Scratch &) = delete;
-    ~Scratch() { KI_ClearAnybuf(&record); }
-};
-
 // Runs one of the conversions of text.h. The result replaces what stood in `out`, with the tag given.
 using Conversion = int32_t (*)(const uint8_t *, int32_t, uint8_t *, uint32_t *);
 [[nodiscard]] Status convertText(Conversion convert, Bytes text, uint32_t tag, Anybuf &out);
