@@ -57,5 +57,7 @@ void registerQuery();
 void registerEncode();
 void registerSign();
 void registerGrowth();
+void registerCrl();
+void registerCsr();
 
 } // namespace karil_bench

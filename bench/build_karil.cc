@@ -99,12 +99,11 @@ Octets tbsOf(Bytes certificate) {
 // Takes the first octets of its input for a signature: what is left is the cost of the certificate itself.
 int32_t copyingHook(const uint8_t *input, uint32_t inputLength, uint8_t *output, uint32_t *outputLength, void *) {
     constexpr uint32_t Length = 256;
-    if (output == nullptr)
-        return 0;
-    if (inputLength < Length || *outputLength < Length)
+    if (output != nullptr && *outputLength < Length)
         return 1;
-    memcpy(output, input, Length);
     *outputLength = Length;
+    if (output != nullptr)
+        memcpy(output, input, inputLength < Length ? inputLength : Length);
     return 0;
 }
 

@@ -24,5 +24,7 @@ int main(int argc, char **argv) {
     registerEncode();
     registerSign();
     registerGrowth();
+    registerCrl();
+    registerCsr();
     return benchmark::RunSpecifiedBenchmarks() > 0 ? 0 : 1;
 }

@@ -3,7 +3,7 @@
 
 Usage: report.py FOLDER CHART.svg
 
-FOLDER holds utc.json and local.json (Google Benchmark) with utc-memory.json and local-memory.json beside them, from
+FOLDER holds utc.json and local.json (Google Benchmark) with -memory.json and -memory-crl.json of both beside them, from
 runs with TZ=UTC and without TZ. The bounds count for UTC alone.
 """
 import json
@@ -38,6 +38,13 @@ ROWS = [
     Row("sign-cert", "libcrypto", None, None),
     Row("growth-extensions", "itself", 1.5, 1.1),
     Row("memory", "libcrypto", 0.5, 0.3),
+    Row("decode-crl", "mbedtls", 4.0, 2.0),
+    Row("decode-crl", "libcrypto", 0.3, 0.15),
+    Row("build-crl", "libcrypto", 0.5, None),
+    Row("growth-crl", "itself", 1.5, None),
+    Row("memory-crl", "mbedtls", 2.5, 1.5),
+    Row("memory-crl", "libcrypto", 1.0, 0.6),
+    Row("decode-csr", "libcrypto", 0.2, None),
 ]
 
 
@@ -55,7 +62,8 @@ def load(folder, run):
     fewest = min(len(times) for times in samples.values())
     if fewest < 5:
         sys.exit(f"{run}.json: a median of {fewest} repetitions is not enough")
-    figures.update(json.loads((folder / f"{run}-memory.json").read_text()))
+    for kind in ("memory", "memory-crl"):
+        figures.update(json.loads((folder / f"{run}-{kind}.json").read_text()))
     return report["context"], figures
 
 
@@ -68,7 +76,7 @@ def is_met(row, ratio):
 
 
 def quantity(measure, figure):
-    if measure == "memory":
+    if measure.startswith("memory"):
         return f"{figure:.2f} x DER"
     for unit, size in (("ms", 1e6), ("us", 1e3), ("ns", 1)):
         if figure >= size:

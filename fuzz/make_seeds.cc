@@ -224,6 +224,59 @@ void addPrograms(Folder programs) {
     programs.add({0, 0, 0xF1, 2}, bytesOf("\x2A\x03\x01\x01\x01\xF2\x02\x2A\x04\x02\x05\x05\x01\x13"));
 }
 
+int32_t oneOctet(const uint8_t *, uint32_t, uint8_t *output, uint32_t *outputLength, void *) {
+    *outputLength = 1;
+    if (output != nullptr)
+        *output = 0xAA;
+    return 0;
+}
+
+template <class Ctx, auto SetChar> void set(Ctx *ctx, int32_t id, std::string_view value) {
+    must(SetChar(ctx, id, bytesOf(value).data(), lengthOf(bytesOf(value))) == KACERT_Ok, "an attribute is set");
+}
+
+void addCrls(Folder crls) {
+    CrlEncodeCtx *ctx = nullptr;
+    must(KACert_CreateCrlEncodeCtx(&ctx) == KACERT_Ok, "a context can be made");
+    const auto add = set<CrlEncodeCtx, KACert_SetCrlAttributeChar>;
+    add(ctx, CRL_INNER_SIGNATUREALGORITHM, "\x2A\x03");
+    add(ctx, CRL_OUTER_SIGNATUREALGORITHM, "\x2A\x03");
+    add(ctx, CRL_ISSUER_ORGANIZATIONNAME, Beijing);
+    KACert_SetCrlAttributeInt(ctx, CRL_THISUPDATE, 1577836800);
+    KACert_SetCrlAttributeInt(ctx, CRL_NEXTUPDATE, 1577836800);
+    for (const char *reason : {"", "\x01", "\x06"}) {
+        add(ctx, CRL_CERT_SERIALNUMBER, "\xF1\x02");
+        KACert_SetCrlAttributeInt(ctx, CRL_CERT_REVOCATIONDATE, 1577836800);
+        if (*reason != '\0')
+            add(ctx, CRLEX_CRLREASON, reason);
+    }
+    add(ctx, CRLEX_CRLNUMBER, "\x80");
+    add(ctx, CRLEX_DELTACRLINDICATOR, "\x01");
+    KACert_SetCrlSignFunc(ctx, oneOctet, nullptr, 0);
+    uint32_t length = 0;
+    must(KACert_EncodeCrl(ctx, nullptr, &length) == KACERT_Ok, "a CRL is written");
+    crls.add(bytesOf(ctx->encoded));
+    KACert_DestroyCrlEncodeCtx(ctx);
+}
+
+void addRequests(Folder requests) {
+    CsrEncodeCtx *ctx = nullptr;
+    must(KACert_CreateCsrEncodeCtx(&ctx) == KACERT_Ok, "a context can be made");
+    const auto add = set<CsrEncodeCtx, KACert_SetCsrAttributeChar>;
+    add(ctx, CSR_OUTER_SIGNATUREALGORITHM, "\x2A\x03");
+    add(ctx, CSR_PUBLICKEY_ALGORITHM, "\x2A\x04");
+    add(ctx, CSR_SUBJECTPUBLICKEYINFO, "\x30\x03\x02\x01\x05");
+    add(ctx, CSR_SUBJECT_ORGANIZATIONNAME, Beijing);
+    KACert_SetCsrSignFunc(ctx, oneOctet, nullptr, 0);
+    const uint8_t oid[] = {0x2A, 0x05};
+    for (int32_t size : {1, 2})
+        must(KACert_SetCsrAttributePrivate(ctx, oid, size, oid, size) == KACERT_Ok, "an attribute is set");
+    uint32_t length = 0;
+    must(KACert_EncodeCsr(ctx, nullptr, &length) == KACERT_Ok, "a request is written");
+    requests.add(bytesOf(ctx->encoded));
+    KACert_DestroyCsrEncodeCtx(ctx);
+}
+
 } // namespace
 
 int main(int count, char **arguments) {
@@ -239,5 +292,7 @@ int main(int count, char **arguments) {
     addTexts(folder("text"));
     addOids(folder("oid_text"));
     addPrograms(folder("cert_build"));
+    addCrls(folder("crl"));
+    addRequests(folder("csr"));
     return 0;
 }

@@ -23,6 +23,7 @@ run() {
     shift
     echo "measuring: $name"
     env "$@" "$folder/build/bench/bench_memory" >"$folder/$name-memory.json"
+    env "$@" "$folder/build/bench/bench_crl_memory" >"$folder/$name-memory-crl.json"
     env "$@" "$folder/build/bench/bench_time" --benchmark_repetitions=7 --benchmark_enable_random_interleaving=true \
         --benchmark_min_time="${KARIL_BENCH_SECONDS:-0.2}" --benchmark_display_aggregates_only=true \
         --benchmark_out="$folder/$name.json" --benchmark_out_format=json >"$folder/$name.log" 2>&1 || {

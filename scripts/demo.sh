@@ -1,5 +1,6 @@
 #!/bin/sh
-# Issues certificates, decodes them and those of the ca-certificates package, and lets openssl judge what was issued.
+# Issues certificates, decodes them and those of the ca-certificates package, runs a small certification authority, and
+# lets openssl judge all that was written.
 # KARIL_BUILD_DIR: where to build, instead of build.
 set -eu
 cd "$(dirname "$0")/.."
@@ -9,7 +10,7 @@ build=${KARIL_BUILD_DIR:-build}
 folder=$build/release
 demo=$build/demo
 cmake -S . -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo
-cmake --build "$folder" --target issue_certificate
+cmake --build "$folder" --target issue_certificate certificate_authority
 
 # Dates go out in local time under the letter Z, which others read as UTC.
 TZ=UTC
@@ -34,4 +35,26 @@ for name in root leaf; do
 done
 grep -q 'X509v3 Subject Alternative Name' "$demo/leaf.txt"
 openssl verify -auth_level 0 -CAfile "$demo/root.pem" "$demo/leaf.pem"
-echo "The demo is done: openssl accepts what karil issued."
+
+echo
+"$folder/examples/certificate_authority" "$demo"
+echo
+cd "$demo"
+for name in authority issued; do
+    openssl x509 -in "$name.pem" -outform DER | cmp - "$name.der"
+done
+openssl req -in request.pem -noout -verify
+for name in crl1 crl2; do
+    openssl crl -inform DER -in "$name.der" -noout -CAfile authority.pem
+    openssl crl -in "$name.pem" -noout -text >"$name.txt"
+done
+echo "openssl crl -text reads $(grep -c 'Serial Number' crl1.txt) and $(grep -c 'Serial Number' crl2.txt) entries"
+[ "$(grep -c 'Serial Number' crl1.txt)" -eq 3 ]
+[ "$(grep -c 'Serial Number' crl2.txt)" -eq 4 ]
+openssl verify -auth_level 0 -CAfile authority.pem -crl_check -CRLfile crl1.pem issued.pem
+if openssl verify -auth_level 0 -CAfile authority.pem -crl_check -CRLfile crl2.pem issued.pem 2>revoked.txt; then
+    echo "openssl takes the certificate for good although the second CRL revokes it" >&2
+    exit 1
+fi
+grep 'certificate revoked' revoked.txt
+echo "The demo is done: openssl agrees with all that karil issued."

@@ -26,7 +26,7 @@ case ${1:-} in
     ;;
 esac
 case $amount in '' | *[!0-9]*) usage ;; esac
-all="cert_decode asn1_readers cert_build text names oid_text"
+all="cert_decode asn1_readers cert_build text names oid_text crl csr"
 targets=${*:-$all}
 for target in $targets; do
     [ -f "fuzz/$target.cc" ] || usage
@@ -61,6 +61,7 @@ limits() {
     case $1 in
     cert_decode) echo 4096 10 ;;
     cert_build) echo 600 10 ;;
+    crl | csr) echo 2048 10 ;;
     text) echo 2100 10 ;;
     names | asn1_readers) echo 2048 1 ;;
     oid_text) echo 4096 1 ;;
@@ -92,7 +93,7 @@ fuzz_one() {
         /Test unit written to/ { input = $NF }
         END {
             printf "%-13s %9d executions %7s   cov/ft %10s -> %-10s   %s\n", target, units,
-                (speed > 0 ? speed "/s" : ""), start, cov "/" ft, (status == 0 ? "no finding" : "FINDING " input)
+                (speed > 0 ? speed "/s" : ""), start, cov "/" ft, (status == 0 ? "no finding" : input != "" ? "FINDING " input : "STOPPED with status " status)
         }' "$log"
     if [ "$status" -eq 0 ]; then
         echo "$target" >>"$folder/passed"

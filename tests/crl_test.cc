@@ -1,5 +1,7 @@
 #include "signed_support.h"
 
+#include "karil/asn1.h"
+
 #include <openssl/x509v3.h>
 
 #include <gtest/gtest.h>
@@ -319,6 +321,56 @@ TEST(Crl, SeededContexts) {
     EXPECT_EQ(carryOver({}), KACERT_InvalidParamErr);
     EXPECT_EQ(carryOver(hex("30 00")), KACERT_CrlNotEndErr);
     EXPECT_EQ(toHex(ctx->revokedDer), toHex(entries));
+}
+
+// The exported parts, by themselves, against what the whole writes and reads.
+TEST(Crl, ThePartsByThemselves) {
+    const Zone utc("UTC");
+    const CrlPtr ctx = bareCrl();
+    const auto written = [&ctx](int32_t (*write)(const CrlEncodeCtx *, Anybuf **)) {
+        Anybuf *node = nullptr;
+        EXPECT_EQ(write(ctx.get(), &node), KACERT_Ok);
+        const Chain owned(node);
+        return node != nullptr ? toHex(*node) : "nothing";
+    };
+    EXPECT_EQ(written(KI_Crl_EncodeExtensions), "nothing");
+    addEntry(ctx, "05", Y2020, "01");
+    set(ctx, CRL_RevokedCertificates_DER, seq({entry("01", NoTime), entry("02", NoTime)}));
+    EXPECT_EQ(written(KI_CRL_EncodeRevokedCRL),
+              toHex(seq({entry("01", NoTime), entry("02", NoTime), entry("05", Time2020, reasonOf("01"))})));
+    Octets added = entry("09", NoTime);
+    Anybuf *node = nullptr;
+    Anybuf *chain = nullptr;
+    Anybuf source = view(added);
+    ASSERT_EQ(KAsn1_WriteSequence(&source, &node), KACERT_Ok);
+    ASSERT_EQ(KI_CRL_AddRevokedCert(ctx.get(), node, &chain), KACERT_Ok);
+    const Chain owned(chain);
+    EXPECT_EQ(toHex(*chain), toHex(entry("01", NoTime)));
+    EXPECT_EQ(chain->next->next, node);
+
+    const CrlPtr decoded = create<CrlDecodeCtx>();
+    const auto read = [&decoded](const Octets &octets, auto decodePart, auto *target) {
+        const Exact element(octets);
+        return decodePart(target, &element.record);
+    };
+    const auto list = [](CrlDecodeCtx *c, const Anybuf *e) { return KI_CRL_DecodeRevokedCerts(e, c); };
+    const auto all = [](CrlExtensions *b, const Anybuf *e) { return KI_Crl_DecodeExtensions(e, b); };
+    const auto number = [](CrlExtensions *b, const Anybuf *e) { return KI_Crl_DecodeCRLNumber(e, b); };
+    const auto delta = [](CrlExtensions *b, const Anybuf *e) { return KI_Crl_DecodeDelCRLIdentifier(e, b); };
+    CrlExtensions &block = decoded->extensions;
+    EXPECT_EQ(read(seq({entry("03", Time2020)}), list, decoded.get()), KACERT_Ok);
+    EXPECT_EQ(read(seq({entry("04", Time2020)}), list, decoded.get()), KACERT_Ok);
+    EXPECT_EQ(get(decoded, CRL_CERT_SERIALNUMBER), "03");
+    EXPECT_EQ(toHex(decoded->firstRevoked->next->serialNumber), "04");
+    EXPECT_EQ(read(extension("55 1D 1B", hex("02 01 07")), number, &block), KACERT_Ok);
+    EXPECT_EQ(block.hasCrlNumber, 0);
+    EXPECT_EQ(read(seq({oid("55 1D 1B")}), delta, &block), KACERT_CertNotEndErr);
+    EXPECT_EQ(read(extension("55 1D 1B", hex("02 01 07")), delta, &block), KACERT_Ok);
+    EXPECT_EQ(toHex(block.deltaCrl.value), "07");
+    EXPECT_EQ(read(tlv(0xA7, seq({extension("55 1D 14", hex("02 01 08"))})), all, &block), KACERT_Ok);
+    EXPECT_EQ(toHex(block.crlNumber.value), "08");
+    EXPECT_EQ(read(tbsOf(hex("02 01 01"), {Time2021, hex("30 00")}), KI_CRL_DecodeTBS, decoded.get()), KACERT_Ok);
+    EXPECT_EQ(decoded->thisUpdate.utcValue, Y2021);
 }
 
 struct FreeCrl {

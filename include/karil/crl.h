@@ -70,7 +70,7 @@ typedef struct RevokedEntry {
     Anybuf reason; /* content octets of the ENUMERATED */
     struct RevokedEntry *next;
 
-    /* The library's own: how many octets behind the record hold its serial number and reason. */
+    /* The library's own: how many octets behind the record are for its serial number and reason. */
     uint32_t inlineSize;
 } RevokedEntry;
 KARIL_SIZE_32(RevokedEntry, 84);
@@ -101,8 +101,8 @@ KARIL_SIZE_32(CrlExtensions, 132);
 
 /*
  * A CRL, built or decoded. Made by KACert_CreateCrlEncodeCtx or KACert_CreateCrlDecodeCtx, and freed with all it holds
- * by the destroy function of either name. Every Anybuf is embedded and owns its data, but for serial number and reason
- * of a decoded entry, which stand in the entry's own block.
+ * by the destroy function of either name. Every Anybuf is embedded and owns its data, but for serial numbers and
+ * reasons, which may stand in their entry's own block.
  */
 typedef struct CrlEncodeCtx {
     uint8_t hasVersion;

@@ -14,6 +14,7 @@
 #include "karil/key.h"
 #include "karil/name.h"
 #include "karil/oid.h"
+#include "karil/pem.h"
 #include "karil/text.h"
 
 #endif

@@ -10,11 +10,14 @@ namespace {
 using Ctx = CrlEncodeCtx;
 using Ext = CrlExtensions;
 
+// Every reason there is has one octet.
+constexpr uint64_t ReasonRoom = 1;
+
 Status setSerialNumber(Ctx &ctx, Bytes value) {
-    EntryPtr entry(KA_CREATE(RevokedEntry));
+    EntryPtr entry = newEntry(value.size() + ReasonRoom);
     if (entry == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-    KA_PASS(setTagged, entry->serialNumber, value, TagInteger);
+    placeSerialNumber(*entry, value);
     append<&RevokedEntry::next>(ctx.firstRevoked, ctx.revokedLast, entry.release());
     ctx.hasRevoked = 1;
     return KACERT_Ok;
@@ -24,12 +27,7 @@ Status setReason(Ctx &ctx, Bytes value) {
     RevokedEntry *entry = lastEntry(ctx);
     if (entry == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    Anybuf reason = {};
-    KA_PASS(setTagged, reason, value, TagEnumerated);
-    exchange(*entry, entry->reason, reason);
-    entry->hasEntryExtensions = 1;
-    entry->hasReason = 1;
-    return KACERT_Ok;
+    return placeReason(*entry, value);
 }
 
 Status setAuthorityKeyId(Ctx &ctx, Ext &ext, Bytes value) {

@@ -4,11 +4,6 @@ namespace karil {
 
 namespace {
 
-bool isInline(const RevokedEntry &entry, const Anybuf &field) {
-    const auto begin = reinterpret_cast<uintptr_t>(&entry + 1);
-    return reinterpret_cast<uintptr_t>(field.data) - begin < entry.inlineSize;
-}
-
 void clearContext(CrlEncodeCtx &ctx) {
     CrlExtensions &ext = ctx.extensions;
     for (Anybuf *field : {&ctx.issuerText, &ctx.encoded, &ctx.tbs, &ctx.outerSignatureAlgorithm.oid, &ctx.signature,
@@ -41,18 +36,6 @@ void setTime(CertTime &time, int32_t value) {
 }
 
 } // namespace
-
-void exchange(RevokedEntry &entry, Anybuf &field, const Anybuf &value) {
-    if (!isInline(entry, field))
-        KAPR_Free(field.data);
-    field = value;
-}
-
-void freeEntry(RevokedEntry *entry) {
-    exchange(*entry, entry->serialNumber, {});
-    exchange(*entry, entry->reason, {});
-    KAPR_Free(entry);
-}
 
 RevokedEntry *lastEntry(CrlEncodeCtx &ctx) {
     RevokedEntry *entry = ctx.revokedLast != nullptr ? ctx.revokedLast : ctx.firstRevoked;

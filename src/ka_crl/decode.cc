@@ -1,7 +1,5 @@
 #include "ka_crl.h"
 
-#include <string.h>
-
 namespace karil {
 
 namespace {
@@ -69,34 +67,17 @@ Status readEntry(const Element &element, LocalClock &clock, Entry &out) {
     return KACERT_Ok;
 }
 
-// A field in the entry's own block; `at` moves behind it.
-Anybuf place(const Element &value, uint8_t *&at) {
-    if (!value.present())
-        return {nullptr, 0, 0, 2, value.tag, nullptr, nullptr};
-    uint8_t *data = at;
-    memcpy(data, value.bytes.data(), value.bytes.size());
-    at += value.bytes.size();
-    return {data, static_cast<uint32_t>(value.bytes.size()), 0, 2, value.tag, nullptr, nullptr};
-}
-
 Status appendEntry(const Entry &entry, CrlDecodeCtx &ctx) {
-    const uint64_t inlineSize = uint64_t{entry.serialNumber.bytes.size()} + entry.reason.bytes.size();
-    const uint64_t size = sizeof(RevokedEntry) + inlineSize;
-    if (size > UINT32_MAX)
-        return KA_FAIL(KACERT_InvalidLengthErr, "------>KAPR_Malloc");
-    auto *node = static_cast<RevokedEntry *>(KAPR_Malloc(KA_SOURCE, __LINE__, static_cast<uint32_t>(size)));
+    EntryPtr node = newEntry(uint64_t{entry.serialNumber.bytes.size()} + entry.reason.bytes.size());
     if (node == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-    auto *at = reinterpret_cast<uint8_t *>(node + 1);
-    node->inlineSize = static_cast<uint32_t>(inlineSize);
-    node->serialNumber = place(entry.serialNumber, at);
+    placeSerialNumber(*node, entry.serialNumber.bytes);
     node->revocationDate.utcValue = entry.date;
-    node->hasEntryExtensions = node->hasReason = entry.hasReason ? 1 : 0;
     if (entry.hasReason)
-        node->reason = place(entry.reason, at);
+        KA_PASS(placeReason, *node, entry.reason.bytes);
     if (ctx.firstRevoked == nullptr)
-        ctx.currentRevoked = node;
-    append<&RevokedEntry::next>(ctx.firstRevoked, ctx.revokedLast, node);
+        ctx.currentRevoked = node.get();
+    append<&RevokedEntry::next>(ctx.firstRevoked, ctx.revokedLast, node.release());
     return KACERT_Ok;
 }
 

@@ -1,7 +1,67 @@
-// The list of revoked certificates, written in one block however long it is.
+// The entries of revoked certificates: a block each in a context, and one block for the whole list when it is written.
 #include "ka_crl.h"
 
 #include <string.h>
+
+namespace karil {
+
+namespace {
+
+uint8_t *roomOf(RevokedEntry &entry) {
+    return reinterpret_cast<uint8_t *>(&entry + 1);
+}
+
+// Releases a field's octets, unless they stand in the entry's own block.
+void release(RevokedEntry &entry, const Anybuf &field) {
+    const auto at = reinterpret_cast<uintptr_t>(field.data) - reinterpret_cast<uintptr_t>(roomOf(entry));
+    if (at >= entry.inlineSize)
+        KAPR_Free(field.data);
+}
+
+} // namespace
+
+EntryPtr newEntry(uint64_t size) {
+    const uint64_t total = sizeof(RevokedEntry) + size;
+    if (total > UINT32_MAX)
+        return nullptr;
+    EntryPtr entry(static_cast<RevokedEntry *>(KAPR_Malloc(KA_SOURCE, __LINE__, static_cast<uint32_t>(total))));
+    if (entry != nullptr)
+        entry->inlineSize = static_cast<uint32_t>(size);
+    return entry;
+}
+
+void freeEntry(RevokedEntry *entry) {
+    release(*entry, entry->serialNumber);
+    release(*entry, entry->reason);
+    KAPR_Free(entry);
+}
+
+void placeSerialNumber(RevokedEntry &entry, Bytes value) {
+    entry.serialNumber = {nullptr, static_cast<uint32_t>(value.size()), 0, 0, TagInteger, nullptr, nullptr};
+    if (value.empty())
+        return;
+    entry.serialNumber.data = roomOf(entry);
+    memcpy(entry.serialNumber.data, value.data(), value.size());
+}
+
+Status placeReason(RevokedEntry &entry, Bytes value) {
+    const uint32_t serialSize = entry.serialNumber.length;
+    Anybuf reason = {};
+    if (uint64_t{serialSize} + value.size() > entry.inlineSize) {
+        KA_PASS(setTagged, reason, value, TagEnumerated);
+    } else if (!value.empty()) {
+        reason = {
+            roomOf(entry) + serialSize, static_cast<uint32_t>(value.size()), 0, 0, TagEnumerated, nullptr, nullptr};
+        memmove(reason.data, value.data(), value.size());
+    }
+    release(entry, entry.reason);
+    entry.reason = reason;
+    entry.hasEntryExtensions = 1;
+    entry.hasReason = 1;
+    return KACERT_Ok;
+}
+
+} // namespace karil
 
 using namespace karil;
 

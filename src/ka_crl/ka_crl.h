@@ -16,8 +16,12 @@ constexpr uint8_t OidIssuingDist[] = {0x55, 0x1D, 0x1C};
 void freeEntry(RevokedEntry *entry);
 using EntryPtr = std::unique_ptr<RevokedEntry, By<freeEntry>>;
 
-// A field of an entry gets other octets; those that stand in the entry's own block are not released.
-void exchange(RevokedEntry &entry, Anybuf &field, const Anybuf &value);
+// A node whose own block has room for `size` octets behind the record: for the serial number, and behind that for the
+// reason. Null where there is no memory.
+[[nodiscard]] EntryPtr newEntry(uint64_t size);
+void placeSerialNumber(RevokedEntry &entry, Bytes value);
+// In the node's own block where it fits there.
+[[nodiscard]] Status placeReason(RevokedEntry &entry, Bytes value);
 
 // The entry that date and reason belong to, or null.
 RevokedEntry *lastEntry(CrlEncodeCtx &ctx);
