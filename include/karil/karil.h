@@ -16,5 +16,6 @@
 #include "karil/oid.h"
 #include "karil/pem.h"
 #include "karil/text.h"
+#include "karil/verify.h"
 
 #endif
