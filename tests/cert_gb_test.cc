@@ -90,30 +90,26 @@ TEST(CertGb, TextsAndArguments) {
 TEST(CertGb, DigestLists) {
     const auto sha1 = [](size_t n) { return seq({seq({oid("2B 0E 03 02 1A")}), tlv(4, Octets(n, 'v'))}); };
     const auto md5 = [](size_t n) { return seq({algorithm("2A 86 48 86 F7 0D 02 05"), tlv(4, Octets(n, 'v'))}); };
-    const struct {
-        std::vector<std::pair<int32_t, int32_t>> thumbs; // algorithm and length
-        int32_t want;
-        Octets der;
-    } rows[] = {
+    // Algorithm and length of each digest.
+    const std::tuple<std::vector<std::pair<int32_t, int32_t>>, int32_t, Octets> rows[] = {
         {{{1, 20}}, KACERT_Ok, seq({sha1(20)})},
         {{{2, 0}, {1, 1}, {-1, 3}, {0, 512}}, KACERT_Ok, seq({sha1(1), md5(512)})},
         {{{7, 20}}, KACERT_Ok, hex("30 00")},
         {{{1, 20}, {1, 0}}, KACERT_InvalidLengthErr, {}},
         {{{0, 513}}, KACERT_InvalidLengthErr, {}},
     };
-    for (const auto &row : rows) {
-        std::vector<KA_THUMBPRINT> list(row.thumbs.size());
-        for (size_t i = 0; i < list.size(); ++i) {
+    for (const auto &[thumbs, want, der] : rows) {
+        std::vector<KA_THUMBPRINT> list(thumbs.size());
+        for (size_t i = list.size(); i-- > 0;) {
             memset(&list[i], 'v', sizeof list[i]);
-            list[i].algorithm = row.thumbs[i].first;
-            list[i].valueLen = row.thumbs[i].second;
+            std::tie(list[i].algorithm, list[i].valueLen) = thumbs[i];
             list[i].next = i + 1 < list.size() ? &list[i + 1] : nullptr;
         }
-        Octets result(row.der.size() + 1, 0xEE);
+        Octets result(der.size() + 1, 0xEE);
         uint32_t length = 0;
-        EXPECT_EQ(EnCodeThums(list.data(), sizeof list[0], result.data(), &length), row.want);
-        EXPECT_EQ(length, row.der.size());
-        EXPECT_EQ(toHex(result), toHex(cat({row.der, hex("EE")})));
+        EXPECT_EQ(EnCodeThums(list.data(), sizeof list[0], result.data(), &length), want);
+        EXPECT_EQ(length, der.size());
+        EXPECT_EQ(toHex(result), toHex(cat({der, hex("EE")})));
         EXPECT_EQ(EnCodeThums(nullptr, sizeof list[0], result.data(), &length), KACERT_InvalidParamErr);
         EXPECT_EQ(EnCodeThums(list.data(), sizeof list[0] - 1, result.data(), &length), KACERT_InvalidParamErr);
         EXPECT_EQ(EnCodeThums(list.data(), sizeof list[0], nullptr, &length), KACERT_InvalidParamErr);
@@ -122,31 +118,26 @@ TEST(CertGb, DigestLists) {
 
 TEST(CertGb, ContextsSeededWithAnIssuer) {
     const auto nameOf = [](size_t size) { return commonName(std::string(size - 21, 'x')); }; // 21 octets of headers
-    const struct {
-        Octets name;
-        int32_t less; // than the certificate's octets
-        int32_t want;
-    } rows[] = {
-        {hex("30 00"), 0, KACERT_Ok},
-        {nameOf(2048), 0, KACERT_Ok},
-        {nameOf(2049), 0, KACERT_InvalidLengthErr},
-        {nameOf(200), 1, KACERT_LengthNotEqualErr},
-        {{}, INT32_MAX, KACERT_InvalidParamErr},
-    };
-    for (const auto &row : rows) {
+    // The subject, how many of the certificate's octets are not given, and the status.
+    const std::tuple<Octets, int32_t, int32_t> rows[] = {{hex("30 00"), 0, KACERT_Ok},
+                                                         {nameOf(2048), 0, KACERT_Ok},
+                                                         {nameOf(2049), 0, KACERT_InvalidLengthErr},
+                                                         {nameOf(200), 1, KACERT_LengthNotEqualErr},
+                                                         {{}, INT32_MAX, KACERT_InvalidParamErr}};
+    for (const auto &[name, less, want] : rows) {
         CertParts parts;
-        parts.subject = row.name;
+        parts.subject = name;
         parts.setExtensions({extension("55 1D 0E", hex("04 01 03"))});
         const Octets der = parts.whole();
         CertEncodeCtx *raw = nullptr;
-        const int32_t length = static_cast<int32_t>(der.size()) - row.less;
-        EXPECT_EQ(KACert_CreateCertEncodeCtx_Ex(&raw, der.data(), length), row.want);
+        const int32_t length = static_cast<int32_t>(der.size()) - less;
+        EXPECT_EQ(KACert_CreateCertEncodeCtx_Ex(&raw, der.data(), length), want);
         EXPECT_EQ(KACert_CreateCertEncodeCtx_Ex(nullptr, der.data(), length), KACERT_InvalidParamErr);
         EXPECT_EQ(KACert_CreateCertEncodeCtx_Ex(&raw, nullptr, length), KACERT_InvalidParamErr);
         const CertPtr ctx(raw);
-        ASSERT_EQ(ctx != nullptr, row.want == KACERT_Ok);
+        ASSERT_EQ(ctx != nullptr, want == KACERT_Ok);
         if (ctx == nullptr) continue;
-        EXPECT_EQ(getChar(ctx, CERT_ISSUER_DERDN), toHex(row.name));
+        EXPECT_EQ(getChar(ctx, CERT_ISSUER_DERDN), toHex(name));
         EXPECT_EQ(ctx->hasExtensions + ctx->serialNumber.length + ctx->subjectDer.length, 0u);
     }
 }

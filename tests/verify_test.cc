@@ -32,8 +32,10 @@ Octets named(std::string_view name, uint8_t tag = 0x13) {
     return seq({set({seq({oid("55 04 03"), tlv(tag, text(name))})})});
 }
 
+// Seconds from one moment, which the first row takes.
 Octets utcTime(int offset) {
-    const time_t at = time(nullptr) + offset;
+    static const time_t now = time(nullptr);
+    const time_t at = now + offset;
     char digits[16];
     strftime(digits, sizeof digits, "%y%m%d%H%M%SZ", gmtime(&at));
     return tlv(0x17, text(digits));
@@ -46,8 +48,7 @@ struct Link {
     CertParts subject; // of a CRL and a request: names, key and algorithms alone
     const EVP_MD *digest = EVP_sha1();
     const Pkey *signer = &rootKey();
-    Octets after = cat({utcTime(-90), utcTime(-60), seq({})}); // of a CRL: dates and entries
-    void (*tamper)(CertParts &subject) = nullptr;              // behind the signer's back
+    void (*tamper)(CertParts &subject) = nullptr; // behind the signer's back
 
     Link() {
         issuer.subject = subject.issuer = named("Root");
@@ -63,22 +64,20 @@ struct Link {
 };
 Octets certTbs(const Link &link) { return link.subject.tbs(); }
 Octets crlTbs(const Link &link) {
-    return seq({hex("02 01 01"), link.subject.inner, link.subject.issuer, link.after, link.subject.extensions});
+    const Octets stale = cat({utcTime(-90), utcTime(-60)});
+    return seq({hex("02 01 01"), link.subject.inner, link.subject.issuer, stale, seq({}), link.subject.extensions});
 }
 Octets csrTbs(const Link &link) {
     return seq({hex("02 01 00"), link.subject.subject, link.subject.key, hex("A0 00"), link.subject.extensions});
 }
 
-int32_t verifyCert(Link &link) {
-    const Octets issuer = link.issuer.whole(), subject = link.finish(certTbs);
-    return KA_VerifyCert(issuer.data(), static_cast<uint32_t>(issuer.size()), subject.data(),
-                         static_cast<uint32_t>(subject.size()));
+template <auto Check, auto Tbs> int32_t verifyIssued(Link &link) {
+    const Octets issuer = link.issuer.whole(), object = link.finish(Tbs);
+    return Check(issuer.data(), static_cast<uint32_t>(issuer.size()), object.data(),
+                 static_cast<uint32_t>(object.size()));
 }
-int32_t verifyCrl(Link &link) {
-    const Octets issuer = link.issuer.whole(), crl = link.finish(crlTbs);
-    return KA_VerifyCrl(issuer.data(), static_cast<uint32_t>(issuer.size()), crl.data(),
-                        static_cast<uint32_t>(crl.size()));
-}
+constexpr auto verifyCert = verifyIssued<KA_VerifyCert, certTbs>;
+constexpr auto verifyCrl = verifyIssued<KA_VerifyCrl, crlTbs>;
 int32_t verifyCsr(const Octets &csr) { return KA_VerifyCsr_Sign(csr.data(), static_cast<int32_t>(csr.size())); }
 int32_t verifyCsrOf(Link &link) { return verifyCsr(link.finish(csrTbs)); }
 
@@ -89,15 +88,12 @@ void setAlgorithm(Link &link, const char *id, const EVP_MD *digest) {
 void setKey(Link &link, const Octets &key) {
     link.issuer.key = link.subject.key = seq({algorithm(RsaEncryption), bits(key)});
 }
+
 // What all three have in common.
 TEST(Verify, SignaturesKeysAndAlgorithms) {
     const Zone utc("UTC");
     static const Pkey other(EVP_RSA_gen(1024));
-    const struct {
-        const char *name;
-        void (*change)(Link &);
-        int32_t want;
-    } rows[] = {
+    const std::tuple<const char *, void (*)(Link &), int32_t> rows[] = {
         {"SHA-1", [](Link &) {}, KACERT_Ok},
         {"MD5", [](Link &l) { setAlgorithm(l, Md5WithRsa, EVP_md5()); }, KACERT_Ok},
         {"nine octets", [](Link &l) { setAlgorithm(l, "2A 86 48 86 F7 0D 01 01 05 01", EVP_sha1()); }, KACERT_Ok},
@@ -109,7 +105,6 @@ TEST(Verify, SignaturesKeysAndAlgorithms) {
         {"content", [](Link &l) { l.tamper = [](CertParts &p) { p.extensions = hex("A3 02 30 00"); }; }, 128},
         {"signature", [](Link &l) { l.tamper = [](CertParts &p) { p.signature.back() ^= 1; }; }, 128},
         {"signer", [](Link &l) { l.signer = &other; }, 128},
-        {"signature of 512", [](Link &l) { l.subject.signature = bits(Octets(512)); }, 128},
         {"signature of 513", [](Link &l) { l.subject.signature = bits(Octets(513)); }, 101},
         {"key of 513", [](Link &l) { setKey(l, Octets(513)); }, 101},
         {"no exponent", [](Link &l) { setKey(l, seq({hex("02 01 05")})); }, 108},
@@ -119,12 +114,12 @@ TEST(Verify, SignaturesKeysAndAlgorithms) {
          },
          128},
     };
-    for (const auto &row : rows)
+    for (const auto &[name, change, want] : rows)
         for (const auto verify : {verifyCert, verifyCrl, verifyCsrOf}) {
             Link link;
-            row.change(link);
-            EXPECT_EQ(verify(link), row.want) << row.name;
-            EXPECT_EQ(ERR_peek_error(), 0u) << row.name;
+            change(link);
+            EXPECT_EQ(verify(link), want) << name;
+            EXPECT_EQ(ERR_peek_error(), 0u) << name;
         }
 }
 
@@ -135,11 +130,7 @@ TEST(Verify, NamesTimesAndOrder) {
     static const Octets tooLong = named(std::string(1021, 'x'));
     static const auto setNames = [](Link &l, const Octets &name) { l.issuer.subject = l.subject.issuer = name; };
     static const auto setTimes = [](Link &l, int from, int to) { l.subject.validity = window(from, to); };
-    const struct {
-        const char *name;
-        void (*change)(Link &);
-        int32_t wantCert, wantCrl;
-    } rows[] = {
+    const std::tuple<const char *, void (*)(Link &), int32_t, int32_t> rows[] = {
         {"letter case", [](Link &l) { l.subject.issuer = named("rOOT"); }, 116, 116},
         {"another string type", [](Link &l) { l.subject.issuer = named("Root", 0x0C); }, 0, 0},
         {"no names", [](Link &l) { setNames(l, seq({})); }, 0, 0},
@@ -161,12 +152,12 @@ TEST(Verify, NamesTimesAndOrder) {
         {"no issuer", [](Link &l) { l.issuer.outer = hex("05 00"); }, 106, 106},
         {"nothing issued", [](Link &l) { l.subject.outer = hex("05 00"); }, 106, 106},
     };
-    for (const auto &row : rows)
-        for (const bool isCrl : {false, true}) {
-            Link link;
-            row.change(link);
-            EXPECT_EQ(isCrl ? verifyCrl(link) : verifyCert(link), isCrl ? row.wantCrl : row.wantCert) << row.name;
-        }
+    for (const auto &[name, change, wantCert, wantCrl] : rows) {
+        Link cert, crl;
+        change(cert), change(crl);
+        EXPECT_EQ(verifyCert(cert), wantCert) << name;
+        EXPECT_EQ(verifyCrl(crl), wantCrl) << name;
+    }
     const uint8_t octet = 0x30;
     for (const auto verify : {KA_VerifyCert, KA_VerifyCrl}) {
         EXPECT_EQ(verify(nullptr, 1, &octet, 1), KACERT_CertNotEndErr);
