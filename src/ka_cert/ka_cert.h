@@ -171,6 +171,14 @@ template <class Ctx>
     return KACERT_Ok;
 }
 
+// The subject of an issuer's certificate, which becomes the issuer of what is seeded with it.
+struct SeedName {
+    uint8_t octets[2048];
+    uint32_t length = 0;
+};
+using CertPtr = std::unique_ptr<CertDecodeCtx, By<KACert_DestroyCertDecodeCtx>>;
+[[nodiscard]] Status readSeed(Bytes der, CertPtr &cert, SeedName &name);
+
 // Issuer or subject, from the one form that was given.
 [[nodiscard]] Status writeName(const NameRecord &head, const Anybuf &der, Anybuf **out);
 // SubjectPublicKeyInfo ::= SEQUENCE { algorithm AlgorithmIdentifier, subjectPublicKey BIT STRING }
