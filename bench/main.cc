@@ -23,6 +23,7 @@ int main(int argc, char **argv) {
     registerQuery();
     registerEncode();
     registerSign();
+    registerVerify();
     registerGrowth();
     registerCrl();
     registerCsr();

@@ -36,6 +36,8 @@ ROWS = [
     Row("encode-cert", "libcrypto", 0.3, 0.1),
     Row("sign-cert", "private-operation", 1.05, 1.02),
     Row("sign-cert", "libcrypto", None, None),
+    Row("verify-cert", "public-operation", 1.6, 1.3),
+    Row("verify-cert", "libcrypto", None, None),
     Row("growth-extensions", "itself", 1.5, 1.1),
     Row("memory", "libcrypto", 0.5, 0.3),
     Row("decode-crl", "mbedtls", 4.0, 2.0),

@@ -1,5 +1,5 @@
 // Writes what the fuzzer starts from: make_seeds FOLDER fills FOLDER/TARGET for each target.
-#include "base_cert.h"
+#include "issuer.h"
 
 #include <filesystem>
 #include <fstream>
@@ -277,6 +277,70 @@ void addRequests(Folder requests) {
     KACert_DestroyCsrEncodeCtx(ctx);
 }
 
+// A request that the issuer's key signed, with that key.
+Octets signedRequest() {
+    CsrEncodeCtx *ctx = nullptr;
+    must(KACert_CreateCsrEncodeCtx(&ctx) == KACERT_Ok, "a context can be made");
+    const auto add = [ctx](int32_t id, Bytes value) {
+        must(KACert_SetCsrAttributeChar(ctx, id, value.data(), lengthOf(value)) == KACERT_Ok, "an attribute is set");
+    };
+    add(CSR_OUTER_SIGNATUREALGORITHM, Sha1WithRsa);
+    add(CSR_PUBLICKEY_ALGORITHM, Sha1WithRsa);
+    add(CSR_SUBJECTPUBLICKEYINFO, issuerPublicKey());
+    add(CSR_SUBJECT_COMMONNAME, bytesOf("Leaf"));
+    KACert_SetCsrSignFunc(ctx, signAsIssuer, nullptr, 0);
+    uint32_t length = 0;
+    must(KACert_EncodeCsr(ctx, nullptr, &length) == KACERT_Ok, "a request is written");
+    const Octets der(ctx->encoded.data, ctx->encoded.data + length);
+    KACert_DestroyCsrEncodeCtx(ctx);
+    return der;
+}
+
+Octets signedCrl() {
+    CrlEncodeCtx *ctx = nullptr;
+    const Octets &issuer = issuerCertificate();
+    must(KACert_CreateCrlEncodeCtx_Ex(&ctx, issuer.data(), lengthOf(issuer)) == KACERT_Ok, "a context can be seeded");
+    for (const int32_t id : {CRL_INNER_SIGNATUREALGORITHM, CRL_OUTER_SIGNATUREALGORITHM})
+        must(KACert_SetCrlAttributeChar(ctx, id, Sha1WithRsa, sizeof Sha1WithRsa) == KACERT_Ok, "an algorithm is set");
+    KACert_SetCrlAttributeInt(ctx, CRL_THISUPDATE, 1577836800);
+    must(KACert_SetCrlAttributeChar(ctx, CRL_CERT_SERIALNUMBER, Sha1WithRsa, 1) == KACERT_Ok, "an entry is set");
+    KACert_SetCrlAttributeInt(ctx, CRL_CERT_REVOCATIONDATE, 1577836800);
+    KACert_SetCrlSignFunc(ctx, signAsIssuer, nullptr, 0);
+    uint32_t length = 0;
+    must(KACert_EncodeCrl(ctx, nullptr, &length) == KACERT_Ok, "a CRL is written");
+    const Octets der(ctx->encoded.data, ctx->encoded.data + length);
+    KACert_DestroyCrlEncodeCtx(ctx);
+    return der;
+}
+
+// Seeds that verify.
+void addSigned(Folder objects) {
+    const Octets &issuer = issuerCertificate();
+    const Octets request = signedRequest();
+    const Octets crl = signedCrl();
+    must(KA_VerifyCert(issuer.data(), sizeOf(issuer), issuer.data(), sizeOf(issuer)) == KACERT_Ok, "a certificate");
+    must(KA_VerifyCrl(issuer.data(), sizeOf(issuer), crl.data(), sizeOf(crl)) == KACERT_Ok, "a CRL");
+    Octets pem(request.size() * 2 + 60);
+    uint32_t length = 0;
+    must(DER2PEM_data_format(request.data(), lengthOf(request), pem.data(), &length, "-----BEGIN-----",
+                             "-----END-----") == 0 &&
+             KA_VerifyCsr_Sign(pem.data(), static_cast<int32_t>(length)) == KACERT_Ok,
+         "a request");
+    objects.add({0}, issuer);
+    objects.add({1}, crl);
+    objects.add({2}, request);
+    objects.add({2}, Bytes(pem.data(), length));
+    objects.add({3}, issuer);
+}
+
+void addKeys(Folder keys) {
+    keys.add({0}, issuerPublicKey());
+    Octets numbers = {0x30, 27};
+    for (uint8_t i = 0; i < 9; ++i)
+        numbers.insert(numbers.end(), {0x02, 0x01, i});
+    keys.add({1}, numbers);
+}
+
 } // namespace
 
 int main(int count, char **arguments) {
@@ -294,5 +358,7 @@ int main(int count, char **arguments) {
     addPrograms(folder("cert_build"));
     addCrls(folder("crl"));
     addRequests(folder("csr"));
+    addSigned(folder("verify"));
+    addKeys(folder("keys"));
     return 0;
 }

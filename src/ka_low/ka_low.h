@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <span>
+#include <string.h>
 
 namespace karil {
 
@@ -47,7 +48,27 @@ template <class T> [[nodiscard]] T *create(const char *source, int line) {
 inline Bytes bytesOf(const Anybuf &record) {
     return {record.data, record.length};
 }
-bool equal(Bytes left, Bytes right);
+
+// The last octets first: object identifiers differ there.
+inline bool equal(Bytes left, Bytes right) {
+    return left.size() == right.size() &&
+           (left.empty() || (left.back() == right.back() && memcmp(left.data(), right.data(), left.size()) == 0));
+}
+
+// `form` of a record whose data is part of a block that its owner keeps, so that it is not freed with the record.
+constexpr uint32_t FormPart = 0x80000002;
+
+// Where the data of a heap node stands that has it in its own block. No allocator gives an odd address, so that data
+// in a block of its own is never taken for it.
+inline uint8_t *inlineData(Anybuf &node) {
+    return reinterpret_cast<uint8_t *>(&node + 1) + 1;
+}
+
+// All that frees the data of a record does it here.
+inline void freeData(Anybuf &record) {
+    if (record.data != nullptr && record.form != FormPart && record.data != inlineData(record))
+        KAPR_Free(record.data);
+}
 
 // Sets an embedded record to a copy of `value`, keeping its tag, and releases what stood there before.
 [[nodiscard]] Status replace(Anybuf &record, Bytes value);
@@ -55,16 +76,36 @@ bool equal(Bytes left, Bytes right);
 // Zeroes `size` octets in a way that the compiler keeps: for keys, passwords and what is derived from them.
 void wipe(void *block, size_t size);
 
+// Octets that are wiped where they go out of scope: digests, opened blocks, the numbers of keys.
+template <uint32_t Size> struct Secret {
+    uint8_t octets[Size] = {};
+
+    ~Secret() { wipe(octets, Size); }
+};
+
 // KI_ClearAnybuf for a record that holds a key: its bytes are wiped first.
 void clearSecret(Anybuf &record);
 
+// KI_FreeAnybuf for a chain that holds key octets: they are wiped first.
+void freeSecret(Anybuf *first);
+
+// Frees a record's data when it goes out of scope.
+struct Scratch {
+    Anybuf record = {};
+
+    Scratch() = default;
+    Scratch(const Scratch &) = delete;
+    Scratch &operator=(const Scratch &) = delete;
+    ~Scratch() { KI_ClearAnybuf(&record); }
+};
+
 // A chain that is being written. slot() is where the next writer puts its node, or chain of nodes.
-class Chain {
+template <auto Free> class ChainOf {
 public:
-    Chain() = default;
-    Chain(const Chain &) = delete;
-    Chain &operator=(const Chain &) = delete;
-    ~Chain() { KI_FreeAnybuf(first); }
+    ChainOf() = default;
+    ChainOf(const ChainOf &) = delete;
+    ChainOf &operator=(const ChainOf &) = delete;
+    ~ChainOf() { Free(first); }
 
     Anybuf **slot() {
         while (*tail != nullptr)
@@ -84,6 +125,8 @@ private:
     Anybuf *first = nullptr;
     Anybuf **tail = &first;
 };
+using Chain = ChainOf<KI_FreeAnybuf>;
+using SecretChain = ChainOf<freeSecret>; // of elements that hold key octets
 
 // Appends to a singly linked list whose link member is `Link`. `hint` is the last node, as far as its owner knows:
 // nodes that others hung behind it are passed, so that an append is O(1) and a stale hint does no harm.
