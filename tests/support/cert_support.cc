@@ -1,25 +1,55 @@
 #include "cert_support.h"
 
+#include <openssl/bio.h>
+#include <openssl/pem.h>
+
 #include <algorithm>
 
 namespace karil_test {
 
 namespace {
 
+struct FreeBio {
+    void operator()(BIO *bio) const { BIO_free(bio); }
+};
+
+std::vector<Octets> readBundle() {
+    std::vector<Octets> all;
+    const std::unique_ptr<BIO, FreeBio> file(BIO_new_file("/etc/ssl/certs/ca-certificates.crt", "r"));
+    char *name = nullptr;
+    char *header = nullptr;
+    uint8_t *data = nullptr;
+    long size = 0;
+    while (file != nullptr && PEM_read_bio(file.get(), &name, &header, &data, &size) == 1) {
+        all.emplace_back(data, data + size);
+        OPENSSL_free(name);
+        OPENSSL_free(header);
+        OPENSSL_free(data);
+    }
+    return all;
+}
+
+// A field under its name: a number, octets, or octets with their tag.
+struct Item {
+    Item(const char *itsName, int64_t number) : name(itsName), value(number == 0 ? "" : std::to_string(number)) {}
+    Item(const char *itsName, const Anybuf &record, bool isTagged = false)
+        : name(itsName), value(toHex(record)), isThere(record.data != nullptr) {
+        if (isTagged) value += '#' + std::to_string(record.tag);
+    }
+    std::string name;
+    std::string value;
+    bool isThere = !value.empty();
+};
+
 struct Dump {
     std::string all;
 
-    void add(const char *name, const std::string &value) {
-        all += (all.empty() ? "" : ", ") + std::string(name) + '=' + value;
+    void add(const std::string &name, const std::string &value) {
+        all += (all.empty() ? "" : ", ") + name + '=' + value;
     }
-    void put(const char *name, int64_t value) {
-        if (value != 0) add(name, std::to_string(value));
-    }
-    void put(const char *name, const Anybuf &record) {
-        if (record.data != nullptr) add(name, toHex(record));
-    }
-    void putTagged(const char *name, const Anybuf &record) {
-        if (record.data != nullptr) add(name, toHex(record) + '#' + std::to_string(record.tag));
+    void put(std::initializer_list<Item> items) {
+        for (const Item &item : items)
+            if (item.isThere) add(item.name, item.value);
     }
     void put(const char *name, const NameRecord &head) {
         for (const NameRecord *node = head.next; node != nullptr; node = node->next)
@@ -28,21 +58,17 @@ struct Dump {
                           std::to_string(node->value.tag));
     }
     void put(const char *name, const CertTime &time) {
-        if (time.isUtc != 0 || time.generalizedValue != 0 || time.utcValue != 0)
-            add(name, std::to_string(time.isUtc) + ':' + std::to_string(time.generalizedValue) + ':' +
-                          std::to_string(time.utcValue));
+        const std::string text = std::to_string(time.isUtc) + ':' + std::to_string(time.generalizedValue) + ':' +
+                                 std::to_string(time.utcValue);
+        if (text != "0:0:0") add(name, text);
     }
-    void put(const char *name, const GeneralNameRecord &names) {
-        const Octets flags(names.present, names.present + 8);
+    void put(const char *name, const GeneralNameRecord &n) {
+        const Octets flags(n.present, n.present + 8);
         if (flags != Octets(8)) add(name, toHex(flags));
-        put("kind", names.otherNameKind);
-        put("type", names.otherNameType);
-        put("other", names.otherNameValue);
-        put("mail", names.rfc822Name);
-        put("dns", names.dNSName);
-        put("directory", names.directoryName);
-        put("uri", names.uniformResourceIdentifier);
-        put("ip", names.iPAddress);
+        put({{"kind", n.otherNameKind}, {"type", n.otherNameType}, {"other", n.otherNameValue}});
+        put({{"mail", n.rfc822Name}, {"dns", n.dNSName}});
+        put("directory", n.directoryName);
+        put({{"uri", n.uniformResourceIdentifier}, {"ip", n.iPAddress}});
     }
 };
 
@@ -50,51 +76,36 @@ struct Dump {
 
 std::string dump(const CertExtensions &e) {
     Dump out;
-    out.put("aki", e.hasAuthorityKeyId);
-    out.put("aki.critical", e.authorityKeyId.critical);
-    out.put("aki.hasId", e.authorityKeyId.hasKeyId);
-    out.put("aki.id", e.authorityKeyId.keyId);
-    out.put("ski", e.hasSubjectKeyId);
-    out.put("ski.critical", e.subjectKeyId.critical);
-    out.put("ski.id", e.subjectKeyId.keyId);
-    out.put("ku", e.hasKeyUsage);
-    out.put("ku.critical", e.keyUsage.critical);
-    out.put("ku.bits", e.keyUsage.bits);
-    out.put("ku.unused", e.keyUsage.bits.unusedBits);
-    out.put("cp", e.hasCertPolicies);
-    out.put("cp.critical", e.certPolicy.critical);
+    out.put({{"aki", e.hasAuthorityKeyId}, {"aki.critical", e.authorityKeyId.critical}});
+    out.put({{"aki.hasId", e.authorityKeyId.hasKeyId}, {"aki.id", e.authorityKeyId.keyId}});
+    out.put({{"ski", e.hasSubjectKeyId}, {"ski.critical", e.subjectKeyId.critical}, {"ski.id", e.subjectKeyId.keyId}});
+    out.put({{"ku", e.hasKeyUsage}, {"ku.critical", e.keyUsage.critical}, {"ku.bits", e.keyUsage.bits}});
+    out.put({{"ku.unused", e.keyUsage.bits.unusedBits}, {"cp", e.hasCertPolicies}});
+    out.put({{"cp.critical", e.certPolicy.critical}});
     if (e.certPolicy.policy != nullptr) {
-        out.put("cp.oid", e.certPolicy.policy->oid);
+        out.put({{"cp.oid", e.certPolicy.policy->oid}});
         for (const auto *node = e.certPolicy.policy->cps; node != nullptr; node = node->next)
-            out.put(node->isCps == 1 ? "cps" : "no cps", node->uri);
+            out.put({{node->isCps == 1 ? "cps" : "no cps", node->uri}});
     }
-    out.put("san", e.hasSubjectAltName);
-    out.put("san.critical", e.subjectAltName.critical);
+    out.put({{"san", e.hasSubjectAltName}, {"san.critical", e.subjectAltName.critical}});
     out.put("san.names", e.subjectAltName.names);
-    out.put("ian", e.hasIssuerAltName);
-    out.put("ian.critical", e.issuerAltName.critical);
+    out.put({{"ian", e.hasIssuerAltName}, {"ian.critical", e.issuerAltName.critical}});
     out.put("ian.names", e.issuerAltName.names);
-    out.put("bc", e.hasBasicConstraints);
-    out.put("bc.critical", e.basicConstraints.critical);
-    out.put("bc.ca", e.basicConstraints.isCa);
-    out.put("bc.hasLen", e.basicConstraints.hasPathLen);
-    out.put("bc.len", e.basicConstraints.pathLen);
-    out.put("eku", e.hasExtKeyUsage);
-    out.put("eku.critical", e.extKeyUsage.critical);
-    out.put("eku.mask", e.extKeyUsage.mask);
+    const BasicConstraintsExtension &bc = e.basicConstraints;
+    out.put({{"bc", e.hasBasicConstraints}, {"bc.critical", bc.critical}, {"bc.ca", bc.isCa}});
+    out.put({{"bc.hasLen", bc.hasPathLen}, {"bc.len", bc.pathLen}});
+    out.put({{"eku", e.hasExtKeyUsage}, {"eku.critical", e.extKeyUsage.critical}, {"eku.mask", e.extKeyUsage.mask}});
     for (const auto *node = e.extKeyUsage.definedOids; node != nullptr; node = node->next)
-        out.put("eku.oid", node->dotted);
-    out.put("cdp", e.hasCrlDistPoints);
-    out.put("cdp.critical", e.crlDistPoints.critical);
+        out.put({{"eku.oid", node->dotted}});
+    out.put({{"cdp", e.hasCrlDistPoints}, {"cdp.critical", e.crlDistPoints.critical}});
     for (const auto *node = e.crlDistPoints.first; node != nullptr; node = node->next) {
         out.add("point", std::to_string(node->hasDistributionPoint) + std::to_string(node->hasFullName));
         out.put("full", node->fullName);
     }
-    out.put("aia", e.hasAuthorityInfo);
-    out.put("aia.critical", e.authorityInfo.critical);
+    out.put({{"aia", e.hasAuthorityInfo}, {"aia.critical", e.authorityInfo.critical}});
     for (const auto *node = e.authorityInfo.first; node != nullptr; node = node->next)
         out.add(node->method == 0x88 ? "ocsp" : node->method == 0x89 ? "issuers" : "unknown", toHex(node->location));
-    out.put("private", e.hasPrivate);
+    out.put({{"private", e.hasPrivate}});
     for (const auto *node = e.privateExtensions; node != nullptr; node = node->next)
         out.add("ext", std::to_string(node->id) + ':' + toHex(node->oid) + ':' + std::to_string(node->critical) + ':' +
                            toHex(node->value));
@@ -103,22 +114,16 @@ std::string dump(const CertExtensions &e) {
 
 std::string dump(const CertEncodeCtx &ctx) {
     Dump out;
-    out.put("marked", ctx.hasExtensions);
-    out.put("hasVersion", ctx.hasVersion);
-    out.put("version", ctx.version);
-    out.put("encoded", ctx.encoded.length);
-    out.putTagged("serial", ctx.serialNumber);
-    out.putTagged("inner", ctx.innerSignatureAlgorithm.oid);
-    out.putTagged("outer", ctx.outerSignatureAlgorithm.oid);
+    out.put({{"marked", ctx.hasExtensions}, {"hasVersion", ctx.hasVersion}, {"version", ctx.version}});
+    out.put({{"encoded", ctx.encoded.length}, {"serial", ctx.serialNumber, true}});
+    out.put({{"inner", ctx.innerSignatureAlgorithm.oid, true}, {"outer", ctx.outerSignatureAlgorithm.oid, true}});
     out.put("issuer", ctx.issuer);
     out.put("subject", ctx.subject);
-    out.put("issuerDer", ctx.issuerDer);
-    out.put("subjectDer", ctx.subjectDer);
+    out.put({{"issuerDer", ctx.issuerDer}, {"subjectDer", ctx.subjectDer}});
     out.put("from", ctx.notBefore);
     out.put("to", ctx.notAfter);
-    out.putTagged("algorithm", ctx.publicKeyAlgorithm.oid);
-    out.putTagged("key", ctx.publicKey);
-    out.putTagged("signature", ctx.signature);
+    out.put({{"algorithm", ctx.publicKeyAlgorithm.oid, true}, {"key", ctx.publicKey, true}});
+    out.put({{"signature", ctx.signature, true}});
     const std::string extensions = dump(ctx.extensions);
     return out.all + (extensions.empty() || out.all.empty() ? "" : ", ") + extensions;
 }
@@ -131,6 +136,11 @@ Octets &CertParts::operator[](std::string_view name) {
     const auto found = all.find(name);
     EXPECT_NE(found, all.end()) << "there is no part " << name;
     return found != all.end() ? *found->second : version;
+}
+
+const std::vector<Octets> &systemCertificates() {
+    static const std::vector<Octets> all = readBundle();
+    return all;
 }
 
 CertPtr filledCert() {

@@ -74,6 +74,16 @@ int32_t fixedSignature(const uint8_t *input, uint32_t inputLength, uint8_t *outp
 CertPtr filledCert();
 CertPtr decodedCert(const CertParts &parts);
 
+// The encoded certificate, or nothing where a call failed.
+inline Octets encoded(const CertPtr &ctx) {
+    uint32_t length = 0;
+    if (KACert_EncodeCert(ctx.get(), nullptr, &length) != KACERT_Ok) return {};
+    Octets der(length);
+    return KACert_EncodeCert(ctx.get(), der.data(), &length) == KACERT_Ok ? der : Octets();
+}
+// All of the ca-certificates package, in DER.
+const std::vector<Octets> &systemCertificates();
+
 // A step of a row on a context: "id=octets" or "int id=number". The status of the call.
 int32_t take(const CertPtr &ctx, const Row &row, const std::string &step);
 // Takes the steps of the column; all but the last must succeed. The status of the last.

@@ -3,6 +3,7 @@
 #include "der.h"
 
 #include <algorithm>
+#include <cctype>
 #include <fstream>
 #include <set>
 
@@ -41,7 +42,7 @@ struct OctetText {
     bool isGood = true;
 
     char peek() {
-        while (!rest.empty() && rest[0] == ' ') rest.remove_prefix(1);
+        rest.remove_prefix(std::min(rest.find_first_not_of(' '), rest.size()));
         return rest.empty() ? '\0' : rest[0];
     }
     bool take(char wanted) {
@@ -49,11 +50,15 @@ struct OctetText {
         rest.remove_prefix(1);
         return true;
     }
-    std::string_view takeWhile(const char *characters) {
-        const size_t size = std::min(rest.find_first_not_of(characters), rest.size());
+    std::string_view takeFirst(size_t size) {
         const std::string_view taken = rest.substr(0, size);
-        rest.remove_prefix(size);
+        rest.remove_prefix(taken.size());
         return taken;
+    }
+    std::string_view takeName() {
+        size_t size = 0;
+        while (size < rest.size() && std::isalnum(static_cast<unsigned char>(rest[size])) != 0) ++size;
+        return takeFirst(size);
     }
     Octets sequence(char end) {
         Octets all;
@@ -63,35 +68,29 @@ struct OctetText {
     }
     void one(Octets &all) {
         if (take('"')) {
-            const size_t size = rest.find('"');
-            isGood = size != rest.npos;
-            if (!isGood) return;
-            all = cat({all, text(rest.substr(0, size))});
-            rest.remove_prefix(size + 1);
+            const size_t end = rest.find('"');
+            isGood = end != rest.npos;
+            all = cat({all, text(takeFirst(end))});
+            takeFirst(1);
         } else if (take('(')) {
             const Octets unit = sequence(')');
-            isGood = isGood && take('*');
-            const std::string count(takeWhile("0123456789"));
-            isGood = isGood && !count.empty();
-            for (int i = isGood ? std::stoi(count) : 0; i > 0; --i) all.insert(all.end(), unit.begin(), unit.end());
+            isGood = isGood && take('*') && isNumber(peek());
+            for (int i = isGood ? std::stoi(std::string(takeName())) : 0; i > 0; --i) all = cat({all, unit});
         } else if (take('$')) {
-            const auto named = names.find(takeWhile("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"));
+            const auto named = names.find(takeName());
             isGood = named != names.end();
             if (isGood) all = cat({all, named->second});
-        } else if (take('{')) {
-            isGood = !all.empty();
-            if (!isGood) return;
+        } else if (!all.empty() && take('{')) {
             const uint8_t tag = all.back();
             all.pop_back();
             all = cat({all, tlv(tag, sequence('}'))});
         } else {
-            const std::string_view pair = rest.substr(0, 2);
+            const std::string pair(takeFirst(2));
             isGood = pair.size() == 2 && pair.find_first_not_of("0123456789ABCDEF") == pair.npos;
-            if (!isGood) return;
-            all.push_back(static_cast<uint8_t>(std::stoi(std::string(pair), nullptr, 16)));
-            rest.remove_prefix(2);
+            if (isGood) all.push_back(static_cast<uint8_t>(std::stoi(pair, nullptr, 16)));
         }
     }
+    static bool isNumber(char c) { return c >= '0' && c <= '9'; }
 };
 
 bool parseOctets(std::string_view octets, const Names &names, Octets &out) {
@@ -100,41 +99,36 @@ bool parseOctets(std::string_view octets, const Names &names, Octets &out) {
     return text.isGood;
 }
 
-using Sections = std::map<std::string, std::vector<Row>>;
-
 struct File {
-    Sections sections;
+    std::map<std::string, std::vector<Row>> sections;
     std::shared_ptr<Names> names = std::make_shared<Names>();
     std::string fault;
     std::string section;
     std::vector<std::string> columns;
 
-    void addHeader(const std::string &line, const std::string &place) {
+    bool addHeader(const std::string &line) {
         const size_t end = line.find(']');
-        section = line.substr(1, std::min(end, line.size()) - 1);
-        columns = split(end == line.npos ? "" : line.substr(end + 1), '|');
+        if (end == line.npos) return false;
+        section = line.substr(1, end - 1);
+        columns = split(line.substr(end + 1), '|');
         const std::set<std::string> different(columns.begin(), columns.end());
-        if (end == line.npos || different.count("") != 0 || different.size() != columns.size() ||
-            !sections.try_emplace(section).second)
-            fault += place + ": no header or a second one: " + line + '\n';
+        return different.count("") == 0 && different.size() == columns.size() && sections.try_emplace(section).second;
     }
-    void addName(const std::string &line, const std::string &place) {
+    bool addName(const std::string &line) {
         const size_t end = line.find('=');
         Octets octets;
-        if (end == line.npos || !parseOctets(std::string_view(line).substr(end + 1), *names, octets) ||
-            !names->emplace(trimmed(line.substr(1, end - 1)), octets).second)
-            fault += place + ": no name for octets or a second one: " + line + '\n';
+        return parseOctets(std::string_view(line).substr(end + 1), *names, octets) &&
+               names->emplace(trimmed(line.substr(1, end - 1)), octets).second;
     }
-    void addCases(const std::string &line, const std::string &place) {
+    bool addCases(const std::string &line, const std::string &place) {
         for (const std::string &one : split(line, ';')) {
             const std::vector<std::string> fields = split(one, '|');
-            Row row = {place + " " + one, {}, names, {}};
-            for (size_t i = 0; i < std::min(fields.size(), columns.size()); ++i) row.fields[columns[i]] = fields[i];
-            if (section.empty() || fields.size() != columns.size())
-                fault += place + ": " + std::to_string(columns.size()) + " fields are wanted: " + one + '\n';
-            else
-                sections[section].push_back(row);
+            if (section.empty() || fields.size() != columns.size()) return false;
+            Row row = {place + one, {}, names, {}};
+            for (size_t i = 0; i < fields.size(); ++i) row.fields[columns[i]] = fields[i];
+            sections[section].push_back(row);
         }
+        return true;
     }
 };
 
@@ -142,14 +136,13 @@ File readFile(const std::string &family, std::istream &stream) {
     File file;
     int number = 0;
     for (std::string line; std::getline(stream, line);) {
-        const std::string place = family + ".txt:" + std::to_string(++number);
+        const std::string place = family + ".txt:" + std::to_string(++number) + ' ';
         if (line.empty() || line[0] == '#') continue;
-        if (line[0] == '[')
-            file.addHeader(line, place);
-        else if (line[0] == '$' && line.find('=') < line.find('|'))
-            file.addName(line, place);
-        else
-            file.addCases(line, place);
+        const bool isName = line[0] == '$' && line.find('=') < line.find('|');
+        const bool isGood = line[0] == '[' ? file.addHeader(line)
+                            : isName       ? file.addName(line)
+                                           : file.addCases(line, place);
+        if (!isGood) file.fault += place + "cannot be taken: " + line + '\n';
     }
     if (file.sections.empty()) file.fault += family + ".txt is missing or empty\n";
     for (const auto &[name, rows] : file.sections)

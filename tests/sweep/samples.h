@@ -15,18 +15,9 @@ const std::vector<Setting> &everySetting();
 // The ids that KACert_GetCertAttributeChar answers.
 const std::vector<int32_t> &queries();
 
-inline Octets encoded(const CertPtr &ctx) {
-    uint32_t length = 0;
-    if (KACert_EncodeCert(ctx.get(), nullptr, &length) != KACERT_Ok) return {};
-    Octets der(length);
-    return KACert_EncodeCert(ctx.get(), der.data(), &length) == KACERT_Ok ? der : Octets();
-}
-
 Octets shortCertificate(); // what fillCert() sets
 Octets fullCertificate();  // every setting, and private extensions
-// All of the ca-certificates package, in DER.
-const std::vector<Octets> &systemCertificates();
-// These and the library's own.
+// Those of the system and the library's own.
 std::vector<Octets> allCertificates();
 
 } // namespace karil_test
