@@ -60,13 +60,15 @@ enum {
  *
  * A heap record comes from KAsn1_Low_CreateAnyBuf or from a DER writer or reader and is released with
  * KI_FreeAnybuf. An embedded record is a field of another record: it is prepared with KI_InitAnybuf and released
- * with KI_ClearAnybuf. The two kinds must not be mixed.
+ * with KI_ClearAnybuf. The two kinds must not be mixed. Data belongs to its record and goes with it: it need not be a
+ * block of its own, so it is not to be freed or moved to another record by hand.
  */
 typedef struct Anybuf {
-    uint8_t *data;       /* owned; a whole DER element, or the content octets of one that was read */
+    uint8_t *data;       /* a whole DER element, or the content octets of one that was read */
     uint32_t length;     /* octets at data */
     uint32_t unusedBits; /* of a BIT STRING (X.690 8.6); meaningful only where tag is 3 */
-    uint32_t form;       /* 2 in records of the DER engine, 0 elsewhere; nothing branches on it */
+    uint32_t form;       /* the library's own: 2 in records of the DER engine, 0 elsewhere, 0x80000002 where data is
+                            part of a larger block */
     uint32_t tag;        /* universal tags: the number (16 for SEQUENCE); context tags: the octet (0xA0) */
     struct Anybuf *next; /* next element of a chain, or null */
     struct Anybuf *prev; /* previous element of a chain that a reader made, or null */
@@ -126,9 +128,10 @@ KARIL_API void KI_ClearAnybuf(Anybuf *record);
 KARIL_API void KI_FreeAnybuf(Anybuf *first);
 
 /*
- * Copies one record: all fields as they stand and data into a new block, or null where the source has none. next
- * and prev still point at the source's neighbours. A previous data of `destination` is not freed: clear it first.
- * Returns 0; KACERT_MemoryErr, with `destination` left as it was; KACERT_InvalidParamErr if either is null.
+ * Copies one record: all fields as they stand and data into a new block, or null where the source has none; form
+ * becomes 2 where the source's data is part of a larger block. next and prev still point at the source's neighbours. A
+ * previous data of `destination` is not freed: clear it first. Returns 0; KACERT_MemoryErr, with `destination` left as
+ * it was; KACERT_InvalidParamErr if either is null.
  */
 KARIL_API int32_t KI_CopyAnybuf(Anybuf *destination, const Anybuf *source);
 

@@ -159,7 +159,8 @@ KARIL_SIZE_32(CertExtensions, 736);
 
 /*
  * A certificate, built or decoded. Made by KACert_CreateCertEncodeCtx or KACert_CreateCertDecodeCtx, and freed with
- * all it holds by the destroy function of either name. Every Anybuf is embedded and owns its data.
+ * all it holds by the destroy function of either name. Every Anybuf is embedded; those that decoding fills hold parts
+ * of the octets that the context keeps until it is destroyed.
  */
 typedef struct CertEncodeCtx {
     uint8_t hasVersion;
@@ -185,7 +186,7 @@ typedef struct CertEncodeCtx {
     Anybuf subjectDer; /* subject as a ready Name element */
     Anybuf issuerDer;  /* issuer as a ready Name element */
 
-    /* The library's own: where the lists above end, as far as it knows. */
+    /* The library's own. Where the lists above end, as far as it knows: */
     NameRecord *issuerLast;
     NameRecord *subjectLast;
     NameRecord *subjectAltLast;
@@ -195,8 +196,9 @@ typedef struct CertEncodeCtx {
     DistributionPointNode *crlDistPointsLast;
     AccessNode *authorityInfoLast;
     PrivateExtensionNode *privateExtensionsLast;
+    struct KeptOctets *kept; /* what was decoded; records hold parts of it */
 } CertEncodeCtx;
-KARIL_SIZE_32(CertEncodeCtx, 1320);
+KARIL_SIZE_32(CertEncodeCtx, 1324);
 
 /* The same record under the name that decoding uses. */
 typedef CertEncodeCtx CertDecodeCtx;

@@ -11,6 +11,8 @@
 #include "karil/crl.h"
 #include "karil/crypt.h"
 #include "karil/csr.h"
+#include "karil/dn_string.h"
+#include "karil/indefinite.h"
 #include "karil/key.h"
 #include "karil/name.h"
 #include "karil/oid.h"

@@ -29,7 +29,7 @@ enum {
 
 /*
  * One attribute of a distinguished name, in wire order. A name is reached through a head: a record embedded in its
- * owner of which only next is used. Each record, its oid.data and its value.data are blocks of their own.
+ * owner of which only next is used. Each record goes with its octets, which need not be blocks of their own.
  */
 typedef struct NameRecord {
     uint32_t id;             /* a number from above; 0 for any other attribute */

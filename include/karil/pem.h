@@ -1,6 +1,6 @@
 /*
- * karil: base64 (RFC 4648 4) and PEM text (RFC 7468). These functions answer 0 or -1 and know no label: header and
- * footer are whatever the caller says. A null pointer is -1.
+ * karil: base64 (RFC 4648 4) and PEM text (RFC 7468). The functions answer 0 or -1 and leave no trace; a call that
+ * fails leaves its outputs as they were.
  */
 #ifndef KARIL_PEM_H
 #define KARIL_PEM_H
@@ -12,38 +12,48 @@ extern "C" {
 #endif
 
 /*
- * Writes `length` octets at `data` as base64, in one line with a zero behind it. `data`: null only with length 0.
- * `text`: room for (length + 2) / 3 * 4 + 1 octets. Returns 0, or -1 for a null pointer or a length below 0.
+ * Writes `length` octets at `input` as base64 text in one line. `input`: null only with length 0. `output`: receives
+ * four characters for each three octets begun, padded with =, and a terminating zero: length * 4 / 3 + 4 octets
+ * always suffice. Returns 0, or -1 for a null pointer.
  */
-KARIL_API int32_t base64_encode(const uint8_t *data, int32_t length, char *text);
+KARIL_API int32_t base64_encode(const uint8_t *input, uint32_t length, uint8_t *output);
 
 /*
- * Reads base64 up to the zero that ends `text`. `data`: room for the text's length / 4 * 3 octets. `length`: receives
- * the octets written; untouched on failure. Departure from RFC 4648 3.3: four characters are taken at a time, and one
- * that is not of the alphabet leaves what its place held in the group before (at first the value 0), so that line ends
- * have to be removed first; "=" has the value 0 but at the end, where one or two shorten the last group.
- * Returns 0, or -1 where the characters do not come out in groups of four, and for a null pointer.
+ * Reads the zero-terminated base64 text `text`. `output`: receives the octets, three for each four characters less
+ * the padding; an empty text gives none. `outputLength`: receives their number. None may be null; `output` is not
+ * to overlap the text.
+ * Returns 0, or -1 for a number of characters that is no multiple of four, or above 32 bits, and for a null pointer.
+ * Departures from RFC 4648 3.3: nothing is refused for a character outside the alphabet. Such a character uses up
+ * its place in the group of four, and the group has there what the group before it had (A in the first group); line
+ * ends must therefore be taken out beforehand. One or two = at the end of the last group are its padding, a third is
+ * not counted; any other = has the value of A. Bits that the padding leaves over are not looked at.
  */
-KARIL_API int32_t base64_decode(const char *text, uint8_t *data, uint32_t *length);
+KARIL_API int32_t base64_decode(const char *text, uint8_t *output, uint32_t *outputLength);
 
 /*
- * Writes `length` octets at `der` as PEM: `header`, the base64 in lines of 64 characters, `footer`, each line with CR
- * LF behind it; an empty header or footer is left out. `pem`: room for all that: with n characters of base64, at most
- * n + n / 64 * 2 + 2, and the two strings with 2 each; no zero follows. `pemLength`: receives the octets written, 0
- * for length 0, untouched on failure. Returns 0, or -1 for a length below 0, a null pointer or want of memory.
+ * Writes `length` octets at `der` as PEM text: the header line, base64 in lines of 64 characters, the footer line.
+ * Every line ends in CR LF. `header`, `footer`: zero-terminated and written as they are, such as
+ * "-----BEGIN CERTIFICATE-----"; an empty one has no line. `output`: receives the text, which is not terminated and
+ * has strlen(header) + 2 + strlen(footer) + 2 + (length + 2) / 3 * 4 + (length + 47) / 48 * 2 octets. `outputLength`:
+ * receives their number.
+ * With length 0 only `*outputLength` is set, to 0, and the other pointers may be null; else none may be.
+ * Returns 0, or -1 for a null pointer, a text above 32 bits or a failed allocation.
  */
-KARIL_API int32_t DER2PEM_data_format(const uint8_t *der, int32_t length, uint8_t *pem, uint32_t *pemLength,
+KARIL_API int32_t DER2PEM_data_format(const uint8_t *der, uint32_t length, uint8_t *output, uint32_t *outputLength,
                                       const char *header, const char *footer);
 
 /*
- * Reads the first PEM block in `length` octets at `pem`. Where there is a hyphen, the block stands between two labels
- * of five hyphens on either side, which may say anything; where there is none, all is base64. CR and LF are left out,
- * any other octet is taken as base64_decode does. `der`: room for length / 4 * 3 octets. `derLength`: receives the
- * octets written, 0 for length 0, untouched on failure. Departure from RFC 7468 2: neither the labels nor the number
- * of hyphens are checked. Returns 0, or -1 for a label without end, text that does not come out in groups of four, a
- * length below 0, a null pointer or want of memory.
+ * Reads the first PEM block of `length` octets at `pem`. `output`: receives the octets, at most length / 4 * 3; it
+ * may be `pem`. `outputLength`: receives their number. With length 0 only `*outputLength` is set, to 0, and the other
+ * pointers may be null; else none may be.
+ * Text without a hyphen is base64 as a whole. Otherwise the first hyphen and the four octets behind it are passed
+ * over, then the same for the next hyphen: the label between them is not looked at, but must hold no hyphen. The body
+ * ends at the hyphen behind it, and nothing further is looked at. CR and LF in it are left out, a zero octet ends it,
+ * and the rest is read as base64_decode does.
+ * Returns 0, or -1 for a null pointer, a header or body whose hyphen is missing, a body that base64_decode refuses or
+ * a failed allocation.
  */
-KARIL_API int32_t PEM2DER_data_format(const uint8_t *pem, int32_t length, uint8_t *der, uint32_t *derLength);
+KARIL_API int32_t PEM2DER_data_format(const uint8_t *pem, uint32_t length, uint8_t *output, uint32_t *outputLength);
 
 #ifdef __cplusplus
 }

@@ -7,6 +7,8 @@
 
 #include "ka_low.h"
 
+struct KeptOctets;
+
 namespace karil {
 
 // Tag octets that the engine writes.
@@ -36,6 +38,7 @@ constexpr uint32_t NormalSet = 17;
 struct Element {
     uint32_t tag = 0;
     Bytes bytes;
+    bool isKept = false; // by the context that the element is decoded into, as are the elements inside
 
     bool present() const { return !bytes.empty(); }
     bool startsWith(uint8_t octet) const { return present() && bytes[0] == octet; }
@@ -50,13 +53,36 @@ inline Element elementOf(const Anybuf &source) {
     return {source.tag, bytesOf(source)};
 }
 
+// The size of an element that is all there and has, as most do, a tag of one octet and a length below 128; else 0.
+// This function and those of reader.cc alone compare an untrusted length with what is left.
+inline size_t shortSize(Bytes bytes) {
+    if (bytes.size() < 2 || (bytes[0] & 0x1F) == 0x1F || bytes[1] >= 0x80)
+        return 0;
+    const size_t size = bytes[1] + size_t{2};
+    return size <= bytes.size() ? size : 0;
+}
+
+// The normalised tag of one octet.
+inline uint32_t shortTag(uint8_t octet) {
+    return (octet & 0x80) != 0 ? octet : octet & 0x1Fu;
+}
+
 // The inner elements of one value. Every one of them was checked when the value was opened.
 struct Level {
     Bytes rest;
+    bool isKept = false;
 
     bool empty() const { return rest.empty(); }
     // The next element, or one without octets at the end.
-    Element take();
+    Element take() {
+        const size_t size = shortSize(rest);
+        if (size == 0)
+            return takeLong();
+        const Bytes whole = rest.first(size);
+        rest = rest.subspan(size);
+        return {shortTag(whole[0]), whole, isKept};
+    }
+    Element takeLong();
 };
 
 // An implicitly tagged value: a level where it is constructed, else its content.
@@ -67,9 +93,8 @@ struct Implicit {
     Element content;
 };
 
-// Takes the first element off `rest`, without opening it. `shortage`: the status where the octets do not suffice,
-// `words`: its trace words where the header is all there. On failure both are as they were. The functions of reader.cc
-// alone compare an untrusted length with what is left.
+// Takes the first element off `rest`, without opening it; isKept is false in `out`. `shortage`: the status where the
+// octets do not suffice, `words`: its trace words where the header is all there. On failure both are as they were.
 [[nodiscard]] Status next(Bytes &rest, Element &out, Status shortage, const char *words);
 
 // Opens a value of exactly the source's octets, with the rules of KAsn1_Low_ReadTagAndLength. `out` may be `source`.
@@ -78,6 +103,11 @@ struct Implicit {
 [[nodiscard]] Status readSequence(const Element &source, Level &out);
 [[nodiscard]] Status readSet(const Element &source, Level &out);
 [[nodiscard]] Status readImplicit(const Element &source, Implicit &out);
+// SEQUENCE { OBJECT IDENTIFIER, ... }: the identifier's content, and the fields behind it. `empty`: the status of a
+// SEQUENCE without fields, with its trace words.
+constexpr char NoObjectId[] = "------>KAsn1_ReadObjectId";
+[[nodiscard]] Status readTyped(const Element &source, Element &oid, Level &fields,
+                               Status empty = KACERT_InvalidParamErr, const char *words = NoObjectId);
 // What stands behind tag and length field, to the end of the source and not of the element.
 [[nodiscard]] Status behindHeader(Bytes source, Bytes &out);
 [[nodiscard]] Status readInteger(const Element &source, uint32_t &value);
@@ -98,11 +128,15 @@ struct LocalClock {
 constexpr uint32_t TimeLength = 13;
 [[nodiscard]] Status timeText(int32_t time, LocalClock &clock, uint8_t (&text)[TimeLength]);
 
-// Copies a borrowed value into an embedded record, as a reader and KI_CopyAnybuf would leave it there, and releases
-// what stood there before.
+// Copies an element into a block that lives as long as the owner of `kept`, for its records to hold parts of.
+[[nodiscard]] Status keep(KeptOctets *&kept, const Element &source, Element &out);
+void freeKept(KeptOctets *kept);
+
+// Sets an embedded record to a borrowed value, as a reader and KI_CopyAnybuf would leave it there, and releases what
+// stood there before. The octets are copied, unless they are kept.
 [[nodiscard]] Status store(Anybuf &record, const Element &value);
 
-// Copies a borrowed value into a heap node.
+// Copies a borrowed value into a heap node, also where it is kept.
 [[nodiscard]] Status newNode(const Element &value, Anybuf **out);
 
 // A heap node for an element of `size` content octets, with tag and length written; the caller fills `*position`.

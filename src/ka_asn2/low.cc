@@ -108,20 +108,20 @@ Status newElement(uint32_t tagOctet, uint64_t size, Anybuf **out, uint8_t **posi
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_Count_LengthOfSize");
     const uint32_t octets = KAsn1_Low_Count_LengthOfSize(static_cast<uint32_t>(size));
     const uint64_t total = 1 + octets + size;
-    if (total > UINT32_MAX)
+    const uint64_t block = sizeof(Anybuf) + 1 + total;
+    if (block > UINT32_MAX)
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_Count_LengthOfSize");
-    Anybuf *record = nullptr;
-    KA_STEP(KAsn1_Low_CreateAnyBuf, &record);
-    AnybufPtr node(record);
-    node->data = static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, static_cast<uint32_t>(total)));
-    if (node->data == nullptr)
+    auto *node = static_cast<Anybuf *>(KAPR_Malloc(KA_SOURCE, __LINE__, static_cast<uint32_t>(block)));
+    if (node == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
+    node->data = inlineData(*node);
+    node->form = 2;
     node->length = static_cast<uint32_t>(total);
     const auto tag = static_cast<uint8_t>(tagOctet);
     node->tag = (tag & 0x80) != 0 ? tag : tag & 0x1Fu;
     node->data[0] = tag;
     *position = writeLength(node->data + 1, static_cast<uint32_t>(size), octets);
-    *out = node.release();
+    *out = node;
     return KACERT_Ok;
 }
 

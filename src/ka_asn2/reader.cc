@@ -1,7 +1,5 @@
 #include "ka_asn2.h"
 
-#include <string.h>
-
 namespace karil {
 
 namespace {
@@ -17,13 +15,8 @@ struct Header {
     uint64_t contentEnd() const { return uint64_t{contentAt} + length; }
 };
 
-// Most elements have a tag of one octet and a length below 128.
-inline bool isShort(Bytes bytes) {
-    return bytes.size() >= 2 && (bytes[0] & 0x1F) != 0x1F && bytes[1] < 0x80;
-}
-
-inline uint32_t shortTag(uint8_t octet) {
-    return (octet & 0x80) != 0 ? octet : octet & 0x1Fu;
+inline bool hasShortTag(Bytes bytes, uint32_t tag) {
+    return !bytes.empty() && (bytes[0] & 0x1F) != 0x1F && shortTag(bytes[0]) == tag;
 }
 
 Status readTag(Bytes bytes, Status shortage, Header &out) {
@@ -49,10 +42,6 @@ Status readTag(Bytes bytes, Status shortage, Header &out) {
 }
 
 Status readHeader(Bytes bytes, Status shortage, Header &out) {
-    if (isShort(bytes)) {
-        out = {shortTag(bytes[0]), 1, 1, bytes[1], 2};
-        return KACERT_Ok;
-    }
     KA_PASS(readTag, bytes, shortage, out);
     const Bytes field = bytes.subspan(out.tagOctets);
     if (field.empty())
@@ -85,13 +74,45 @@ Status readHeader(Bytes bytes, Status shortage, Header &out) {
     return KACERT_Ok;
 }
 
-// The content of an element that fills `bytes` exactly.
-Status exactContent(Bytes bytes, const Header &header, const char *words, Bytes &content) {
+// Status and tag of an element that is opened.
+struct Opening {
+    Status status = KACERT_Ok;
+    uint32_t tag = 0;
+};
+
+Bytes openLong(Bytes bytes, const char *words, Opening &out) {
+    Header header;
+    out.status = readHeader(bytes, KACERT_LengthNotEqualErr, header);
+    if (out.status != KACERT_Ok)
+        return {};
     if (header.total() != bytes.size())
-        return KA_FAIL(KACERT_LengthNotEqualErr, words);
-    if (header.contentEnd() > bytes.size())
-        return KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_GetLengthInfo");
-    content = bytes.subspan(header.contentAt, header.length);
+        out.status = KA_FAIL(KACERT_LengthNotEqualErr, words);
+    else if (header.contentEnd() > bytes.size())
+        out.status = KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_GetLengthInfo");
+    if (out.status != KACERT_Ok)
+        return {};
+    out.tag = header.tag;
+    return bytes.subspan(header.contentAt, header.length);
+}
+
+// The content of an element that fills `bytes` exactly. `words`: of one that does not. It is the result, so that it
+// stays in registers: what is written to memory in parts and soon read as a whole makes the processor wait.
+inline Bytes open(Bytes bytes, const char *words, Opening &out) {
+    const size_t size = shortSize(bytes);
+    if (size == 0 || size != bytes.size())
+        return openLong(bytes, words, out);
+    out.tag = shortTag(bytes[0]);
+    return bytes.subspan(2);
+}
+
+Status nextLong(Bytes &rest, Element &out, Status shortage, const char *words) {
+    Header header;
+    KA_PASS(readHeader, rest, shortage, header);
+    if (header.total() > rest.size())
+        return KA_FAIL(shortage, words);
+    const auto total = static_cast<size_t>(header.total());
+    out = {header.tag, rest.first(total)};
+    rest = rest.subspan(total);
     return KACERT_Ok;
 }
 
@@ -99,7 +120,10 @@ Status exactContent(Bytes bytes, const Header &header, const char *words, Bytes 
 Status checkLevel(Bytes content, const char *words) {
     Element inner;
     while (!content.empty())
-        KA_PASS(next, content, inner, KACERT_InvalidLengthErr, words);
+        if (const size_t size = shortSize(content); size != 0)
+            content = content.subspan(size);
+        else
+            KA_PASS(nextLong, content, inner, KACERT_InvalidLengthErr, words);
     return KACERT_Ok;
 }
 
@@ -116,56 +140,51 @@ Status checkTag(Bytes bytes, uint32_t tag, const char *words) {
 }
 
 Status openLevel(const Element &source, uint32_t tag, const LevelWords &words, Level &out) {
-    Header header;
-    if (!isShort(source.bytes) || shortTag(source.bytes[0]) != tag)
+    if (!hasShortTag(source.bytes, tag))
         KA_PASS(checkTag, source.bytes, tag, words.tag);
-    KA_PASS(readHeader, source.bytes, KACERT_LengthNotEqualErr, header);
-    Bytes content;
-    KA_PASS(exactContent, source.bytes, header, "------>KACERT_LengthNotEqualErr", content);
+    Opening opening;
+    const Bytes content = open(source.bytes, "------>KACERT_LengthNotEqualErr", opening);
+    if (opening.status != KACERT_Ok)
+        return opening.status;
     KA_PASS(checkLevel, content, words.overrun);
     out.rest = content;
+    out.isKept = source.isKept;
     return KACERT_Ok;
 }
 
 } // namespace
 
 Status next(Bytes &rest, Element &out, Status shortage, const char *words) {
-    if (isShort(rest) && rest[1] + size_t{2} <= rest.size()) {
-        const size_t total = rest[1] + size_t{2};
-        out = {shortTag(rest[0]), rest.first(total)};
-        rest = rest.subspan(total);
-        return KACERT_Ok;
-    }
-    Header header;
-    KA_PASS(readHeader, rest, shortage, header);
-    if (header.total() > rest.size())
-        return KA_FAIL(shortage, words);
-    const auto total = static_cast<size_t>(header.total());
-    out = {header.tag, rest.first(total)};
-    rest = rest.subspan(total);
+    const size_t size = shortSize(rest);
+    if (size == 0)
+        return nextLong(rest, out, shortage, words);
+    out = {shortTag(rest[0]), rest.first(size)};
+    rest = rest.subspan(size);
     return KACERT_Ok;
 }
 
-Element Level::take() {
+Element Level::takeLong() {
     Element element;
-    if (rest.empty() || next(rest, element, KACERT_InvalidLengthErr, Overrun) != KACERT_Ok)
-        return {};
+    if (!rest.empty() && nextLong(rest, element, KACERT_InvalidLengthErr, Overrun) == KACERT_Ok)
+        element.isKept = isKept;
     return element;
 }
 
 Status readValue(const Element &source, Element &out) {
-    Header header;
-    KA_PASS(readHeader, source.bytes, KACERT_LengthNotEqualErr, header);
-    Bytes content;
-    KA_PASS(exactContent, source.bytes, header, "------>Length not Equal", content);
+    Opening opening;
+    Bytes content = open(source.bytes, "------>Length not Equal", opening);
+    if (opening.status != KACERT_Ok)
+        return opening.status;
     if (source.tag == TagBitString) {
         if (content.empty())
             return KA_FAIL(KACERT_InvalidLengthErr, "------>Length not Equal");
         content = content.subspan(1);
     }
-    if (header.tag == TagInteger && content.size() > 1 && content[0] == 0 && (content[1] & 0x80) != 0)
+    if (opening.tag == TagInteger && content.size() > 1 && content[0] == 0 && (content[1] & 0x80) != 0)
         content = content.subspan(1);
-    out = {header.tag, content};
+    out.tag = opening.tag;
+    out.bytes = content;
+    out.isKept = source.isKept;
     return KACERT_Ok;
 }
 
@@ -177,16 +196,25 @@ Status readSet(const Element &source, Level &out) {
     return openLevel(source, NormalSet, {"------>TAG != KA_DER_ID_SET", "------>lTotalLength != 0"}, out);
 }
 
-Status readImplicit(const Element &source, Implicit &out) {
-    Header header;
-    KA_PASS(readHeader, source.bytes, KACERT_LengthNotEqualErr, header);
-    Bytes content;
-    KA_PASS(exactContent, source.bytes, header, "------>KACERT_LengthNotEqualErr", content);
-    const bool constructed = (header.tag & 0x20) != 0;
-    if (constructed)
-        KA_PASS(checkLevel, content, Overrun);
-    out = {header.tag & 0x1F, constructed, {constructed ? content : Bytes{}}, {header.tag, content}};
+Status readTyped(const Element &source, Element &oid, Level &fields, Status empty, const char *words) {
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, source, fields);
+    if (fields.empty())
+        return KA_FAIL(empty, words);
+    KA_STEP_AS("------>KAsn1_ReadObjectId", readValue, fields.take(), oid);
     return KACERT_Ok;
+}
+
+Status readImplicit(const Element &source, Implicit &out) {
+    Opening opening;
+    const Bytes content = open(source.bytes, "------>KACERT_LengthNotEqualErr", opening);
+    if (opening.status != KACERT_Ok)
+        return opening.status;
+    out.number = opening.tag & 0x1F;
+    out.constructed = (opening.tag & 0x20) != 0;
+    out.content = {opening.tag, content, source.isKept};
+    out.level.rest = out.constructed ? content : Bytes{};
+    out.level.isKept = source.isKept;
+    return checkLevel(out.level.rest, Overrun);
 }
 
 Status behindHeader(Bytes source, Bytes &out) {
@@ -213,28 +241,6 @@ Status readBoolean(const Element &source, uint8_t &value) {
     if (!content.present())
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_ReadTagAndLength");
     value = content.bytes[0];
-    return KACERT_Ok;
-}
-
-Status newNode(const Element &value, Anybuf **out) {
-    Anybuf *record = nullptr;
-    KA_STEP(KAsn1_Low_CreateAnyBuf, &record);
-    AnybufPtr node(record);
-    KA_PASS(store, *node, value);
-    *out = node.release();
-    return KACERT_Ok;
-}
-
-Status store(Anybuf &record, const Element &value) {
-    Owned<uint8_t> data;
-    if (value.present()) {
-        data.reset(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, static_cast<uint32_t>(value.bytes.size()))));
-        if (data == nullptr)
-            return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-        memcpy(data.get(), value.bytes.data(), value.bytes.size());
-    }
-    KI_ClearAnybuf(&record);
-    record = {data.release(), static_cast<uint32_t>(value.bytes.size()), 0, 2, value.tag, nullptr, nullptr};
     return KACERT_Ok;
 }
 

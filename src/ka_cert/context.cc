@@ -3,21 +3,21 @@
 namespace karil {
 
 void clearNode(PolicyNode &node) {
-    KI_ClearAnybuf(&node.oid);
+    freeData(node.oid);
     freeList(node.cps);
 }
 
 namespace {
 
 void clearExtensions(CertExtensions &ext) {
-    KI_ClearAnybuf(&ext.authorityKeyId.keyId);
-    KI_ClearAnybuf(&ext.subjectKeyId.keyId);
-    KI_ClearAnybuf(&ext.keyUsage.bits);
+    freeData(ext.authorityKeyId.keyId);
+    freeData(ext.subjectKeyId.keyId);
+    freeData(ext.keyUsage.bits);
     const NodePtr<PolicyNode> policy(ext.certPolicy.policy);
-    clearGeneralNames(ext.subjectAltName.names);
-    clearGeneralNames(ext.issuerAltName.names);
-    KI_ClearAnybuf(&ext.basicConstraints.pathLen);
-    KI_ClearAnybuf(&ext.extKeyUsage.mask);
+    freeGeneralNames(ext.subjectAltName.names);
+    freeGeneralNames(ext.issuerAltName.names);
+    freeData(ext.basicConstraints.pathLen);
+    freeData(ext.extKeyUsage.mask);
     freeList(ext.extKeyUsage.definedOids);
     freeList(ext.crlDistPoints.first);
     freeList(ext.authorityInfo.first);
@@ -28,11 +28,12 @@ void clearContext(CertEncodeCtx &ctx) {
     for (Anybuf *field : {&ctx.encoded, &ctx.tbs, &ctx.outerSignatureAlgorithm.oid, &ctx.signature, &ctx.issuerText,
                           &ctx.subjectText, &ctx.serialNumber, &ctx.innerSignatureAlgorithm.oid,
                           &ctx.publicKeyAlgorithm.oid, &ctx.publicKey, &ctx.subjectDer, &ctx.issuerDer})
-        KI_ClearAnybuf(field);
+        freeData(*field);
     clearSecret(ctx.signKey);
     KI_FreeName(ctx.issuer.next);
     KI_FreeName(ctx.subject.next);
     clearExtensions(ctx.extensions);
+    freeKept(ctx.kept);
 }
 
 } // namespace

@@ -5,11 +5,8 @@ namespace karil {
 // AlgorithmIdentifier ::= SEQUENCE { algorithm OBJECT IDENTIFIER, parameters ANY OPTIONAL }
 Status readAlgorithm(const Element &element, AlgorithmRecord &out) {
     Level fields;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, element, fields);
-    if (fields.empty())
-        return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadObjectId");
     Element oid;
-    KA_STEP_AS("------>KAsn1_ReadObjectId", readValue, fields.take(), oid);
+    KA_PASS(readTyped, element, oid, fields);
     KA_STEP_AS("------>KI_CopyAlgorithm", store, out.oid, oid);
     out.id = 0;
     return KACERT_Ok;
@@ -84,11 +81,11 @@ Status readValidity(const Element &element, CertDecodeCtx &ctx) {
 
 // TBSCertificate ::= SEQUENCE { version [0] DEFAULT v1, serialNumber, signature, issuer, validity, subject,
 //                               subjectPublicKeyInfo, extensions [3] OPTIONAL }
-// It is read from the context's own copy: the octets given may be those that the copy replaces.
+// `tbs` is kept: the octets that a caller gave may be those that a record of the context loses.
 Status decodeTbs(const Element &tbs, CertDecodeCtx &ctx) {
     KA_STEP_AS("------>KI_CopyAnybuf", store, ctx.tbs, tbs);
     Level fields;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, elementOf(ctx.tbs), fields);
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, tbs, fields);
     if (fields.empty())
         return KACERT_Ok;
     KA_PASS(readVersionAndSerial, ctx, fields);
@@ -117,9 +114,10 @@ Status decodeCertificate(Bytes der, CertDecodeCtx &ctx) {
     Element whole;
     KA_STEP_AS("------>KAsn1_GetCertLength", next, der, whole, KACERT_LengthNotEqualErr,
                "------>KACERT_LengthNotEqualErr");
+    KA_STEP_AS("------>KI_CopyAnybuf", keep, ctx.kept, whole, whole);
     KA_STEP_AS("------>KI_CopyAnybuf", store, ctx.encoded, whole);
     Level parts;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, elementOf(ctx.encoded), parts);
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, whole, parts);
     if (parts.empty())
         return KACERT_Ok;
     KA_STEP_AS("------>KI_Cert_DecodeTBS", decodeTbs, parts.take(), ctx);
@@ -142,7 +140,7 @@ using namespace karil;
 
 int32_t KI_Cert_DecodeTBS(CertDecodeCtx *ctx, const Anybuf *tbs) {
     KA_FRAME("KI_Cert_DecodeTBS");
-    KA_PASS(decodePart, tbs, ctx, decodeTbs);
+    KA_PASS(decodeKept, tbs, ctx, decodeTbs);
     return KA_DONE();
 }
 

@@ -4,11 +4,8 @@ namespace karil {
 
 // Extension ::= SEQUENCE { extnID OBJECT IDENTIFIER, critical BOOLEAN DEFAULT FALSE, extnValue OCTET STRING }
 Status openOid(const Element &extension, Bytes own, Opened &out) {
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, extension, out.fields);
-    if (out.fields.empty())
-        return KA_FAIL(KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
     Element oid;
-    KA_STEP_AS("------>KAsn1_ReadObjectId", readValue, out.fields.take(), oid);
+    KA_PASS(readTyped, extension, oid, out.fields, KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
     if (out.fields.empty())
         return KA_FAIL(KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
     out.isOwn = equal(oid.bytes, own);
@@ -29,15 +26,9 @@ Status openValue(Opened &opened, Flag flag, uint8_t &critical, Status missing) {
 
 namespace {
 
-Status decodeBasicConstraints(const Element &extension, CertExtensions &block) {
+// The decoders are given an extension with their own object identifier, which was read, and with what stands behind.
+Status decodeBasicConstraints(Opened &opened, CertExtensions &block) {
     BasicConstraintsExtension &field = block.basicConstraints;
-    Level fields;
-    if (readSequence(extension, fields) != KACERT_Ok)
-        return KA_FAIL(KACERT_MemoryErr, "------>KAsn1_ReadSequence");
-    Opened opened;
-    KA_PASS(openOid, extension, OidBasicConstraints, opened);
-    if (!opened.isOwn)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>KACERT_InvalidParamErr");
     block.hasBasicConstraints = 1;
     KA_PASS(openValue, opened, Flag::ByTag, field.critical, KACERT_CertNotEndErr);
     if (!opened.value.present())
@@ -58,12 +49,8 @@ Status decodeBasicConstraints(const Element &extension, CertExtensions &block) {
 }
 
 // AuthorityKeyIdentifier ::= SEQUENCE { keyIdentifier [0], authorityCertIssuer [1], authorityCertSerialNumber [2] }
-Status decodeAuthorityKeyId(const Element &extension, CertExtensions &block) {
+Status decodeAuthorityKeyId(Opened &opened, CertExtensions &block) {
     AuthorityKeyIdExtension &field = block.authorityKeyId;
-    Opened opened;
-    KA_PASS(openOid, extension, OidAuthorityKeyId, opened);
-    if (!opened.isOwn)
-        return KACERT_Ok;
     block.hasAuthorityKeyId = 1;
     KA_PASS(openValue, opened, Flag::ByTag, field.critical, KACERT_CertNotEndErr);
     if (!opened.value.present())
@@ -83,12 +70,8 @@ Status decodeAuthorityKeyId(const Element &extension, CertExtensions &block) {
     return KACERT_Ok;
 }
 
-Status decodeSubjectKeyId(const Element &extension, CertExtensions &block) {
+Status decodeSubjectKeyId(Opened &opened, CertExtensions &block) {
     SubjectKeyIdExtension &field = block.subjectKeyId;
-    Opened opened;
-    KA_PASS(openOid, extension, OidSubjectKeyId, opened);
-    if (!opened.isOwn)
-        return KACERT_Ok;
     block.hasSubjectKeyId = 1;
     KA_PASS(openValue, opened, Flag::ByTag, field.critical, KACERT_InvalidParamErr);
     Element keyId;
@@ -97,12 +80,8 @@ Status decodeSubjectKeyId(const Element &extension, CertExtensions &block) {
     return KACERT_Ok;
 }
 
-Status decodeKeyUsage(const Element &extension, CertExtensions &block) {
+Status decodeKeyUsage(Opened &opened, CertExtensions &block) {
     KeyUsageExtension &field = block.keyUsage;
-    Opened opened;
-    KA_PASS(openOid, extension, OidKeyUsage, opened);
-    if (!opened.isOwn)
-        return KACERT_Ok;
     block.hasKeyUsage = 1;
     KA_PASS(openValue, opened, Flag::ByTag, field.critical, KACERT_CertNotEndErr);
     // The value comes out of an OCTET STRING, so its tag is not that of a BIT STRING: the reader keeps the
@@ -128,17 +107,11 @@ void storeMask(Anybuf &field, uint32_t mask) {
         KA_TRACE("------>KI_SetAttributeCharValue");
 }
 
-Status decodeExtKeyUsage(const Element &extension, CertExtensions &block) {
+Status decodeExtKeyUsage(Opened &opened, CertExtensions &block) {
     ExtKeyUsageExtension &field = block.extKeyUsage;
-    Opened opened;
-    KA_PASS(openOid, extension, OidExtKeyUsage, opened);
-    uint32_t mask = 0;
-    if (!opened.isOwn) {
-        storeMask(field.mask, mask);
-        return KACERT_Ok;
-    }
     block.hasExtKeyUsage = 1;
     KA_PASS(openValue, opened, Flag::ByTag, field.critical, KACERT_CertNotEndErr);
+    uint32_t mask = 0;
     Level usages;
     KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, opened.value, usages);
     while (!usages.empty()) {
@@ -171,12 +144,8 @@ Status readDistributionPoint(const Element &point, DistributionPointNode &node) 
     return KACERT_Ok;
 }
 
-Status decodeCrlDistPoints(const Element &extension, CertExtensions &block) {
+Status decodeCrlDistPoints(Opened &opened, CertExtensions &block) {
     CrlDistPointsExtension &field = block.crlDistPoints;
-    Opened opened;
-    KA_PASS(openOid, extension, OidCrlDistPoints, opened);
-    if (!opened.isOwn)
-        return KACERT_Ok;
     block.hasCrlDistPoints = 1;
     KA_PASS(openValue, opened, Flag::ByTag, field.critical, KACERT_CertNotEndErr);
     Level points;
@@ -195,11 +164,7 @@ Status decodeCrlDistPoints(const Element &extension, CertExtensions &block) {
     return KACERT_Ok;
 }
 
-Status decodeAltName(const Element &extension, Bytes oid, uint8_t &flag, AltNameExtension &field) {
-    Opened opened;
-    KA_PASS(openOid, extension, oid, opened);
-    if (!opened.isOwn)
-        return KACERT_Ok;
+Status decodeAltName(Opened &opened, uint8_t &flag, AltNameExtension &field) {
     flag = 1;
     KA_PASS(openValue, opened, Flag::BySuccessor, field.critical, KACERT_CertNotEndErr);
     if (decodeGeneralNames(opened.value, field.names, flag) != KACERT_Ok)
@@ -207,21 +172,18 @@ Status decodeAltName(const Element &extension, Bytes oid, uint8_t &flag, AltName
     return KACERT_Ok;
 }
 
-Status decodeSubjectAltName(const Element &extension, CertExtensions &block) {
-    return decodeAltName(extension, OidSubjectAltName, block.hasSubjectAltName, block.subjectAltName);
+Status decodeSubjectAltName(Opened &opened, CertExtensions &block) {
+    return decodeAltName(opened, block.hasSubjectAltName, block.subjectAltName);
 }
 
-Status decodeIssuerAltName(const Element &extension, CertExtensions &block) {
-    return decodeAltName(extension, OidIssuerAltName, block.hasIssuerAltName, block.issuerAltName);
+Status decodeIssuerAltName(Opened &opened, CertExtensions &block) {
+    return decodeAltName(opened, block.hasIssuerAltName, block.issuerAltName);
 }
 
 Status readPrivate(const Element &extension, PrivateExtensionNode &node) {
     Level fields;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, extension, fields);
-    if (fields.empty())
-        return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadObjectId");
     Element oid;
-    KA_STEP_AS("------>KAsn1_ReadObjectId", readValue, fields.take(), oid);
+    KA_PASS(readTyped, extension, oid, fields);
     KA_STEP_AS("------>KI_CopyAlgorithm", store, node.oid, oid);
     Element field = fields.take();
     if (field.startsWith(TagBoolean)) {
@@ -246,10 +208,12 @@ Status decodePrivate(const Element &extension, CertExtensions &block, PrivateExt
     return KACERT_Ok;
 }
 
+using Decode = Status (*)(Opened &opened, CertExtensions &block);
+
 struct KnownExtension {
     Bytes oid;
     uint8_t CertExtensions::*flag;
-    Status (*decode)(const Element &, CertExtensions &);
+    Decode decode;
     const char *words;
 };
 constexpr KnownExtension Known[] = {
@@ -276,18 +240,46 @@ const KnownExtension *knownExtension(Bytes oid) {
     return nullptr;
 }
 
+Status decodeKnown(Decode decode, Opened &opened, CertExtensions &block) {
+    if (opened.fields.empty())
+        return KA_FAIL(KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
+    return decode(opened, block);
+}
+
 Status decodeOne(const Element &extension, CertExtensions &block, PrivateExtensionNode *&last) {
-    Level fields;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, extension, fields);
-    if (fields.empty())
-        return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadObjectId");
+    Opened opened;
     Element oid;
-    KA_STEP_AS("------>KAsn1_ReadObjectId", readValue, fields.take(), oid);
+    KA_PASS(readTyped, extension, oid, opened.fields);
     const KnownExtension *known = knownExtension(oid.bytes);
     if (known == nullptr)
         KA_STEP_AS("------>KI_Cert_DecodeExtension_Private", decodePrivate, extension, block, last);
     else if (block.*known->flag == 0)
-        KA_STEP_AS(known->words, known->decode, extension, block);
+        KA_STEP_AS(known->words, decodeKnown, known->decode, opened, block);
+    return KACERT_Ok;
+}
+
+// One extension by itself. Most leave another one alone.
+template <const auto &Oid, Decode Own> Status decodeSingle(const Element &extension, CertExtensions &block) {
+    Opened opened;
+    KA_PASS(openOid, extension, Oid, opened);
+    return opened.isOwn ? Own(opened, block) : KACERT_Ok;
+}
+
+Status decodeSingleBasicConstraints(const Element &extension, CertExtensions &block) {
+    Opened opened;
+    if (readSequence(extension, opened.fields) != KACERT_Ok)
+        return KA_FAIL(KACERT_MemoryErr, "------>KAsn1_ReadSequence");
+    KA_PASS(openOid, extension, OidBasicConstraints, opened);
+    return opened.isOwn ? decodeBasicConstraints(opened, block)
+                        : KA_FAIL(KACERT_InvalidParamErr, "------>KACERT_InvalidParamErr");
+}
+
+Status decodeSingleExtKeyUsage(const Element &extension, CertExtensions &block) {
+    Opened opened;
+    KA_PASS(openOid, extension, OidExtKeyUsage, opened);
+    if (opened.isOwn)
+        return decodeExtKeyUsage(opened, block);
+    storeMask(block.extKeyUsage.mask, 0);
     return KACERT_Ok;
 }
 
@@ -334,11 +326,11 @@ int32_t KI_Cert_DecodeExtension_Private(const Anybuf *extension, CertExtensions 
         return KA_DONE();                                                                                              \
     }
 
-KA_EXTENSION(KI_Cert_DecodeExtension_BasicConstraint, decodeBasicConstraints)
-KA_EXTENSION(KI_Cert_DecodeExtension_AuthorityKeyIdentifyer, decodeAuthorityKeyId)
-KA_EXTENSION(KI_Cert_DecodeExtension_SubjectKeyIdentifier, decodeSubjectKeyId)
-KA_EXTENSION(KI_Cert_DecodeExtension_KeyUsage, decodeKeyUsage)
-KA_EXTENSION(KI_Cert_DecodeExtension_ExtKeyUsage, decodeExtKeyUsage)
-KA_EXTENSION(KI_Cert_DecodeExtension_CrlDistributionPoint, decodeCrlDistPoints)
-KA_EXTENSION(KI_Cert_DecodeExtension_SubjectAltName, decodeSubjectAltName)
-KA_EXTENSION(KI_Cert_DecodeExtension_IssuerAltName, decodeIssuerAltName)
+KA_EXTENSION(KI_Cert_DecodeExtension_BasicConstraint, decodeSingleBasicConstraints)
+KA_EXTENSION(KI_Cert_DecodeExtension_AuthorityKeyIdentifyer, (decodeSingle<OidAuthorityKeyId, decodeAuthorityKeyId>))
+KA_EXTENSION(KI_Cert_DecodeExtension_SubjectKeyIdentifier, (decodeSingle<OidSubjectKeyId, decodeSubjectKeyId>))
+KA_EXTENSION(KI_Cert_DecodeExtension_KeyUsage, (decodeSingle<OidKeyUsage, decodeKeyUsage>))
+KA_EXTENSION(KI_Cert_DecodeExtension_ExtKeyUsage, decodeSingleExtKeyUsage)
+KA_EXTENSION(KI_Cert_DecodeExtension_CrlDistributionPoint, (decodeSingle<OidCrlDistPoints, decodeCrlDistPoints>))
+KA_EXTENSION(KI_Cert_DecodeExtension_SubjectAltName, (decodeSingle<OidSubjectAltName, decodeSubjectAltName>))
+KA_EXTENSION(KI_Cert_DecodeExtension_IssuerAltName, (decodeSingle<OidIssuerAltName, decodeIssuerAltName>))

@@ -1,12 +1,6 @@
 #include "ka_low.h"
 
-#include <string.h>
-
 namespace karil {
-
-bool equal(Bytes left, Bytes right) {
-    return left.size() == right.size() && (left.empty() || memcmp(left.data(), right.data(), left.size()) == 0);
-}
 
 Status replace(Anybuf &record, Bytes value) {
     Anybuf fresh = {};
@@ -57,14 +51,14 @@ Anybuf *KI_InitAnybuf(Anybuf *record) {
 void KI_ClearAnybuf(Anybuf *record) {
     if (record == nullptr)
         return;
-    KAPR_Free(record->data);
+    freeData(*record);
     *record = Anybuf{};
 }
 
 void KI_FreeAnybuf(Anybuf *first) {
     while (first != nullptr) {
         Anybuf *next = first->next;
-        KAPR_Free(first->data);
+        freeData(*first);
         KAPR_Free(first);
         first = next;
     }
@@ -82,6 +76,8 @@ int32_t KI_CopyAnybuf(Anybuf *destination, const Anybuf *source) {
     }
     *destination = *source;
     destination->data = data;
+    if (source->form == FormPart)
+        destination->form = 2;
     return KACERT_Ok;
 }
 

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <span>
+#include <string.h>
 
 namespace karil {
 
@@ -47,7 +48,27 @@ template <class T> [[nodiscard]] T *create(const char *source, int line) {
 inline Bytes bytesOf(const Anybuf &record) {
     return {record.data, record.length};
 }
-bool equal(Bytes left, Bytes right);
+
+// The last octets first: object identifiers differ there.
+inline bool equal(Bytes left, Bytes right) {
+    return left.size() == right.size() &&
+           (left.empty() || (left.back() == right.back() && memcmp(left.data(), right.data(), left.size()) == 0));
+}
+
+// `form` of a record whose data is part of a block that its owner keeps, so that it is not freed with the record.
+constexpr uint32_t FormPart = 0x80000002;
+
+// Where the data of a heap node stands that has it in its own block. No allocator gives an odd address, so that data
+// in a block of its own is never taken for it.
+inline uint8_t *inlineData(Anybuf &node) {
+    return reinterpret_cast<uint8_t *>(&node + 1) + 1;
+}
+
+// All that frees the data of a record does it here.
+inline void freeData(Anybuf &record) {
+    if (record.data != nullptr && record.form != FormPart && record.data != inlineData(record))
+        KAPR_Free(record.data);
+}
 
 // Sets an embedded record to a copy of `value`, keeping its tag, and releases what stood there before.
 [[nodiscard]] Status replace(Anybuf &record, Bytes value);

@@ -38,7 +38,7 @@ Status writeKind(Anybuf &value, Tag tag, int32_t (*write)(const Anybuf *, Anybuf
 
 Status writeBmp(const Anybuf &value, Anybuf **out) {
     Scratch bmp;
-    KA_STEP_AS("------>KI_Chinese2BmpString", convertText, KI_Chinese2BmpString, bytesOf(value), TagBmpString,
+    KA_STEP_AS("------>KI_Chinese2BmpString", convertText, KI_Chinese2BmpString, elementOf(value), TagBmpString,
                bmp.record);
     return KAsn1_WritePrintableString(&bmp.record, out);
 }
@@ -171,13 +171,12 @@ Status decodeGeneralNames(const Element &source, GeneralNameRecord &names, uint8
     return KACERT_Ok;
 }
 
-void clearGeneralNames(GeneralNameRecord &names) {
-    KI_ClearAnybuf(&names.otherNameType);
-    KI_ClearAnybuf(&names.otherNameValue);
+void freeGeneralNames(GeneralNameRecord &names) {
+    freeData(names.otherNameType);
+    freeData(names.otherNameValue);
     for (const Slot &slot : Slots)
-        KI_ClearAnybuf(&(names.*slot.field));
+        freeData(names.*slot.field);
     KI_FreeName(names.directoryName.next);
-    names = {};
 }
 
 } // namespace karil

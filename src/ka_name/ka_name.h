@@ -31,13 +31,15 @@ const NameRecord *findName(const NameRecord &head, uint32_t kind);
 
 [[nodiscard]] Status decodeName(const Element &source, NameRecord &head);
 [[nodiscard]] Status decodeGeneralNames(const Element &source, GeneralNameRecord &names, uint8_t &found);
-void clearGeneralNames(GeneralNameRecord &names);
+// Frees what the slots hold, for a record that goes itself.
+void freeGeneralNames(GeneralNameRecord &names);
 
 // An IA5String, with its tag replaced by [number] IMPLICIT.
 [[nodiscard]] Status writeTaggedIa5(const Anybuf &text, uint32_t number, Anybuf **out);
 
-// Runs one of the conversions of text.h. The result replaces what stood in `out`, with the tag given.
+// Runs one of the conversions of text.h. The result replaces what stood in `out`, with the tag given; it is the text
+// itself where that is kept and the conversion leaves it as it is.
 using Conversion = int32_t (*)(const uint8_t *, int32_t, uint8_t *, uint32_t *);
-[[nodiscard]] Status convertText(Conversion convert, Bytes text, uint32_t tag, Anybuf &out);
+[[nodiscard]] Status convertText(Conversion convert, const Element &text, uint32_t tag, Anybuf &out);
 
 } // namespace karil

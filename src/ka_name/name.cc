@@ -6,8 +6,6 @@ namespace karil {
 
 namespace {
 
-using NamePtr = std::unique_ptr<NameRecord, By<KI_FreeName>>;
-
 // The characters of PrintableString (X.680 41.4).
 bool isPrintable(uint8_t c) {
     if ((c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9'))
@@ -36,7 +34,7 @@ Status writeAttributeValue(NameRecord &record, Anybuf **out) {
         return KAsn1_WritePrintableString(&record.value, out);
     }
     Scratch bmp;
-    KA_STEP_AS("------>KI_Chinese2BmpString", convertText, KI_Chinese2BmpString, bytesOf(record.value), TagBmpString,
+    KA_STEP_AS("------>KI_Chinese2BmpString", convertText, KI_Chinese2BmpString, elementOf(record.value), TagBmpString,
                bmp.record);
     return KAsn1_WritePrintableString(&bmp.record, out);
 }
@@ -61,13 +59,11 @@ Status readAttributeValue(const Element &element, Anybuf &value) {
     switch (tag) {
     case TagBmpString:
         KA_STEP_AS("------>KAsn1_ReadPrintableString", readValue, element, content);
-        KA_STEP_AS("------>KI_BmpString2Chinese", convertText, KI_BmpString2Chinese, content.bytes, TagBmpString,
-                   value);
+        KA_STEP_AS("------>KI_BmpString2Chinese", convertText, KI_BmpString2Chinese, content, TagBmpString, value);
         return KACERT_Ok;
     case TagUtf8String:
         KA_STEP_AS("------>KAsn1_ReadUTF8String", readValue, element, content);
-        KA_STEP_AS("------>KI_UTF8String2Chinese", convertText, KI_UTF8String2Chinese, content.bytes, TagBmpString,
-                   value);
+        KA_STEP_AS("------>KI_UTF8String2Chinese", convertText, KI_UTF8String2Chinese, content, TagBmpString, value);
         return KACERT_Ok;
     case TagIa5String:
         KA_STEP_AS("------>KAsn1_ReadIa5String", readValue, element, content);
@@ -87,28 +83,40 @@ Status readRdn(const Element &rdn, NameRecord &record) {
     if (attributes.empty())
         return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadSequence");
     Level fields;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, attributes.take(), fields);
-    if (fields.empty())
-        return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadObjectId");
     Element type;
-    KA_STEP_AS("------>KAsn1_ReadObjectId", readValue, fields.take(), type);
+    KA_PASS(readTyped, attributes.take(), type, fields);
     KA_STEP_AS("------>KI_CopyAnybuf", store, record.oid, type);
     const NameAttribute *attribute = attributeOfOid(type.bytes);
     record.id = attribute != nullptr ? attribute->kind : 0;
     return readAttributeValue(fields.take(), record.value);
 }
 
+// Copies octets to `at`, which is in a block that the record's owner keeps. Gives where they end.
+uint8_t *placePart(Anybuf &record, Bytes value, uint8_t *at) {
+    if (!value.empty())
+        memcpy(at, value.data(), value.size());
+    record.data = at;
+    record.length = static_cast<uint32_t>(value.size());
+    record.form = FormPart;
+    return at + value.size();
+}
+
 } // namespace
 
 Status appendName(NameRecord &head, NameRecord *&hint, uint32_t kind, Bytes value) {
-    NamePtr record(KA_CREATE(NameRecord));
+    const Bytes oid = attributeOfKind(kind)->oid;
+    const uint64_t size = uint64_t{sizeof(NameRecord)} + oid.size() + value.size();
+    if (size > UINT32_MAX)
+        return KA_FAIL(KACERT_InvalidLengthErr, "------>KAPR_Malloc");
+    auto *record = static_cast<NameRecord *>(KAPR_Malloc(KA_SOURCE, __LINE__, static_cast<uint32_t>(size)));
     if (record == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
     record->id = kind;
+    auto *behind = reinterpret_cast<uint8_t *>(record + 1);
+    behind = placePart(record->oid, oid, behind);
+    placePart(record->value, value, behind);
     record->value.tag = TagPrintableString;
-    KA_PASS(replace, record->oid, attributeOfKind(kind)->oid);
-    KA_PASS(replace, record->value, value);
-    append<&NameRecord::next>(head.next, hint, record.release());
+    append<&NameRecord::next>(head.next, hint, record);
     return KACERT_Ok;
 }
 
@@ -160,8 +168,8 @@ int32_t KI_DecodeIssuerSubject(const Anybuf *source, NameRecord *head) {
 void KI_FreeName(NameRecord *first) {
     while (first != nullptr) {
         NameRecord *next = first->next;
-        KAPR_Free(first->oid.data);
-        KAPR_Free(first->value.data);
+        freeData(first->oid);
+        freeData(first->value);
         KAPR_Free(first);
         first = next;
     }

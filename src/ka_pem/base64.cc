@@ -1,80 +1,94 @@
 #include "ka_pem.h"
 
-#include <string.h>
+#include <array>
 
 namespace karil {
 
 namespace {
 
 constexpr char Alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-constexpr uint8_t NoCharacter = 0xFF;
-constexpr uint8_t Padding = 0x80; // with the value 0 in the lower bits
+constexpr uint8_t Pad = 0x40;
+constexpr uint8_t Unknown = 0x80;
 
-struct Values {
-    uint8_t of[256];
-};
-constexpr Values makeValues() {
-    Values values = {};
-    for (uint8_t &value : values.of)
-        value = NoCharacter;
-    for (uint8_t i = 0; i < 64; ++i)
-        values.of[static_cast<uint8_t>(Alphabet[i])] = i;
-    values.of[static_cast<uint8_t>('=')] = Padding;
+// The value of each character.
+constexpr auto Values = [] {
+    std::array<uint8_t, 256> values = {};
+    values.fill(Unknown);
+    for (uint8_t value = 0; value < 64; ++value)
+        values[static_cast<uint8_t>(Alphabet[value])] = value;
+    values['='] = Pad;
     return values;
+}();
+
+// Four characters' values. A character that has none leaves what stood in its place.
+struct Group {
+    uint8_t values[4] = {};
+
+    void take(const uint8_t *text) {
+        for (size_t i = 0; i < 4; ++i) {
+            const uint8_t value = Values[text[i]];
+            values[i] = value == Unknown ? values[i] : value;
+        }
+    }
+    uint32_t padding() const { return values[3] != Pad ? 0 : values[2] != Pad ? 1 : 2; }
+    void put(uint8_t *output, uint32_t size) const {
+        const uint32_t bits =
+            (values[0] & 63u) << 18 | (values[1] & 63u) << 12 | (values[2] & 63u) << 6 | (values[3] & 63u);
+        for (uint32_t i = 0; i < size; ++i)
+            output[i] = static_cast<uint8_t>(bits >> (16 - 8 * i));
+    }
+};
+
+void encodeGroup(uint32_t bits, uint8_t *output) {
+    for (uint32_t i = 0; i < 4; ++i)
+        output[i] = static_cast<uint8_t>(Alphabet[bits >> (18 - 6 * i) & 63]);
 }
-constexpr Values CharacterValues = makeValues();
+
+uint8_t *encodeRest(Bytes rest, uint8_t *output) {
+    if (rest.empty())
+        return output;
+    encodeGroup(uint32_t{rest[0]} << 16 | (rest.size() > 1 ? uint32_t{rest[1]} << 8 : 0), output);
+    memset(output + 1 + rest.size(), '=', 3 - rest.size());
+    return output + 4;
+}
 
 } // namespace
 
-void writeBase64(Bytes octets, uint8_t *text) {
-    while (!octets.empty()) {
-        const size_t count = octets.size() < 3 ? octets.size() : 3;
-        uint32_t word = uint32_t{octets[0]} << 16;
-        if (count > 1)
-            word |= uint32_t{octets[1]} << 8;
-        if (count > 2)
-            word |= octets[2];
-        for (size_t i = 0; i < 4; ++i)
-            *text++ = static_cast<uint8_t>(i > count ? '=' : Alphabet[word >> (18 - 6 * i) & 0x3F]);
-        octets = octets.subspan(count);
+Status decodeBase64(Bytes text, uint8_t *output, uint32_t *outputLength) {
+    if (text.size() % 4 != 0 || text.size() / 4 > UINT32_MAX / 3)
+        return Refused;
+    Group group;
+    uint8_t *at = output;
+    for (; text.size() > 4; text = text.subspan(4), at += 3) {
+        group.take(text.data());
+        group.put(at, 3);
     }
-}
-
-bool readBase64(Bytes text, uint8_t *octets, uint32_t &size) {
-    if (text.size() % 4 != 0)
-        return false;
-    uint8_t group[4] = {};
-    uint8_t *at = octets;
-    for (; !text.empty(); text = text.subspan(4)) {
-        for (size_t i = 0; i < 4; ++i)
-            if (const uint8_t value = CharacterValues.of[text[i]]; value != NoCharacter)
-                group[i] = value;
-        const uint32_t word =
-            (group[0] & 0x3Fu) << 18 | (group[1] & 0x3Fu) << 12 | (group[2] & 0x3Fu) << 6 | (group[3] & 0x3Fu);
-        const bool isLast = text.size() == 4;
-        const size_t padding = !isLast || group[3] != Padding ? 0 : group[2] != Padding ? 1 : 2;
-        for (size_t i = 0; i < 3 - padding; ++i)
-            *at++ = static_cast<uint8_t>(word >> (16 - 8 * i));
+    if (!text.empty()) {
+        group.take(text.data());
+        const uint32_t size = 3 - group.padding();
+        group.put(at, size);
+        at += size;
     }
-    size = static_cast<uint32_t>(at - octets);
-    return true;
+    *outputLength = static_cast<uint32_t>(at - output);
+    return KACERT_Ok;
 }
 
 } // namespace karil
 
 using namespace karil;
 
-int32_t base64_encode(const uint8_t *data, int32_t length, char *text) {
-    if (length < 0 || text == nullptr || (data == nullptr && length > 0))
-        return -1;
-    const Bytes octets(data, static_cast<size_t>(length));
-    writeBase64(octets, reinterpret_cast<uint8_t *>(text));
-    text[base64Size(octets.size())] = 0;
-    return 0;
+int32_t base64_encode(const uint8_t *input, uint32_t length, uint8_t *output) {
+    if ((input == nullptr && length > 0) || output == nullptr)
+        return Refused;
+    Bytes rest(input, length);
+    for (; rest.size() >= 3; rest = rest.subspan(3), output += 4)
+        encodeGroup(uint32_t{rest[0]} << 16 | uint32_t{rest[1]} << 8 | rest[2], output);
+    *encodeRest(rest, output) = 0;
+    return KACERT_Ok;
 }
 
-int32_t base64_decode(const char *text, uint8_t *data, uint32_t *length) {
-    if (text == nullptr || data == nullptr || length == nullptr)
-        return -1;
-    return readBase64({reinterpret_cast<const uint8_t *>(text), strlen(text)}, data, *length) ? 0 : -1;
+int32_t base64_decode(const char *text, uint8_t *output, uint32_t *outputLength) {
+    if (text == nullptr || output == nullptr || outputLength == nullptr)
+        return Refused;
+    return decodeBase64(bytesOf(text), output, outputLength);
 }

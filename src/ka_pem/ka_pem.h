@@ -1,18 +1,31 @@
-// Base64 within the folder: lengths are known, so that no zero has to end the text.
+// PEM, base64 and DN strings.
 #pragma once
 
+#include "karil/dn_string.h"
 #include "karil/pem.h"
 
 #include "ka_low.h"
 
+#include <string.h>
+
 namespace karil {
 
-constexpr uint64_t base64Size(uint64_t octets) {
-    return (octets + 2) / 3 * 4;
+// What PEM and DN strings answer where they fail.
+constexpr Status Refused = -1;
+
+inline Bytes bytesOf(const char *text) {
+    return {reinterpret_cast<const uint8_t *>(text), strlen(text)};
 }
-// `text` has room for base64Size(octets).
-void writeBase64(Bytes octets, uint8_t *text);
-// False where the characters do not come out in groups of four. `octets` has room for three to a group.
-[[nodiscard]] bool readBase64(Bytes text, uint8_t *octets, uint32_t &size);
+
+// The octets in front of the first `octet` and those behind it; false, with both as they were, where there is none.
+bool split(Bytes text, uint8_t octet, Bytes &front, Bytes &behind);
+
+// Octets of the base64 text of `size` octets, without a terminator.
+constexpr uint64_t encodedSize(uint64_t size) {
+    return (size + 2) / 3 * 4;
+}
+
+// base64_decode of a text that needs no terminator.
+[[nodiscard]] Status decodeBase64(Bytes text, uint8_t *output, uint32_t *outputLength);
 
 } // namespace karil
