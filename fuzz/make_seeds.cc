@@ -322,7 +322,7 @@ void addSigned(Folder objects) {
     must(KA_VerifyCrl(issuer.data(), sizeOf(issuer), crl.data(), sizeOf(crl)) == KACERT_Ok, "a CRL");
     Octets pem(request.size() * 2 + 60);
     uint32_t length = 0;
-    must(DER2PEM_data_format(request.data(), lengthOf(request), pem.data(), &length, "-----BEGIN-----",
+    must(DER2PEM_data_format(request.data(), sizeOf(request), pem.data(), &length, "-----BEGIN-----",
                              "-----END-----") == 0 &&
              KA_VerifyCsr_Sign(pem.data(), static_cast<int32_t>(length)) == KACERT_Ok,
          "a request");
