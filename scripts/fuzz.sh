@@ -26,7 +26,7 @@ case ${1:-} in
     ;;
 esac
 case $amount in '' | *[!0-9]*) usage ;; esac
-all="cert_decode asn1_readers cert_build text names oid_text"
+all="cert_decode asn1_readers cert_build text names oid_text pem dn_string indefinite"
 targets=${*:-$all}
 for target in $targets; do
     [ -f "fuzz/$target.cc" ] || usage
@@ -63,7 +63,8 @@ limits() {
     cert_build) echo 600 10 ;;
     text) echo 2100 10 ;;
     names | asn1_readers) echo 2048 1 ;;
-    oid_text) echo 4096 1 ;;
+    oid_text | pem | indefinite) echo 4096 1 ;;
+    dn_string) echo 1200 1 ;;
     esac
 }
 
