@@ -56,6 +56,7 @@ void registerDecode();
 void registerQuery();
 void registerEncode();
 void registerSign();
+void registerPem();
 void registerGrowth();
 
 } // namespace karil_bench

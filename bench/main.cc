@@ -23,6 +23,7 @@ int main(int argc, char **argv) {
     registerQuery();
     registerEncode();
     registerSign();
+    registerPem();
     registerGrowth();
     return benchmark::RunSpecifiedBenchmarks() > 0 ? 0 : 1;
 }

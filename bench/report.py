@@ -36,6 +36,7 @@ ROWS = [
     Row("encode-cert", "libcrypto", 0.3, 0.1),
     Row("sign-cert", "private-operation", 1.05, 1.02),
     Row("sign-cert", "libcrypto", None, None),
+    Row("pem", "libcrypto", 1.0, 0.5),
     Row("growth-extensions", "itself", 1.5, 1.1),
     Row("memory", "libcrypto", 0.5, 0.3),
 ]
