@@ -55,16 +55,17 @@ TEST(DnString, Generated) {
     EXPECT_EQ(generate(false, {}), "");
     EXPECT_EQ(generate(false, {"x", std::string(1023, 'y')}), "C=x,O=" + std::string(1023, 'y'));
     EXPECT_EQ(generate(false, {"x", std::string(1024, 'y')}), "refused");
-    // Lengths below 1 leave a field out; those of INT32_MAX come to more than 32 bits.
-    const auto withLengths = [](int32_t second, int32_t third, int32_t *size) {
-        uint8_t a[8] = {'a'}, *no = nullptr;
-        return KA_GenerateDN(a, 1, a, second, no, third, a, second, a, second, no, 0, no, 0, no, 0, no, 0, no, 0, a,
+    // Lengths below 1 leave a field out and take nothing off the sum; two of INT32_MAX come to more than 32 bits.
+    const auto withLengths = [](int32_t first, int32_t second, int32_t third, int32_t *size) {
+        uint8_t a[2000] = {}, *no = nullptr;
+        return KA_GenerateDN(a, first, a, second, no, third, a, second, no, 0, no, 0, no, 0, no, 0, no, 0, no, 0, a,
                              size);
     };
     int32_t size = 77;
-    EXPECT_EQ(withLengths(INT32_MAX, 0, &size) + withLengths(1, 1, &size) + withLengths(1, 0, nullptr), -3);
+    EXPECT_EQ(withLengths(1, INT32_MAX, 0, &size) + withLengths(1025, -5000, 0, &size), -2);
+    EXPECT_EQ(withLengths(1, 1, 1, &size) + withLengths(1, 1, 0, nullptr), -2);
     EXPECT_EQ(size, 77);
-    EXPECT_EQ(withLengths(-1, INT32_MIN, &size), 0);
+    EXPECT_EQ(withLengths(1, -1, INT32_MIN, &size), 0);
     EXPECT_EQ(size, 3);
 }
 

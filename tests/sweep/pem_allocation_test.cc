@@ -49,6 +49,12 @@ TEST(FailingAllocations, Texts) {
         {"long definite length", convertLong, {KAPKCS7_IndefiniteFormatErr, KACERT_Ok}, {"definite"}},
     };
     for (const Scenario &scenario : scenarios) sweep(scenario, Pool::Library);
+    const Octets input = tlv(0x30, Octets(200, 0x55));
+    Octets output(300);
+    uint32_t size = 77;
+    failAllocation(Pool::Library, 2, true); // the cell; the first is the work area
+    EXPECT_EQ(KAsn1_IndefiniteToDefinite(input.data(), 203, output.data(), &size), 0);
+    EXPECT_TRUE(endFailing() && size == 77);
 }
 
 } // namespace
