@@ -30,6 +30,7 @@ int main(int argc, char **argv) {
     registerEncode();
     registerSign();
     registerVerify();
+    registerPem();
     registerGrowth();
     registerCrl();
     registerCsr();
