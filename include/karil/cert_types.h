@@ -198,7 +198,7 @@ typedef struct CertEncodeCtx {
     PrivateExtensionNode *privateExtensionsLast;
     struct KeptOctets *kept; /* what was decoded; records hold parts of it */
 } CertEncodeCtx;
-KARIL_SIZE_32(CertEncodeCtx, 1320);
+KARIL_SIZE_32(CertEncodeCtx, 1324);
 
 /* The same record under the name that decoding uses. */
 typedef CertEncodeCtx CertDecodeCtx;

@@ -70,8 +70,8 @@ typedef struct RevokedEntry {
     Anybuf reason; /* content octets of the ENUMERATED */
     struct RevokedEntry *next;
 
-    /* The library's own: how many octets behind the record are for its serial number and reason. */
-    uint32_t inlineSize;
+    /* The library's own: how many octets behind the record are for serial number and reason. */
+    uint32_t room;
 } RevokedEntry;
 KARIL_SIZE_32(RevokedEntry, 84);
 
@@ -127,11 +127,12 @@ typedef struct CrlEncodeCtx {
     Anybuf issuerDer;  /* issuer as a ready Name element */
     Anybuf revokedDer; /* ready SEQUENCE OF entries */
 
-    /* The library's own: where the lists above end, as far as it knows. */
+    /* The library's own. Where the lists above end, as far as it knows: */
     NameRecord *issuerLast;
     RevokedEntry *revokedLast;
+    struct KeptOctets *kept; /* what was decoded; records hold parts of it */
 } CrlEncodeCtx;
-KARIL_SIZE_32(CrlEncodeCtx, 512);
+KARIL_SIZE_32(CrlEncodeCtx, 516);
 
 /* The same record under the name that decoding uses. */
 typedef CrlEncodeCtx CrlDecodeCtx;

@@ -49,7 +49,8 @@ KARIL_SIZE_32(CsrAttributeNode, 64);
 
 /*
  * A request, built or decoded. Made by KACert_CreateCsrEncodeCtx or KACert_CreateCsrDecodeCtx, and freed with all it
- * holds by the destroy function of either name. Every Anybuf is embedded and owns its data.
+ * holds by the destroy function of either name. Every Anybuf is embedded; those that decoding fills hold parts of the
+ * octets that the context keeps until it is destroyed.
  */
 typedef struct CsrEncodeCtx {
     uint8_t hasAttributes;
@@ -65,11 +66,12 @@ typedef struct CsrEncodeCtx {
     Anybuf publicKey; /* content of the BIT STRING */
     CsrAttributeNode *attributes;
 
-    /* The library's own: where the lists above end, as far as it knows. */
+    /* The library's own. Where the lists above end, as far as it knows: */
     NameRecord *subjectLast;
     CsrAttributeNode *attributesLast;
+    struct KeptOctets *kept; /* what was decoded; records hold parts of it */
 } CsrEncodeCtx;
-KARIL_SIZE_32(CsrEncodeCtx, 296);
+KARIL_SIZE_32(CsrEncodeCtx, 300);
 
 /* The same record under the name that decoding uses. */
 typedef CsrEncodeCtx CsrDecodeCtx;

@@ -10,8 +10,11 @@
 #include "karil/crl.h"
 #include "karil/crypt.h"
 #include "karil/csr.h"
+#include "karil/dn_string.h"
+#include "karil/indefinite.h"
 #include "karil/name.h"
 #include "karil/oid.h"
+#include "karil/pem.h"
 #include "karil/text.h"
 
 #endif

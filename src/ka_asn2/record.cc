@@ -47,7 +47,8 @@ Status store(Anybuf &record, const Element &value) {
     const auto length = static_cast<uint32_t>(value.bytes.size());
     if (value.isKept) {
         freeData(record);
-        record = {const_cast<uint8_t *>(value.bytes.data()), length, 0, FormPart, value.tag, nullptr, nullptr};
+        auto *data = value.present() ? const_cast<uint8_t *>(value.bytes.data()) : nullptr;
+        record = {data, length, 0, FormPart, value.tag, nullptr, nullptr};
         return KACERT_Ok;
     }
     Owned<uint8_t> data;

@@ -84,7 +84,8 @@ Status readValidity(const Element &element, CertDecodeCtx &ctx) {
 
 // TBSCertificate ::= SEQUENCE { version [0] DEFAULT v1, serialNumber, signature, issuer, validity, subject,
 //                               subjectPublicKeyInfo, extensions [3] OPTIONAL }
-Status decodeKeptTbs(const Element &tbs, CertDecodeCtx &ctx) {
+// `tbs` is kept: the octets that a caller gave may be those that a record of the context loses.
+Status decodeTbs(const Element &tbs, CertDecodeCtx &ctx) {
     KA_STEP_AS("------>KI_CopyAnybuf", store, ctx.tbs, tbs);
     Level fields;
     KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, tbs, fields);
@@ -110,12 +111,6 @@ Status decodeKeptTbs(const Element &tbs, CertDecodeCtx &ctx) {
     return KACERT_Ok;
 }
 
-Status decodeTbs(const Element &tbs, CertDecodeCtx &ctx) {
-    Element kept;
-    KA_STEP_AS("------>KI_CopyAnybuf", keep, ctx.kept, tbs, kept);
-    return decodeKeptTbs(kept, ctx);
-}
-
 // Certificate ::= SEQUENCE { tbsCertificate, signatureAlgorithm, signatureValue BIT STRING }, perhaps cut off behind
 // one of the first two
 Status decodeCertificate(Bytes der, CertDecodeCtx &ctx) {
@@ -128,7 +123,7 @@ Status decodeCertificate(Bytes der, CertDecodeCtx &ctx) {
     KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, whole, parts);
     if (parts.empty())
         return KACERT_Ok;
-    KA_STEP_AS("------>KI_Cert_DecodeTBS", decodeKeptTbs, parts.take(), ctx);
+    KA_STEP_AS("------>KI_Cert_DecodeTBS", decodeTbs, parts.take(), ctx);
     if (parts.empty())
         return KACERT_Ok;
     KA_STEP_AS("------>KI_Cert_DecodeTBS", readAlgorithm, parts.take(), ctx.outerSignatureAlgorithm);
@@ -148,7 +143,7 @@ using namespace karil;
 
 int32_t KI_Cert_DecodeTBS(CertDecodeCtx *ctx, const Anybuf *tbs) {
     KA_FRAME("KI_Cert_DecodeTBS");
-    KA_PASS(decodePart, tbs, ctx, decodeTbs);
+    KA_PASS(decodeKept, tbs, ctx, decodeTbs);
     return KA_DONE();
 }
 

@@ -2,43 +2,48 @@
 
 namespace karil {
 
-// Extension ::= SEQUENCE { extnID OBJECT IDENTIFIER, critical BOOLEAN DEFAULT FALSE, extnValue OCTET STRING }
-Status openOid(const Element &extension, Bytes own, Opened &out) {
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, extension, out.fields);
-    if (out.fields.empty())
-        return KA_FAIL(KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
-    Element oid;
-    KA_STEP_AS("------>KAsn1_ReadObjectId", readValue, out.fields.take(), oid);
-    if (out.fields.empty())
-        return KA_FAIL(KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
-    out.isOwn = equal(oid.bytes, own);
+Status openExtension(const Element &extension, Status empty, const char *emptyWords, Bytes &oid, Level &fields) {
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, extension, fields);
+    if (fields.empty())
+        return KA_FAIL(empty, emptyWords);
+    Element value;
+    KA_STEP_AS("------>KAsn1_ReadObjectId", readValue, fields.take(), value);
+    oid = value.bytes;
     return KACERT_Ok;
 }
 
-Status openValue(Opened &opened, Flag flag, uint8_t &critical, Status missing) {
-    Element field = opened.fields.take();
-    if (flag == Flag::ByTag ? field.startsWith(TagBoolean) : !opened.fields.empty()) {
+Status openSingle(const Element &extension, Bytes own, bool &isOwn, Level &fields) {
+    Bytes oid;
+    KA_PASS(openExtension, extension, KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr", oid, fields);
+    isOwn = equal(oid, own);
+    return fields.empty() ? KA_FAIL(KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr") : KACERT_Ok;
+}
+
+Status openValue(Level &fields, Flag flag, uint8_t &critical, Status missing, Element &value) {
+    Element field = fields.take();
+    if (flag == Flag::ByTag ? field.startsWith(TagBoolean) : !fields.empty()) {
         KA_STEP_AS("------>KAsn1_ReadBoolean", readBoolean, field, critical);
-        field = opened.fields.take();
+        field = fields.take();
         if (!field.present())
             return KA_FAIL(missing, "------>KACERT_CertNotEndErr");
     }
-    KA_STEP_AS("------>KAsn1_ReadOctetString", readValue, field, opened.value);
+    KA_STEP_AS("------>KAsn1_ReadOctetString", readValue, field, value);
     return KACERT_Ok;
 }
 
 namespace {
 
-// The decoders are given an extension with their own object identifier, which was read, and with what stands behind.
-Status decodeBasicConstraints(Opened &opened, CertExtensions &block) {
+// The decoders are given the fields behind their own object identifier, of which there is one at the least.
+Status decodeBasicConstraints(Level fields, CertExtensions &block) {
     BasicConstraintsExtension &field = block.basicConstraints;
     block.hasBasicConstraints = 1;
-    KA_PASS(openValue, opened, Flag::ByTag, field.critical, KACERT_CertNotEndErr);
-    if (!opened.value.present())
+    Element value;
+    KA_PASS(openValue, fields, Flag::ByTag, field.critical, KACERT_CertNotEndErr, value);
+    if (!value.present())
         return KA_FAIL(KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
     // BasicConstraints ::= SEQUENCE { cA BOOLEAN DEFAULT FALSE, pathLenConstraint INTEGER OPTIONAL }
     Level constraints;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, opened.value, constraints);
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, value, constraints);
     if (constraints.empty())
         return KACERT_Ok;
     KA_STEP_AS("------>KAsn1_ReadBoolean", readBoolean, constraints.take(), field.isCa);
@@ -52,14 +57,15 @@ Status decodeBasicConstraints(Opened &opened, CertExtensions &block) {
 }
 
 // AuthorityKeyIdentifier ::= SEQUENCE { keyIdentifier [0], authorityCertIssuer [1], authorityCertSerialNumber [2] }
-Status decodeAuthorityKeyId(Opened &opened, CertExtensions &block) {
+Status decodeAuthorityKeyId(Level fields, CertExtensions &block) {
     AuthorityKeyIdExtension &field = block.authorityKeyId;
     block.hasAuthorityKeyId = 1;
-    KA_PASS(openValue, opened, Flag::ByTag, field.critical, KACERT_CertNotEndErr);
-    if (!opened.value.present())
+    Element value;
+    KA_PASS(openValue, fields, Flag::ByTag, field.critical, KACERT_CertNotEndErr, value);
+    if (!value.present())
         return KA_FAIL(KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
     Level parts;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, opened.value, parts);
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, value, parts);
     while (!parts.empty()) {
         Implicit part;
         KA_STEP_AS("------>KAsn1_ReadImplicit", readImplicit, parts.take(), part);
@@ -73,24 +79,26 @@ Status decodeAuthorityKeyId(Opened &opened, CertExtensions &block) {
     return KACERT_Ok;
 }
 
-Status decodeSubjectKeyId(Opened &opened, CertExtensions &block) {
+Status decodeSubjectKeyId(Level fields, CertExtensions &block) {
     SubjectKeyIdExtension &field = block.subjectKeyId;
     block.hasSubjectKeyId = 1;
-    KA_PASS(openValue, opened, Flag::ByTag, field.critical, KACERT_InvalidParamErr);
+    Element value;
+    KA_PASS(openValue, fields, Flag::ByTag, field.critical, KACERT_InvalidParamErr, value);
     Element keyId;
-    KA_STEP_AS("------>KAsn1_ReadOctetString", readValue, opened.value, keyId);
+    KA_STEP_AS("------>KAsn1_ReadOctetString", readValue, value, keyId);
     KA_STEP_AS("------>KI_CopyAnybuf", store, field.keyId, keyId);
     return KACERT_Ok;
 }
 
-Status decodeKeyUsage(Opened &opened, CertExtensions &block) {
+Status decodeKeyUsage(Level fields, CertExtensions &block) {
     KeyUsageExtension &field = block.keyUsage;
     block.hasKeyUsage = 1;
-    KA_PASS(openValue, opened, Flag::ByTag, field.critical, KACERT_CertNotEndErr);
+    Element value;
+    KA_PASS(openValue, fields, Flag::ByTag, field.critical, KACERT_CertNotEndErr, value);
     // The value comes out of an OCTET STRING, so its tag is not that of a BIT STRING: the reader keeps the
     // unused-bits octet as the first octet of the content.
     Element bits;
-    KA_STEP_AS("------>KAsn1_ReadBitString", readValue, opened.value, bits);
+    KA_STEP_AS("------>KAsn1_ReadBitString", readValue, value, bits);
     KA_STEP_AS("------>KI_CopyAnybuf", store, field.bits, bits);
     return KACERT_Ok;
 }
@@ -110,13 +118,14 @@ void storeMask(Anybuf &field, uint32_t mask) {
         KA_TRACE("------>KI_SetAttributeCharValue");
 }
 
-Status decodeExtKeyUsage(Opened &opened, CertExtensions &block) {
+Status decodeExtKeyUsage(Level fields, CertExtensions &block) {
     ExtKeyUsageExtension &field = block.extKeyUsage;
     block.hasExtKeyUsage = 1;
-    KA_PASS(openValue, opened, Flag::ByTag, field.critical, KACERT_CertNotEndErr);
+    Element value;
+    KA_PASS(openValue, fields, Flag::ByTag, field.critical, KACERT_CertNotEndErr, value);
     uint32_t mask = 0;
     Level usages;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, opened.value, usages);
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, value, usages);
     while (!usages.empty()) {
         Element usage;
         KA_STEP_AS("------>KAsn1_ReadObjectId", readValue, usages.take(), usage);
@@ -147,12 +156,13 @@ Status readDistributionPoint(const Element &point, DistributionPointNode &node) 
     return KACERT_Ok;
 }
 
-Status decodeCrlDistPoints(Opened &opened, CertExtensions &block) {
+Status decodeCrlDistPoints(Level fields, CertExtensions &block) {
     CrlDistPointsExtension &field = block.crlDistPoints;
     block.hasCrlDistPoints = 1;
-    KA_PASS(openValue, opened, Flag::ByTag, field.critical, KACERT_CertNotEndErr);
+    Element value;
+    KA_PASS(openValue, fields, Flag::ByTag, field.critical, KACERT_CertNotEndErr, value);
     Level points;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, opened.value, points);
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, value, points);
     DistributionPointNode *last = nullptr;
     while (!points.empty()) {
         NodePtr<DistributionPointNode> node(KA_CREATE(DistributionPointNode));
@@ -167,20 +177,21 @@ Status decodeCrlDistPoints(Opened &opened, CertExtensions &block) {
     return KACERT_Ok;
 }
 
-Status decodeAltName(Opened &opened, uint8_t &flag, AltNameExtension &field) {
+Status decodeAltName(Level fields, uint8_t &flag, AltNameExtension &field) {
     flag = 1;
-    KA_PASS(openValue, opened, Flag::BySuccessor, field.critical, KACERT_CertNotEndErr);
-    if (decodeGeneralNames(opened.value, field.names, flag) != KACERT_Ok)
+    Element value;
+    KA_PASS(openValue, fields, Flag::BySuccessor, field.critical, KACERT_CertNotEndErr, value);
+    if (decodeGeneralNames(value, field.names, flag) != KACERT_Ok)
         KA_TRACE("------>KI_DecodeGeneralNameS");
     return KACERT_Ok;
 }
 
-Status decodeSubjectAltName(Opened &opened, CertExtensions &block) {
-    return decodeAltName(opened, block.hasSubjectAltName, block.subjectAltName);
+Status decodeSubjectAltName(Level fields, CertExtensions &block) {
+    return decodeAltName(fields, block.hasSubjectAltName, block.subjectAltName);
 }
 
-Status decodeIssuerAltName(Opened &opened, CertExtensions &block) {
-    return decodeAltName(opened, block.hasIssuerAltName, block.issuerAltName);
+Status decodeIssuerAltName(Level fields, CertExtensions &block) {
+    return decodeAltName(fields, block.hasIssuerAltName, block.issuerAltName);
 }
 
 Status readPrivate(const Element &extension, PrivateExtensionNode &node) {
@@ -214,7 +225,7 @@ Status decodePrivate(const Element &extension, CertExtensions &block, PrivateExt
     return KACERT_Ok;
 }
 
-using Decode = Status (*)(Opened &opened, CertExtensions &block);
+using Decode = Status (*)(Level fields, CertExtensions &block);
 
 struct KnownExtension {
     Bytes oid;
@@ -246,48 +257,46 @@ const KnownExtension *knownExtension(Bytes oid) {
     return nullptr;
 }
 
-Status decodeKnown(Decode decode, Opened &opened, CertExtensions &block) {
-    if (opened.fields.empty())
+Status decodeFields(Decode decode, Level fields, CertExtensions &block) {
+    if (fields.empty())
         return KA_FAIL(KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
-    return decode(opened, block);
+    return decode(fields, block);
 }
 
 Status decodeOne(const Element &extension, CertExtensions &block, PrivateExtensionNode *&last) {
-    Opened opened;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, extension, opened.fields);
-    if (opened.fields.empty())
-        return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadObjectId");
-    Element oid;
-    KA_STEP_AS("------>KAsn1_ReadObjectId", readValue, opened.fields.take(), oid);
-    const KnownExtension *known = knownExtension(oid.bytes);
+    Bytes oid;
+    Level fields;
+    KA_PASS(openExtension, extension, KACERT_InvalidParamErr, "------>KAsn1_ReadObjectId", oid, fields);
+    const KnownExtension *known = knownExtension(oid);
     if (known == nullptr)
         KA_STEP_AS("------>KI_Cert_DecodeExtension_Private", decodePrivate, extension, block, last);
     else if (block.*known->flag == 0)
-        KA_STEP_AS(known->words, decodeKnown, known->decode, opened, block);
+        KA_STEP_AS(known->words, decodeFields, known->decode, fields, block);
     return KACERT_Ok;
 }
 
-// One extension by itself. Most leave another one alone.
-template <const auto &Oid, Decode Own> Status decodeSingle(const Element &extension, CertExtensions &block) {
-    Opened opened;
-    KA_PASS(openOid, extension, Oid, opened);
-    return opened.isOwn ? Own(opened, block) : KACERT_Ok;
+Status decodeSingle(const Element &extension, Bytes own, Decode decode, CertExtensions &block) {
+    bool isOwn = false;
+    Level fields;
+    KA_PASS(openSingle, extension, own, isOwn, fields);
+    return isOwn ? decode(fields, block) : KACERT_Ok;
 }
 
-Status decodeSingleBasicConstraints(const Element &extension, CertExtensions &block) {
-    Opened opened;
-    if (readSequence(extension, opened.fields) != KACERT_Ok)
+Status decodeSingleBasicConstraints(const Element &extension, Bytes own, Decode decode, CertExtensions &block) {
+    bool isOwn = false;
+    Level fields;
+    if (readSequence(extension, fields) != KACERT_Ok)
         return KA_FAIL(KACERT_MemoryErr, "------>KAsn1_ReadSequence");
-    KA_PASS(openOid, extension, OidBasicConstraints, opened);
-    return opened.isOwn ? decodeBasicConstraints(opened, block)
-                        : KA_FAIL(KACERT_InvalidParamErr, "------>KACERT_InvalidParamErr");
+    KA_PASS(openSingle, extension, own, isOwn, fields);
+    return isOwn ? decode(fields, block) : KA_FAIL(KACERT_InvalidParamErr, "------>KACERT_InvalidParamErr");
 }
 
-Status decodeSingleExtKeyUsage(const Element &extension, CertExtensions &block) {
-    Opened opened;
-    KA_PASS(openOid, extension, OidExtKeyUsage, opened);
-    if (opened.isOwn)
-        return decodeExtKeyUsage(opened, block);
+Status decodeSingleExtKeyUsage(const Element &extension, Bytes own, Decode decode, CertExtensions &block) {
+    bool isOwn = false;
+    Level fields;
+    KA_PASS(openSingle, extension, own, isOwn, fields);
+    if (isOwn)
+        return decode(fields, block);
     storeMask(block.extKeyUsage.mask, 0);
     return KACERT_Ok;
 }
@@ -328,18 +337,21 @@ int32_t KI_Cert_DecodeExtension_Private(const Anybuf *extension, CertExtensions 
     return KA_DONE();
 }
 
-#define KA_EXTENSION(NAME, DECODE)                                                                                     \
+#define KA_EXTENSION(NAME, SINGLE, OID, DECODE)                                                                        \
     int32_t NAME(const Anybuf *extension, CertExtensions *block) {                                                     \
         KA_FRAME(#NAME);                                                                                               \
-        KA_PASS(decodePart, extension, block, DECODE);                                                                 \
+        if (extension == nullptr || extension->data == nullptr || block == nullptr)                                    \
+            return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");                                          \
+        KA_PASS(SINGLE, elementOf(*extension), OID, DECODE, *block);                                                   \
         return KA_DONE();                                                                                              \
     }
 
-KA_EXTENSION(KI_Cert_DecodeExtension_BasicConstraint, decodeSingleBasicConstraints)
-KA_EXTENSION(KI_Cert_DecodeExtension_AuthorityKeyIdentifyer, (decodeSingle<OidAuthorityKeyId, decodeAuthorityKeyId>))
-KA_EXTENSION(KI_Cert_DecodeExtension_SubjectKeyIdentifier, (decodeSingle<OidSubjectKeyId, decodeSubjectKeyId>))
-KA_EXTENSION(KI_Cert_DecodeExtension_KeyUsage, (decodeSingle<OidKeyUsage, decodeKeyUsage>))
-KA_EXTENSION(KI_Cert_DecodeExtension_ExtKeyUsage, decodeSingleExtKeyUsage)
-KA_EXTENSION(KI_Cert_DecodeExtension_CrlDistributionPoint, (decodeSingle<OidCrlDistPoints, decodeCrlDistPoints>))
-KA_EXTENSION(KI_Cert_DecodeExtension_SubjectAltName, (decodeSingle<OidSubjectAltName, decodeSubjectAltName>))
-KA_EXTENSION(KI_Cert_DecodeExtension_IssuerAltName, (decodeSingle<OidIssuerAltName, decodeIssuerAltName>))
+KA_EXTENSION(KI_Cert_DecodeExtension_BasicConstraint, decodeSingleBasicConstraints, OidBasicConstraints,
+             decodeBasicConstraints)
+KA_EXTENSION(KI_Cert_DecodeExtension_AuthorityKeyIdentifyer, decodeSingle, OidAuthorityKeyId, decodeAuthorityKeyId)
+KA_EXTENSION(KI_Cert_DecodeExtension_SubjectKeyIdentifier, decodeSingle, OidSubjectKeyId, decodeSubjectKeyId)
+KA_EXTENSION(KI_Cert_DecodeExtension_KeyUsage, decodeSingle, OidKeyUsage, decodeKeyUsage)
+KA_EXTENSION(KI_Cert_DecodeExtension_ExtKeyUsage, decodeSingleExtKeyUsage, OidExtKeyUsage, decodeExtKeyUsage)
+KA_EXTENSION(KI_Cert_DecodeExtension_CrlDistributionPoint, decodeSingle, OidCrlDistPoints, decodeCrlDistPoints)
+KA_EXTENSION(KI_Cert_DecodeExtension_SubjectAltName, decodeSingle, OidSubjectAltName, decodeSubjectAltName)
+KA_EXTENSION(KI_Cert_DecodeExtension_IssuerAltName, decodeSingle, OidIssuerAltName, decodeIssuerAltName)

@@ -194,19 +194,23 @@ struct Signature {
 // [0] { fullName [0] { uniformResourceIdentifier [6] } }
 [[nodiscard]] Status writeFullName(const Anybuf &uri, Anybuf **out);
 
-// What the reader of an extension takes from it: the value, if the object identifier is the reader's own.
-struct Opened {
-    bool isOwn = false;
-    Level fields; // behind the object identifier
-    Element value;
-};
-[[nodiscard]] Status openOid(const Element &extension, Bytes own, Opened &out);
+// Extension ::= SEQUENCE { extnID OBJECT IDENTIFIER, critical BOOLEAN DEFAULT FALSE, extnValue OCTET STRING }
+// `fields`: what stands behind the object identifier.
+[[nodiscard]] Status openExtension(const Element &extension, Status empty, const char *emptyWords, Bytes &oid,
+                                   Level &fields);
+// One extension that must be there with its fields. `isOwn`: its object identifier is `own`.
+[[nodiscard]] Status openSingle(const Element &extension, Bytes own, bool &isOwn, Level &fields);
 // How a reader tells that a critical flag stands before the value.
 enum class Flag { ByTag, BySuccessor };
-[[nodiscard]] Status openValue(Opened &opened, Flag flag, uint8_t &critical, Status missing);
+[[nodiscard]] Status openValue(Level &fields, Flag flag, uint8_t &critical, Status missing, Element &value);
 
 // `last`: see append().
 [[nodiscard]] Status decodeExtensions(const Element &extensions, CertExtensions &block, PrivateExtensionNode *&last);
+
+// AlgorithmIdentifier, of which the object identifier alone is taken, into `out`.
+[[nodiscard]] Status readAlgorithm(const Element &element, AlgorithmRecord &out);
+// SubjectPublicKeyInfo: the whole OID element and the content of the BIT STRING.
+[[nodiscard]] Status readPublicKey(const Element &element, AlgorithmRecord &algorithm, Anybuf &key);
 
 // The next field, which must be there.
 [[nodiscard]] inline Status takeOr(Level &fields, Element &out, Status missing, const char *words) {
@@ -232,9 +236,44 @@ template <class Target>
     return decode(elementOf(*source), *target);
 }
 
-// AlgorithmIdentifier, of which the object identifier alone is taken, into `out`.
-[[nodiscard]] Status readAlgorithm(const Element &element, AlgorithmRecord &out);
-// SubjectPublicKeyInfo: the whole OID element and the content of the BIT STRING.
-[[nodiscard]] Status readPublicKey(const Element &element, AlgorithmRecord &algorithm, Anybuf &key);
+// The same for octets that the context's records will hold parts of.
+template <class Ctx>
+[[nodiscard]] Status decodeKept(const Anybuf *source, Ctx *ctx, Status (*decode)(const Element &, Ctx &)) {
+    if (source == nullptr || source->data == nullptr || ctx == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    Element kept;
+    KA_STEP_AS("------>KI_CopyAnybuf", keep, ctx->kept, elementOf(*source), kept);
+    return decode(kept, *ctx);
+}
+
+// SIGNED ::= SEQUENCE { toBeSigned, algorithm, signature BIT STRING }, as CRLs and requests have it: all must be there.
+struct SignedFrame {
+    Status missing;
+    const char *missingWords;
+    const char *tbsWords;
+    Status firstAllocation; // that finds no memory
+};
+template <class Ctx>
+[[nodiscard]] Status decodeSigned(Bytes der, Ctx &ctx, const SignedFrame &frame,
+                                  Status (*decodeTbs)(const Element &, Ctx &)) {
+    Element whole;
+    KA_STEP_AS("------>KAsn1_GetCertLength", next, der, whole, KACERT_LengthNotEqualErr,
+               "------>KACERT_LengthNotEqualErr");
+    if (keep(ctx.kept, whole, whole) != KACERT_Ok)
+        return KA_FAIL(frame.firstAllocation, "------>KI_CopyAnybuf");
+    KA_STEP_AS("------>KI_CopyAnybuf", store, ctx.encoded, whole);
+    Level parts;
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, whole, parts);
+    Element part;
+    KA_PASS(takeOr, parts, part, frame.missing, frame.missingWords);
+    KA_STEP_AS(frame.tbsWords, decodeTbs, part, ctx);
+    KA_PASS(takeOr, parts, part, frame.missing, frame.missingWords);
+    KA_PASS(readAlgorithm, part, ctx.outerSignatureAlgorithm);
+    KA_PASS(takeOr, parts, part, frame.missing, frame.missingWords);
+    Element signature;
+    KA_STEP_AS("------>KAsn1_ReadBitString", readValue, part, signature);
+    KA_STEP_AS("------>KI_CopyAnybuf", store, ctx.signature, signature);
+    return KACERT_Ok;
+}
 
 } // namespace karil

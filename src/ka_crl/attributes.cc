@@ -10,24 +10,20 @@ namespace {
 using Ctx = CrlEncodeCtx;
 using Ext = CrlExtensions;
 
-// Every reason there is has one octet.
-constexpr uint64_t ReasonRoom = 1;
-
-Status setSerialNumber(Ctx &ctx, Bytes value) {
-    EntryPtr entry = newEntry(value.size() + ReasonRoom);
+Status addEntry(Ctx &ctx, Bytes serialNumber) {
+    EntryPtr entry = newEntry(serialNumber);
     if (entry == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-    placeSerialNumber(*entry, value);
     append<&RevokedEntry::next>(ctx.firstRevoked, ctx.revokedLast, entry.release());
     ctx.hasRevoked = 1;
     return KACERT_Ok;
 }
 
-Status setReason(Ctx &ctx, Bytes value) {
+Status setLastReason(Ctx &ctx, Bytes value) {
     RevokedEntry *entry = lastEntry(ctx);
     if (entry == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    return placeReason(*entry, value);
+    return setReason(*entry, value);
 }
 
 Status setAuthorityKeyId(Ctx &ctx, Ext &ext, Bytes value) {
@@ -97,9 +93,9 @@ constexpr Attribute<Ctx> Rows[] = {
     KA_ISSUER(CRL_ISSUER_POSTALCODE, KA_NAME_POSTALCODE),
     KA_ISSUER(CRL_ISSUER_TELEPHONE, KA_NAME_TELEPHONE),
 
-    KA_ROW(CRL_CERT_SERIALNUMBER, KA_SET(setSerialNumber(ctx, value)), KA_GET(giveSerialNumber(ctx, answer))),
+    KA_ROW(CRL_CERT_SERIALNUMBER, KA_SET(addEntry(ctx, value)), KA_GET(giveSerialNumber(ctx, answer))),
     KA_ROW(CRL_CERT_NEXT, nullptr, KA_GET(goToNext(ctx, answer))),
-    KA_ROW(CRLEX_CRLREASON, KA_SET(setReason(ctx, value)), KA_GET(giveReason(ctx, answer))),
+    KA_ROW(CRLEX_CRLREASON, KA_SET(setLastReason(ctx, value)), KA_GET(giveReason(ctx, answer))),
 
     KA_ROW_AS(CRLEX_AUTHORITY_KEYIDENTIFIER_CRITICAL, "CERTEX_AUTHORITY_KEYIDENTIFIER",
               KA_SET(setFlag(ext.authorityKeyId.critical, value)), nullptr),

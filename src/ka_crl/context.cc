@@ -9,13 +9,14 @@ void clearContext(CrlEncodeCtx &ctx) {
     for (Anybuf *field : {&ctx.issuerText, &ctx.encoded, &ctx.tbs, &ctx.outerSignatureAlgorithm.oid, &ctx.signature,
                           &ctx.innerSignatureAlgorithm.oid, &ext.authorityKeyId.keyId, &ext.crlNumber.value,
                           &ext.deltaCrl.value, &ext.issuingDist.fullName, &ctx.issuerDer, &ctx.revokedDer})
-        KI_ClearAnybuf(field);
+        freeData(*field);
     clearSecret(ctx.signKey);
     KI_FreeName(ctx.issuer.next);
     while (ctx.firstRevoked != nullptr) {
         const EntryPtr entry(ctx.firstRevoked);
         ctx.firstRevoked = entry->next;
     }
+    freeKept(ctx.kept);
 }
 
 // Where an Int id stands in the context; null for an entry's date while there is no such entry.

@@ -31,13 +31,10 @@ Status readEntryExtensions(const Element &element, Entry &out) {
     Level extensions;
     KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, element, extensions);
     while (!extensions.empty()) {
+        Bytes oid;
         Level fields;
-        KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, extensions.take(), fields);
-        if (fields.empty())
-            return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadObjectId");
-        Element oid;
-        KA_STEP_AS("------>KAsn1_ReadObjectId", readValue, fields.take(), oid);
-        if (!equal(oid.bytes, OidReason))
+        KA_PASS(openExtension, extensions.take(), KACERT_InvalidParamErr, "------>KAsn1_ReadObjectId", oid, fields);
+        if (!equal(oid, OidReason))
             continue;
         out.hasReason = true;
         Element field = fields.take();
@@ -68,13 +65,13 @@ Status readEntry(const Element &element, LocalClock &clock, Entry &out) {
 }
 
 Status appendEntry(const Entry &entry, CrlDecodeCtx &ctx) {
-    EntryPtr node = newEntry(uint64_t{entry.serialNumber.bytes.size()} + entry.reason.bytes.size());
+    EntryPtr node(KA_CREATE(RevokedEntry));
     if (node == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-    placeSerialNumber(*node, entry.serialNumber.bytes);
+    KA_STEP_AS("------>KI_CopyAnybuf", store, node->serialNumber, entry.serialNumber);
+    KA_STEP_AS("------>KI_CopyAnybuf", store, node->reason, entry.reason);
     node->revocationDate.utcValue = entry.date;
-    if (entry.hasReason)
-        KA_PASS(placeReason, *node, entry.reason.bytes);
+    node->hasEntryExtensions = node->hasReason = entry.hasReason ? 1 : 0;
     if (ctx.firstRevoked == nullptr)
         ctx.currentRevoked = node.get();
     append<&RevokedEntry::next>(ctx.firstRevoked, ctx.revokedLast, node.release());
@@ -98,39 +95,49 @@ Status decodeEntries(const Element &list, CrlDecodeCtx &ctx) {
     return KACERT_Ok;
 }
 
-// CRLNumber, BaseCRLNumber ::= INTEGER
-Status decodeNumber(const Element &extension, Bytes own, uint8_t &flag, CrlNumberExtension &field) {
-    Opened opened;
-    KA_PASS(openOid, extension, own, opened);
-    if (!opened.isOwn)
+// The extensions that are kept. CRLNumber, BaseCRLNumber ::= INTEGER
+struct KnownExtension {
+    Bytes oid;
+    uint8_t CrlExtensions::*flag;
+    CrlNumberExtension CrlExtensions::*field;
+    const char *words;
+};
+constexpr KnownExtension Number = {OidCrlNumber, &CrlExtensions::hasCrlNumber, &CrlExtensions::crlNumber,
+                                   "------>KI_Crl_DecodeCRLNumber"};
+constexpr KnownExtension Delta = {OidDeltaCrl, &CrlExtensions::hasDeltaCrl, &CrlExtensions::deltaCrl,
+                                  "------>KI_Crl_DecodeDelCRLIdentifier"};
+
+Status decodeNumber(const Element &extension, const KnownExtension &known, CrlExtensions &block) {
+    CrlNumberExtension &field = block.*known.field;
+    bool isOwn = false;
+    Level fields;
+    KA_PASS(openSingle, extension, known.oid, isOwn, fields);
+    if (!isOwn)
         return KACERT_Ok;
-    flag = 1;
-    KA_PASS(openValue, opened, Flag::ByTag, field.critical, KACERT_CertNotEndErr);
+    block.*known.flag = 1;
+    Element value;
+    KA_PASS(openValue, fields, Flag::ByTag, field.critical, KACERT_CertNotEndErr, value);
     Element number;
-    KA_STEP_AS("------>KAsn1_ReadIntegerArray", readValue, opened.value, number);
+    KA_STEP_AS("------>KAsn1_ReadIntegerArray", readValue, value, number);
     KA_STEP_AS("------>KI_CopyAnybuf", store, field.value, number);
     return KACERT_Ok;
 }
 
 Status decodeCrlNumber(const Element &extension, CrlExtensions &block) {
-    return decodeNumber(extension, OidCrlNumber, block.hasCrlNumber, block.crlNumber);
+    return decodeNumber(extension, Number, block);
 }
 
 Status decodeDeltaCrl(const Element &extension, CrlExtensions &block) {
-    return decodeNumber(extension, OidDeltaCrl, block.hasDeltaCrl, block.deltaCrl);
+    return decodeNumber(extension, Delta, block);
 }
 
 Status decodeExtension(const Element &extension, CrlExtensions &block) {
+    Bytes oid;
     Level fields;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, extension, fields);
-    if (fields.empty())
-        return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadObjectId");
-    Element oid;
-    KA_STEP_AS("------>KAsn1_ReadObjectId", readValue, fields.take(), oid);
-    if (block.hasCrlNumber == 0 && equal(oid.bytes, OidCrlNumber))
-        KA_STEP_AS("------>KI_Crl_DecodeCRLNumber", decodeCrlNumber, extension, block);
-    else if (block.hasDeltaCrl == 0 && equal(oid.bytes, OidDeltaCrl))
-        KA_STEP_AS("------>KI_Crl_DecodeDelCRLIdentifier", decodeDeltaCrl, extension, block);
+    KA_PASS(openExtension, extension, KACERT_InvalidParamErr, "------>KAsn1_ReadObjectId", oid, fields);
+    for (const KnownExtension *known : {&Number, &Delta})
+        if (block.*known->flag == 0 && equal(oid, known->oid))
+            KA_STEP_AS(known->words, decodeNumber, extension, *known, block);
     return KACERT_Ok;
 }
 
@@ -162,11 +169,10 @@ Status decodeDates(Level &fields, CrlDecodeCtx &ctx, Element &behind) {
 
 // TBSCertList ::= SEQUENCE { version, signature, issuer, thisUpdate, nextUpdate OPTIONAL,
 //                            revokedCertificates OPTIONAL, crlExtensions [0] OPTIONAL }
-// It is read from the context's own copy: the octets given may be those that the copy replaces.
 Status decodeTbs(const Element &tbs, CrlDecodeCtx &ctx) {
     KA_STEP_AS("------>KI_CopyAnybuf", store, ctx.tbs, tbs);
     Level fields;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, elementOf(ctx.tbs), fields);
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, tbs, fields);
     Element field;
     KA_PASS(takeField, fields, field);
     uint32_t version = 0;
@@ -192,24 +198,8 @@ Status decodeTbs(const Element &tbs, CrlDecodeCtx &ctx) {
 
 // CertificateList ::= SEQUENCE { tbsCertList, signatureAlgorithm, signatureValue BIT STRING }
 Status decodeCrl(Bytes der, CrlDecodeCtx &ctx) {
-    Element whole;
-    KA_STEP_AS("------>KAsn1_GetCertLength", next, der, whole, KACERT_LengthNotEqualErr,
-               "------>KACERT_LengthNotEqualErr");
-    // The first allocation has a status of its own.
-    if (store(ctx.encoded, whole) != KACERT_Ok)
-        return KA_FAIL(KACERT_CrlNotEndErr, NotEnd);
-    Level parts;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, elementOf(ctx.encoded), parts);
-    Element part;
-    KA_PASS(takeField, parts, part);
-    KA_STEP_AS("------>KI_CRL_DecodeTBS", decodeTbs, part, ctx);
-    KA_PASS(takeField, parts, part);
-    KA_PASS(readAlgorithm, part, ctx.outerSignatureAlgorithm);
-    KA_PASS(takeField, parts, part);
-    Element signature;
-    KA_STEP_AS("------>KAsn1_ReadBitString", readValue, part, signature);
-    KA_STEP_AS("------>KI_CopyAnybuf", store, ctx.signature, signature);
-    return KACERT_Ok;
+    constexpr SignedFrame Frame = {KACERT_CrlNotEndErr, NotEnd, "------>KI_CRL_DecodeTBS", KACERT_CrlNotEndErr};
+    return decodeSigned(der, ctx, Frame, decodeTbs);
 }
 
 } // namespace
@@ -226,13 +216,13 @@ int32_t KACert_DecodeCrl(CrlDecodeCtx *ctx, const uint8_t *der, uint32_t length)
 
 int32_t KI_CRL_DecodeTBS(CrlDecodeCtx *ctx, const Anybuf *tbs) {
     KA_FRAME("KI_CRL_DecodeTBS");
-    KA_PASS(decodePart, tbs, ctx, decodeTbs);
+    KA_PASS(decodeKept, tbs, ctx, decodeTbs);
     return KA_DONE();
 }
 
 int32_t KI_CRL_DecodeRevokedCerts(const Anybuf *list, CrlDecodeCtx *ctx) {
     KA_FRAME("KI_CRL_DecodeRevokedCerts");
-    KA_PASS(decodePart, list, ctx, decodeEntries);
+    KA_PASS(decodeKept, list, ctx, decodeEntries);
     return KA_DONE();
 }
 

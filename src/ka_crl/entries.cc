@@ -1,4 +1,5 @@
-// The entries of revoked certificates: a block each in a context, and one block for the whole list when it is written.
+// The entries of revoked certificates: a block each where they are set, and one block for the whole list when it is
+// written.
 #include "ka_crl.h"
 
 #include <string.h>
@@ -7,54 +8,45 @@ namespace karil {
 
 namespace {
 
-uint8_t *roomOf(RevokedEntry &entry) {
-    return reinterpret_cast<uint8_t *>(&entry + 1);
-}
+// Every reason there is has one octet.
+constexpr uint64_t ReasonRoom = 1;
 
-// Releases a field's octets, unless they stand in the entry's own block.
-void release(RevokedEntry &entry, const Anybuf &field) {
-    const auto at = reinterpret_cast<uintptr_t>(field.data) - reinterpret_cast<uintptr_t>(roomOf(entry));
-    if (at >= entry.inlineSize)
-        KAPR_Free(field.data);
+// A field that stands in the entry's own block, from `at` on.
+Anybuf place(RevokedEntry &entry, uint32_t at, Bytes value, uint32_t tag) {
+    uint8_t *data = reinterpret_cast<uint8_t *>(&entry + 1) + at;
+    memmove(data, value.data(), value.size());
+    return {data, static_cast<uint32_t>(value.size()), 0, FormPart, tag, nullptr, nullptr};
 }
 
 } // namespace
 
-EntryPtr newEntry(uint64_t size) {
-    const uint64_t total = sizeof(RevokedEntry) + size;
-    if (total > UINT32_MAX)
+EntryPtr newEntry(Bytes serialNumber) {
+    const uint64_t room = serialNumber.size() + ReasonRoom;
+    if (room > UINT32_MAX - sizeof(RevokedEntry))
         return nullptr;
-    EntryPtr entry(static_cast<RevokedEntry *>(KAPR_Malloc(KA_SOURCE, __LINE__, static_cast<uint32_t>(total))));
-    if (entry != nullptr)
-        entry->inlineSize = static_cast<uint32_t>(size);
+    const auto size = static_cast<uint32_t>(sizeof(RevokedEntry) + room);
+    EntryPtr entry(static_cast<RevokedEntry *>(KAPR_Malloc(KA_SOURCE, __LINE__, size)));
+    if (entry == nullptr)
+        return nullptr;
+    entry->room = static_cast<uint32_t>(room);
+    entry->serialNumber = place(*entry, 0, serialNumber, TagInteger);
     return entry;
 }
 
 void freeEntry(RevokedEntry *entry) {
-    release(*entry, entry->serialNumber);
-    release(*entry, entry->reason);
+    freeData(entry->serialNumber);
+    freeData(entry->reason);
     KAPR_Free(entry);
 }
 
-void placeSerialNumber(RevokedEntry &entry, Bytes value) {
-    entry.serialNumber = {nullptr, static_cast<uint32_t>(value.size()), 0, 0, TagInteger, nullptr, nullptr};
-    if (value.empty())
-        return;
-    entry.serialNumber.data = roomOf(entry);
-    memcpy(entry.serialNumber.data, value.data(), value.size());
-}
-
-Status placeReason(RevokedEntry &entry, Bytes value) {
+Status setReason(RevokedEntry &entry, Bytes value) {
     const uint32_t serialSize = entry.serialNumber.length;
     Anybuf reason = {};
-    if (uint64_t{serialSize} + value.size() > entry.inlineSize) {
+    if (uint64_t{serialSize} + value.size() <= entry.room)
+        reason = place(entry, serialSize, value, TagEnumerated);
+    else
         KA_PASS(setTagged, reason, value, TagEnumerated);
-    } else if (!value.empty()) {
-        reason = {
-            roomOf(entry) + serialSize, static_cast<uint32_t>(value.size()), 0, 0, TagEnumerated, nullptr, nullptr};
-        memmove(reason.data, value.data(), value.size());
-    }
-    release(entry, entry.reason);
+    freeData(entry.reason);
     entry.reason = reason;
     entry.hasEntryExtensions = 1;
     entry.hasReason = 1;

@@ -16,12 +16,11 @@ constexpr uint8_t OidIssuingDist[] = {0x55, 0x1D, 0x1C};
 void freeEntry(RevokedEntry *entry);
 using EntryPtr = std::unique_ptr<RevokedEntry, By<freeEntry>>;
 
-// A node whose own block has room for `size` octets behind the record: for the serial number, and behind that for the
-// reason. Null where there is no memory.
-[[nodiscard]] EntryPtr newEntry(uint64_t size);
-void placeSerialNumber(RevokedEntry &entry, Bytes value);
+// A node with a serial number in its own block, which has room for a reason of the usual size as well. Null where there
+// is no memory.
+[[nodiscard]] EntryPtr newEntry(Bytes serialNumber);
 // In the node's own block where it fits there.
-[[nodiscard]] Status placeReason(RevokedEntry &entry, Bytes value);
+[[nodiscard]] Status setReason(RevokedEntry &entry, Bytes value);
 
 // The entry that date and reason belong to, or null.
 RevokedEntry *lastEntry(CrlEncodeCtx &ctx);

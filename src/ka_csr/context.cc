@@ -7,13 +7,14 @@ namespace {
 void clearContext(CsrEncodeCtx &ctx) {
     for (Anybuf *field : {&ctx.encoded, &ctx.tbs, &ctx.outerSignatureAlgorithm.oid, &ctx.signature,
                           &ctx.publicKeyAlgorithm.oid, &ctx.publicKey})
-        KI_ClearAnybuf(field);
+        freeData(*field);
     clearSecret(ctx.signKey);
     KI_FreeName(ctx.subject.next);
     while (ctx.attributes != nullptr) {
         const CsrAttributePtr node(ctx.attributes);
         ctx.attributes = node->next;
     }
+    freeKept(ctx.kept);
 }
 
 Status setPrivate(CsrEncodeCtx &ctx, Bytes oid, Bytes value) {
@@ -31,8 +32,8 @@ Status setPrivate(CsrEncodeCtx &ctx, Bytes oid, Bytes value) {
 } // namespace
 
 void freeAttribute(CsrAttributeNode *node) {
-    KI_ClearAnybuf(&node->oid);
-    KI_ClearAnybuf(&node->value);
+    freeData(node->oid);
+    freeData(node->value);
     KAPR_Free(node);
 }
 

@@ -4,8 +4,10 @@ namespace karil {
 
 namespace {
 
+constexpr char NotEnd[] = "------>KACERT_CsrNotEndErr";
+
 Status takeField(Level &fields, Element &out) {
-    return takeOr(fields, out, KACERT_CsrNotEndErr, "------>KACERT_CsrNotEndErr");
+    return takeOr(fields, out, KACERT_CsrNotEndErr, NotEnd);
 }
 
 // Attribute ::= SEQUENCE { type OBJECT IDENTIFIER, values SET OF ANY }, of which the first value is taken
@@ -47,11 +49,10 @@ Status decodeAttributes(const Element &element, CsrDecodeCtx &ctx) {
 }
 
 // CertificationRequestInfo ::= SEQUENCE { version, subject, subjectPKInfo, attributes OPTIONAL }
-// It is read from the context's own copy: the octets given may be those that the copy replaces.
 Status decodeInfo(const Element &info, CsrDecodeCtx &ctx) {
     KA_STEP_AS("------>KI_CopyAnybuf", store, ctx.tbs, info);
     Level fields;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, elementOf(ctx.tbs), fields);
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, info, fields);
     Element field;
     KA_PASS(takeField, fields, field);
     uint32_t version = 0;
@@ -68,22 +69,8 @@ Status decodeInfo(const Element &info, CsrDecodeCtx &ctx) {
 
 // CertificationRequest ::= SEQUENCE { certificationRequestInfo, signatureAlgorithm, signature BIT STRING }
 Status decodeRequest(Bytes der, CsrDecodeCtx &ctx) {
-    Element whole;
-    KA_STEP_AS("------>KAsn1_GetCertLength", next, der, whole, KACERT_LengthNotEqualErr,
-               "------>KACERT_LengthNotEqualErr");
-    KA_STEP_AS("------>KI_CopyAnybuf", store, ctx.encoded, whole);
-    Level parts;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, elementOf(ctx.encoded), parts);
-    Element part;
-    KA_PASS(takeField, parts, part);
-    KA_STEP_AS("------>KI_CSR_DecodeTBS", decodeInfo, part, ctx);
-    KA_PASS(takeField, parts, part);
-    KA_PASS(readAlgorithm, part, ctx.outerSignatureAlgorithm);
-    KA_PASS(takeField, parts, part);
-    Element signature;
-    KA_STEP_AS("------>KAsn1_ReadBitString", readValue, part, signature);
-    KA_STEP_AS("------>KI_CopyAnybuf", store, ctx.signature, signature);
-    return KACERT_Ok;
+    constexpr SignedFrame Frame = {KACERT_CsrNotEndErr, NotEnd, "------>KI_CSR_DecodeTBS", KACERT_MemoryErr};
+    return decodeSigned(der, ctx, Frame, decodeInfo);
 }
 
 } // namespace
@@ -100,12 +87,12 @@ int32_t KACert_DecodeCsr(CsrDecodeCtx *ctx, const uint8_t *der, uint32_t length)
 
 int32_t KI_CSR_DecodeTBS(CsrDecodeCtx *ctx, const Anybuf *tbs) {
     KA_FRAME("KI_CSR_DecodeTBS");
-    KA_PASS(decodePart, tbs, ctx, decodeInfo);
+    KA_PASS(decodeKept, tbs, ctx, decodeInfo);
     return KA_DONE();
 }
 
 int32_t KI_CSR_DecodeAttributes(CsrDecodeCtx *ctx, const Anybuf *attributes) {
     KA_FRAME("KI_CSR_DecodeAttributes");
-    KA_PASS(decodePart, attributes, ctx, decodeAttributes);
+    KA_PASS(decodeKept, attributes, ctx, decodeAttributes);
     return KA_DONE();
 }

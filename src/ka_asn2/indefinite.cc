@@ -1,0 +1,310 @@
+// A scanner for two octets that open an element and two that close one. It knows of elements only that one of a few
+// primitive tags can be passed over right behind an opening.
+#include "karil/indefinite.h"
+
+#include "ka_asn2.h"
+
+#include <algorithm>
+#include <string.h>
+
+using namespace karil;
+
+namespace {
+
+constexpr uint8_t IndefiniteLength = 0x80;
+constexpr uint8_t TakenOut = 0xAA;
+constexpr uint32_t LongestShort = 0x7F;
+constexpr uint32_t Slack = 500;       // zeros behind the input: the scan looks at no more than 11 of them
+constexpr uint32_t MovingSlack = 200; // of these, what moves with the input
+constexpr uint64_t MostMoved = uint64_t{1} << 32;
+
+// The octets that are worked on. All behind `end` are zero.
+struct Work {
+    Owned<uint8_t> block;
+    uint32_t length; // of the input
+    uint32_t end;
+
+    uint8_t *octets() const { return block.get(); }
+    uint32_t size() const { return length + Slack; }
+};
+
+// An opening or a closing, in the order of their positions.
+struct Mark {
+    uint32_t position;
+    bool isOpening;
+    bool isPaired; // a closing that has its opening
+    uint32_t link; // of an opening: its closing; of a free closing: the next free one
+    uint32_t size; // of an opening: its content, once the lengths in it are written; of a closing: see Sums
+    uint32_t late; // of an opening: by how much its tail is moved too far back; of a closing: see Sums
+};
+
+// What the openings behind a mark add to an element around them.
+struct Sums {
+    uint32_t size = 0;
+    uint32_t late = 0;
+};
+
+bool isOpener(uint8_t tag) {
+    return tag == 0x30 || tag == 0xA0;
+}
+
+bool isPrimitive(uint8_t tag) {
+    return tag >= TagInteger && tag <= TagObjectId;
+}
+
+// What an element has behind the first octet of its length, which is at `at`.
+uint64_t restOf(const uint8_t *at) {
+    if (*at <= IndefiniteLength)
+        return *at;
+    const uint32_t count = *at & 7u;
+    return uint64_t{count} + integerValue({at + 1, count});
+}
+
+// A definite element with a single short child. The value of a long length is not used, but the cell for it is asked
+// for: where there is none, the input is left as it is.
+bool staysAsItIs(const uint8_t *octets) {
+    if (!isOpener(octets[0]) || octets[1] == IndefiniteLength)
+        return false;
+    if (octets[1] < IndefiniteLength)
+        return octets[1] == octets[3] + 2;
+    uint32_t *cell = nullptr;
+    const Status status = KAsn1_Low_CharToInt(octets + 2, octets[1] & 7u, &cell);
+    const Owned<uint32_t> owned(cell);
+    return status != KACERT_Ok;
+}
+
+// Counts the marks, and stores them where `marks` is given.
+uint32_t scan(const Work &work, Mark *marks) {
+    const uint8_t *octets = work.octets();
+    uint32_t count = 0;
+    for (uint64_t i = 0; i < work.length; ++i) {
+        const bool opens = isOpener(octets[i]) && octets[i + 1] == IndefiniteLength;
+        const bool closes = octets[i] == 0 && octets[i + 1] == 0;
+        if (!opens && !closes)
+            continue;
+        if (marks != nullptr)
+            marks[count] = {static_cast<uint32_t>(i), opens, false, 0, 0, 0};
+        ++count;
+        if (closes)
+            ++i;
+        else if (isPrimitive(octets[i + 2]))
+            i += 3 + restOf(octets + i + 3);
+    }
+    return count;
+}
+
+bool isInsideDefinite(const uint8_t *octets, uint32_t position) {
+    if (position <= 2)
+        return false;
+    for (uint32_t at = position - 2; at >= 1; --at)
+        if (isPrimitive(octets[at]) && octets[at + 1] != IndefiniteLength &&
+            at + 2 + restOf(octets + at + 1) > position)
+            return true;
+    return false;
+}
+
+// The octets that `size` is counted as where an outer length is computed.
+uint32_t countedOctets(uint32_t size) {
+    return size <= 0xFF ? 1 : size <= 0xFFFF ? 2 : size <= 0xFFFFFF ? 3 : 4;
+}
+
+// The marks between an opening and its closing: as many openings as closings, all of them pairs.
+uint32_t marksInside(const Mark &opening, uint32_t index) {
+    return opening.link - index - 1;
+}
+
+// `sums`: of all openings behind this one.
+void measure(Mark &opening, uint32_t index, const Mark &closing, Sums &sums) {
+    opening.size = closing.position - opening.position - 2 - marksInside(opening, index);
+    if (opening.size <= LongestShort)
+        return;
+    opening.late = sums.late - closing.late;
+    opening.size += sums.size - closing.size;
+    sums.size += countedOctets(opening.size);
+    // Where the tail goes is computed from sizes that are 2 less.
+    sums.late += countedOctets(opening.size) - countedOctets(opening.size - 2);
+}
+
+// Pairs each opening, the last one first, with the first closing behind it that is still free.
+Status pair(std::span<Mark> marks) {
+    const auto none = static_cast<uint32_t>(marks.size());
+    uint32_t free = none;
+    Sums sums;
+    for (uint32_t i = none; i-- > 0;) {
+        Mark &mark = marks[i];
+        if (!mark.isOpening) {
+            mark = {mark.position, false, false, free, sums.size, sums.late};
+            free = i;
+            continue;
+        }
+        if (free == none)
+            return KAPKCS7_IndefiniteFormatErr;
+        Mark &closing = marks[free];
+        mark.link = free;
+        free = closing.link;
+        closing.isPaired = true;
+        measure(mark, i, closing, sums);
+    }
+    return marks.front().isOpening && marks.back().isPaired ? KACERT_Ok : KAPKCS7_IndefiniteFormatErr;
+}
+
+// The tail behind an element that starts the input is not in the result, wherever it is moved.
+bool isMovedLate(const Mark &mark) {
+    return mark.isOpening && mark.late > 0 && mark.position > 0;
+}
+
+// Moves the octets from `from` to the end, leaving zeros behind them.
+void moveTail(Work &work, uint32_t from, uint32_t to) {
+    const uint32_t end = work.end + to - from;
+    memmove(work.octets() + to, work.octets() + from, work.end - from);
+    if (end < work.end)
+        memset(work.octets() + end, 0, work.end - end);
+    work.end = end;
+}
+
+// Takes the paired closings out by moving the tail for each of them. Where a move goes too far back, the closings
+// of the elements around are no longer where they are looked for.
+Status moveTails(Work &work, std::span<const Mark> marks) {
+    for (const Mark &mark : marks)
+        if (mark.isPaired)
+            memset(work.octets() + mark.position, TakenOut, 2);
+    uint64_t moved = 0;
+    for (auto i = static_cast<uint32_t>(marks.size()); i-- > 0;) {
+        const Mark &mark = marks[i];
+        if (!mark.isOpening || mark.position == 0)
+            continue;
+        const uint32_t from = marks[mark.link].position - marksInside(mark, i) + 2;
+        const uint32_t to = from - 2 + mark.late;
+        moved += work.end - from;
+        if (moved > MostMoved || uint64_t{work.end} + to - from > uint64_t{work.length} + MovingSlack)
+            return KAPKCS7_IndefiniteFormatErr;
+        moveTail(work, from, to);
+    }
+    return KACERT_Ok;
+}
+
+// The same in one pass, where every move goes back by just the closing.
+void closeGaps(Work &work, std::span<const Mark> marks) {
+    uint8_t *octets = work.octets();
+    uint32_t from = 0;
+    uint32_t to = 0;
+    for (const Mark &mark : marks) {
+        if (!mark.isPaired)
+            continue;
+        memmove(octets + to, octets + from, mark.position - from);
+        to += mark.position - from;
+        from = mark.position + 2;
+    }
+    moveTail(work, from, to);
+}
+
+Status takeOutClosings(Work &work, std::span<const Mark> marks) {
+    if (std::ranges::any_of(marks, isMovedLate))
+        return moveTails(work, marks);
+    closeGaps(work, marks);
+    return KACERT_Ok;
+}
+
+// The octets of a length behind the one that stands in the place of 80.
+uint32_t extraOctets(uint32_t size) {
+    uint8_t octets[5];
+    return size <= LongestShort ? 0 : integerOctets(size, octets);
+}
+
+void writeLength(uint8_t *at, uint32_t size) {
+    uint8_t octets[5];
+    const uint32_t count = integerOctets(size, octets);
+    if (count > 1)
+        *at++ = static_cast<uint8_t>(0x80 | count);
+    memcpy(at, octets, count);
+}
+
+// From the last opening back, so that each stretch between two of them moves once. An opening stands where taking out
+// all closings in front of it would leave it.
+Status writeLengths(Work &work, std::span<const Mark> marks) {
+    uint64_t growth = 0;
+    uint32_t closings = 0;
+    for (const Mark &mark : marks) {
+        growth += mark.isOpening ? extraOctets(mark.size) : 0;
+        closings += mark.isPaired ? 1 : 0;
+    }
+    if (work.end + growth > work.size())
+        return KAPKCS7_IndefiniteFormatErr;
+    uint8_t *octets = work.octets();
+    uint32_t end = work.end;
+    work.end += static_cast<uint32_t>(growth);
+    for (auto i = marks.size(); i-- > 0;) {
+        const Mark &mark = marks[i];
+        closings -= mark.isPaired ? 1 : 0;
+        if (!mark.isOpening)
+            continue;
+        const uint32_t field = mark.position - 2 * closings + 1;
+        memmove(octets + field + 1 + growth, octets + field + 1, end - field - 1);
+        growth -= extraOctets(mark.size);
+        writeLength(octets + field + growth, mark.size);
+        end = field;
+    }
+    return KACERT_Ok;
+}
+
+Status convert(Work &work, std::span<Mark> marks) {
+    KA_PASS(pair, marks);
+    KA_PASS(takeOutClosings, work, marks);
+    return writeLengths(work, marks);
+}
+
+// What the header at the start claims.
+Status sizeOfResult(const Work &work, uint64_t &size) {
+    const uint8_t *octets = work.octets();
+    const uint8_t first = octets[1];
+    size = 2 + restOf(octets + 1);
+    const bool hasNone = first >= IndefiniteLength && (first & 7) == 0;
+    return hasNone || size > work.size() ? KAPKCS7_IndefiniteFormatErr : KACERT_Ok;
+}
+
+struct Output {
+    uint8_t *octets;
+    uint32_t *length;
+
+    void set(const uint8_t *from, uint64_t size) const {
+        if (size > 0)
+            memmove(octets, from, size);
+        *length = static_cast<uint32_t>(size);
+    }
+};
+
+Status makeDefinite(Work &work, const Output &output) {
+    if (staysAsItIs(work.octets()))
+        return KACERT_Ok;
+    const uint64_t count = scan(work, nullptr);
+    if (count * sizeof(Mark) > UINT32_MAX)
+        return KAPKCS7_IndefiniteFormatErr;
+    const auto blockSize = static_cast<uint32_t>(count * sizeof(Mark));
+    const Owned<Mark> block(count == 0 ? nullptr : static_cast<Mark *>(KAPR_Malloc(KA_SOURCE, __LINE__, blockSize)));
+    if (count > 0 && block == nullptr)
+        return KAPKCS7_IndefiniteFormatErr;
+    const std::span<Mark> marks(block.get(), scan(work, block.get()));
+    uint64_t size = work.length;
+    if (!marks.empty() && !isInsideDefinite(work.octets(), marks.front().position)) {
+        KA_PASS(convert, work, marks);
+        KA_PASS(sizeOfResult, work, size);
+    }
+    output.set(work.octets(), size);
+    return KACERT_Ok;
+}
+
+} // namespace
+
+int32_t KAsn1_IndefiniteToDefinite(const uint8_t *input, uint32_t length, uint8_t *output, uint32_t *outputLength) {
+    KA_FRAME("KAsn1_IndefiniteToDefinite");
+    if ((input == nullptr && length > 0) || output == nullptr || outputLength == nullptr || length > INT32_MAX - Slack)
+        return KAPKCS7_IndefiniteFormatErr;
+    Work work = {Owned<uint8_t>(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, length + Slack))), length,
+                 length + 1};
+    if (work.block == nullptr)
+        return KAPKCS7_IndefiniteFormatErr;
+    if (length > 0)
+        memcpy(work.octets(), input, length);
+    KA_PASS(makeDefinite, work, {output, outputLength});
+    return KA_DONE();
+}

@@ -1,0 +1,31 @@
+// PEM, base64 and DN strings.
+#pragma once
+
+#include "karil/dn_string.h"
+#include "karil/pem.h"
+
+#include "ka_low.h"
+
+#include <string.h>
+
+namespace karil {
+
+// What PEM and DN strings answer where they fail.
+constexpr Status Refused = -1;
+
+inline Bytes bytesOf(const char *text) {
+    return {reinterpret_cast<const uint8_t *>(text), strlen(text)};
+}
+
+// The octets in front of the first `octet` and those behind it; false, with both as they were, where there is none.
+bool split(Bytes text, uint8_t octet, Bytes &front, Bytes &behind);
+
+// Octets of the base64 text of `size` octets, without a terminator.
+constexpr uint64_t encodedSize(uint64_t size) {
+    return (size + 2) / 3 * 4;
+}
+
+// base64_decode of a text that needs no terminator.
+[[nodiscard]] Status decodeBase64(Bytes text, uint8_t *output, uint32_t *outputLength);
+
+} // namespace karil

@@ -1,0 +1,116 @@
+#include "ka_pem.h"
+
+#include <algorithm>
+
+namespace karil {
+
+bool split(Bytes text, uint8_t octet, Bytes &front, Bytes &behind) {
+    const auto *at = text.empty() ? nullptr : static_cast<const uint8_t *>(memchr(text.data(), octet, text.size()));
+    if (at == nullptr)
+        return false;
+    front = text.first(static_cast<size_t>(at - text.data()));
+    behind = text.subspan(front.size() + 1);
+    return true;
+}
+
+} // namespace karil
+
+using namespace karil;
+
+namespace {
+
+constexpr size_t LineSize = 64;
+constexpr size_t DashesSize = 5;
+
+// A block of `size` octets, or null where there is none of that size.
+Owned<uint8_t> newArea(uint64_t size) {
+    if (size > UINT32_MAX)
+        return nullptr;
+    return Owned<uint8_t>(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, static_cast<uint32_t>(size))));
+}
+
+uint8_t *putLine(uint8_t *at, Bytes line) {
+    memcpy(at, line.data(), line.size());
+    at[line.size()] = '\r';
+    at[line.size() + 1] = '\n';
+    return at + line.size() + 2;
+}
+
+uint64_t lineSize(Bytes line) {
+    return line.empty() ? 0 : line.size() + 2;
+}
+
+// Passes over the next five octets that start with a hyphen.
+bool passDashes(Bytes &text) {
+    Bytes front;
+    Bytes behind;
+    if (!split(text, '-', front, behind))
+        return false;
+    text = behind.subspan(std::min(DashesSize - 1, behind.size()));
+    return true;
+}
+
+// What stands between header and footer, or all of a text without a hyphen.
+bool findBody(Bytes text, Bytes &body) {
+    Bytes behind = text;
+    body = text;
+    if (!passDashes(behind))
+        return true;
+    return passDashes(behind) && split(behind, '-', body, behind);
+}
+
+// Copies the body without its line ends, as far as a zero octet.
+Bytes copyBody(Bytes body, uint8_t *area) {
+    Bytes behind;
+    split(body, 0, body, behind);
+    uint8_t *at = area;
+    for (const uint8_t octet : body) {
+        *at = octet;
+        at += octet != '\r' && octet != '\n' ? 1 : 0;
+    }
+    return {area, at};
+}
+
+} // namespace
+
+int32_t DER2PEM_data_format(const uint8_t *der, uint32_t length, uint8_t *output, uint32_t *outputLength,
+                            const char *header, const char *footer) {
+    if (outputLength == nullptr)
+        return Refused;
+    if (length == 0) {
+        *outputLength = 0;
+        return KACERT_Ok;
+    }
+    if (der == nullptr || output == nullptr || header == nullptr || footer == nullptr)
+        return Refused;
+    const Bytes first = bytesOf(header);
+    const Bytes last = bytesOf(footer);
+    const uint64_t size = encodedSize(length);
+    if (lineSize(first) + size + (size + LineSize - 1) / LineSize * 2 + lineSize(last) > UINT32_MAX)
+        return Refused;
+    const Owned<uint8_t> area = newArea(size + 1);
+    if (area == nullptr || base64_encode(der, length, area.get()) != KACERT_Ok)
+        return Refused;
+    uint8_t *at = first.empty() ? output : putLine(output, first);
+    for (Bytes rest(area.get(), size); !rest.empty(); rest = rest.subspan(std::min(LineSize, rest.size())))
+        at = putLine(at, rest.first(std::min(LineSize, rest.size())));
+    at = last.empty() ? at : putLine(at, last);
+    *outputLength = static_cast<uint32_t>(at - output);
+    return KACERT_Ok;
+}
+
+int32_t PEM2DER_data_format(const uint8_t *pem, uint32_t length, uint8_t *output, uint32_t *outputLength) {
+    if (outputLength == nullptr)
+        return Refused;
+    if (length == 0) {
+        *outputLength = 0;
+        return KACERT_Ok;
+    }
+    Bytes body;
+    if (pem == nullptr || output == nullptr || !findBody({pem, length}, body))
+        return Refused;
+    const Owned<uint8_t> area = newArea(uint64_t{body.size()} + 1);
+    if (area == nullptr)
+        return Refused;
+    return decodeBase64(copyBody(body, area.get()), output, outputLength);
+}
