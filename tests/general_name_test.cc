@@ -1,8 +1,8 @@
 #include "karil/name.h"
 
 #include "der.h"
+#include "rows.h"
 
-#include <gtest/gtest.h>
 #include <openssl/x509v3.h>
 
 #include <algorithm>
@@ -17,6 +17,7 @@ const uint32_t Forms[] = {Other, Rfc822, Dns, Directory, Uri, Ip};
 using Slot = Anybuf GeneralNameRecord::*;
 const Slot Plain[] = {&GeneralNameRecord::otherNameValue, &GeneralNameRecord::rfc822Name, &GeneralNameRecord::dNSName,
                       &GeneralNameRecord::uniformResourceIdentifier, &GeneralNameRecord::iPAddress};
+// Of a form that is plain octets.
 Slot slotOf(uint32_t form) { return Plain[form < Directory ? form : form - 3]; }
 
 const Octets Gbk = hex("D6 D0"); // U+4E2D in code page 936
@@ -34,7 +35,6 @@ struct Names {
         KI_FreeName(record.directoryName.next);
     }
 
-    const Anybuf &slot(uint32_t form) const { return record.*slotOf(form); }
     void set(uint32_t form, const Octets &value) {
         record.present[form] = 1;
         KI_SetAttributeCharValue(&(record.*slotOf(form)), value.data(), static_cast<uint32_t>(value.size()));
@@ -45,9 +45,8 @@ struct Names {
         const Anybuf source = view(der);
         EXPECT_EQ(KI_DecodeIssuerSubject(&source, &record.directoryName), KACERT_Ok);
     }
-    void setOther(uint32_t kind, const Octets &value, std::string_view type = "1.2.3.4") {
+    void setOther(uint32_t kind, const Octets &value, const Octets &dotted = text("1.2.3.4")) {
         set(Other, value);
-        const Octets dotted = text(type);
         record.otherNameKind = kind;
         KI_SetAttributeCharValue(&record.otherNameType, dotted.data(), static_cast<uint32_t>(dotted.size()));
     }
@@ -59,24 +58,15 @@ struct Names {
         set(Uri, text("u:v"));
         set(Ip, hex("7F 00 00 01"));
     }
-    std::string flags() const { return toHex(record.present, 8); }
 };
 
-// What an encoder answers: the element, or "status N".
 std::string encoded(int32_t (*encode)(GeneralNameRecord *, Anybuf **), Names &names) {
     Anybuf *out = nullptr;
     const int32_t status = encode(&names.record, &out);
-    const Chain chain(out);
-    EXPECT_EQ(chain == nullptr, status != KACERT_Ok);
-    return status == KACERT_Ok ? toHex(*chain) : "status " + std::to_string(status);
+    return answerOf(status, out);
 }
 std::string one(Names &names) { return encoded(KI_EncodeGeneralName, names); }
 std::string all(Names &names) { return encoded(KI_EncodeGeneralNameS, names); }
-
-int32_t decode(Octets der, Names &names, uint8_t &found) {
-    const Anybuf source = view(der);
-    return KI_DecodeGeneralNameS(&source, &names.record, &found);
-}
 
 // Elements of Names::setEveryForm as the plural encoder writes them.
 const Octets Elements[] = {
@@ -88,40 +78,18 @@ const Octets Elements[] = {
     hex("87 04 7F 00 00 01"),
 };
 
-TEST(GeneralName, EveryKindOfOtherName) {
-    struct Row {
-        const char *name;
-        uint32_t kind;
-        Octets value;
-        uint32_t tagAfter;
-        const char *one;
-        const char *all;
-    };
-    const uint32_t came = 30; // a tag that would make a BMPString if it were left
-    const Row rows[] = {
-        {"BIT STRING", 3, hex("F0"), 3, "03 02 04 F0", "03 02 04 F0"},
-        {"OCTET STRING", 4, hex("00 80"), 4, "04 02 00 80", "04 02 00 80"},
-        {"UTF8String", 12, Gbk, came, "0C 03 E4 B8 AD", "A0 05 0C 03 E4 B8 AD"},
-        {"PrintableString", 19, text("a_b"), 19, "13 03 61 5F 62", "13 03 61 5F 62"},
-        {"IA5String", 22, text("a@b"), 22, "16 03 61 40 62", "16 03 61 40 62"},
-        {"BMPString", 30, hex("41 D6 D0"), came, "1E 04 00 41 4E 2D", "1E 04 00 41 4E 2D"},
-        {"no kind", 0, Gbk, came, "0C 03 E4 B8 AD", "0C 03 E4 B8 AD"},
-        {"any other kind", 20, text("a"), came, "0C 01 61", "0C 01 61"},
-        {"kind whose low octet is a known one", 0x104, text("a"), came, "0C 01 61", "0C 01 61"},
-    };
-    for (const Row &row : rows) {
-        Names names;
-        names.setOther(row.kind, row.value);
-        Anybuf &value = names.record.otherNameValue;
-        value.unusedBits = 4;
-        for (const bool plural : {false, true}) {
-            value.tag = came;
-            const Octets element = tlv(0xA0, {hex("06 03 2A 03 04"), hex(plural ? row.all : row.one)});
-            EXPECT_EQ(plural ? all(names) : one(names), toHex(plural ? tlv(0x30, element) : element)) << row.name;
-            EXPECT_EQ(value.tag, row.tagAfter) << row.name;
-        }
-        EXPECT_EQ(toHex(value), toHex(row.value)) << row.name;
+ROWS(GeneralName, OtherNames) {
+    Names names;
+    names.setOther(row.number<uint32_t>("kind"), row.octets("value"));
+    Anybuf &value = names.record.otherNameValue;
+    value.unusedBits = 4;
+    for (const bool plural : {false, true}) {
+        value.tag = 30;
+        const Octets element = tlv(0xA0, {hex("06 03 2A 03 04"), row.octets(plural ? "all" : "one")});
+        EXPECT_EQ(plural ? all(names) : one(names), toHex(plural ? tlv(0x30, element) : element));
+        EXPECT_EQ(value.tag, row.number("tagAfter"));
     }
+    EXPECT_EQ(toHex(value), row.hex("value"));
 }
 
 TEST(GeneralName, PluralWritesAllAndSingularTheFirst) {
@@ -149,48 +117,31 @@ TEST(GeneralName, PluralWritesAllAndSingularTheFirst) {
     EXPECT_EQ(one(odd), "87 02 00 80");
 }
 
+ROWS(GeneralName, OtherNamesRefused) {
+    for (const auto encode : {one, all}) {
+        Names names;
+        names.setOther(row.number<uint32_t>("kind"), row.octets("value"), row.octets("type"));
+        const Trace trace;
+        EXPECT_EQ(encode(names), "status " + row("status"));
+        EXPECT_TRUE(trace.has(row("words")));
+    }
+}
+
 TEST(GeneralName, EncodeFailures) {
-    struct Row {
-        uint32_t kind;
-        size_t length; // of the value
-        std::string type;
-        int32_t status;
-        const char *words;
-    };
     std::string octets128 = "1.2";
     for (int i = 1; i < 128; ++i) octets128 += ".1";
-    const Row rows[] = {
-        {4, 1, "", 108, "------>没有设置CERT_SUBJECT_ALT_OTHERNAME_TYPEID属性值"},
-        {4, 0, "1.2.3", 108, "------>没有设置CERT_SUBJECT_ALT_OTHERNAME_VALUE属性值"},
-        {4, 0, "", 108, "------>没有设置CERT_SUBJECT_ALT_OTHERNAME_TYPEID属性值"},
-        {4, 1, "1.2.x", 139, "------>KACert_GetOIDValue"},
-        {4, 1, octets128 + ".1", 101, "------>KACert_GetOIDValue"},
-        {12, 1025, "1.2.3", 101, "------>KI_EnCodeUtf8"},
-        {0, 1025, "1.2.3", 101, "------>KI_EnCodeUtf8"},
-        {30, 1025, "1.2.3", 101, "------>KI_Chinese2BmpString"},
-    };
-    for (const Row &row : rows)
-        for (const auto encode : {one, all}) {
-            Names names;
-            names.setOther(row.kind, Octets(row.length, 'a'), row.type);
-            Trace trace;
-            EXPECT_EQ(encode(names), "status " + std::to_string(row.status)) << row.kind << row.type;
-            EXPECT_TRUE(trace.has(row.words)) << row.words;
-        }
     Names longest;
-    longest.setOther(4, text("a"), octets128);
+    longest.setOther(4, text("a"), text(octets128));
     EXPECT_EQ(one(longest), toHex(tlv(0xA0, {tlv(0x06, cat({hex("2A"), Octets(127, 1)})), hex("04 01 61")})));
-
     // A form behind one that was written already.
     Names directory;
     directory.set(Dns, text("b"));
     directory.setDirectory(std::string(1025, 'x'));
     directory.record.directoryName.next->value.data[0] = '_';
     EXPECT_EQ(all(directory), "status 101");
-
     Anybuf *out = nullptr;
     for (const auto encode : {KI_EncodeGeneralName, KI_EncodeGeneralNameS}) {
-        Trace words;
+        const Trace words;
         EXPECT_EQ(encode(nullptr, &out), KACERT_InvalidParamErr);
         EXPECT_TRUE(words.has("------>pGenName is Null."));
         EXPECT_EQ(encode(&directory.record, nullptr), KACERT_InvalidParamErr);
@@ -198,48 +149,24 @@ TEST(GeneralName, EncodeFailures) {
     EXPECT_EQ(out, nullptr);
 }
 
-TEST(GeneralName, Decoded) {
-    struct Row {
-        const char *name;
-        const char *content; // of the SEQUENCE
-        const char *flags;
-        uint32_t form; // the slot to look at, with what it holds
-        const char *value;
-        uint32_t tag;
-    };
-    const char *none = "00 00 00 00 00 00 00 00";
-    const char *dns = "00 00 01 00 00 00 00 00";
-    const Row rows[] = {
-        {"empty", "", none, Dns, "", 0},
-        {"rfc822Name", "81 03 61 40 62", "00 01 00 00 00 00 00 00", Rfc822, "61 40 62", 0x81},
-        {"dNSName", "82 03 62 2E 63", dns, Dns, "62 2E 63", 0x82},
-        {"uniformResourceIdentifier", "86 03 75 3A 76", "00 00 00 00 00 00 01 00", Uri, "75 3A 76", 0x86},
-        {"iPAddress", "87 03 00 80 01", "00 00 00 00 00 00 00 01", Ip, "00 80 01", 0x87},
-        {"directoryName", "A4 02 30 00", "00 00 00 00 01 00 00 00", Dns, "", 0},
-        {"the first value stays", "82 01 61 81 01 62 82 01 63", "00 01 01 00 00 00 00 00", Dns, "61", 0x82},
-        {"a later one is not even opened", "82 01 61 82 80 01", dns, Dns, "61", 0x82},
-        {"otherName", "A0 08 06 02 2A 03 A0 02 05 00", none, Dns, "", 0},
-        {"x400Address", "A3 02 30 00", none, Dns, "", 0},
-        {"ediPartyName", "A5 03 81 01 61", none, Dns, "", 0},
-        {"registeredID", "88 01 2A", none, Dns, "", 0},
-        {"number 18", "92 01 61", none, Dns, "", 0},
-        {"number of several octets", "9F 82 01 61", none, Dns, "", 0},
-        {"behind forms that are passed over", "A0 00 A3 00 A5 00 88 01 2A 82 01 61", dns, Dns, "61", 0x82},
-        {"only the number counts", "02 02 00 80", dns, Dns, "80", 2},
-        {"constructed", "A2 02 05 00", dns, Dns, "05 00", 0xA2},
-        {"empty value", "82 00", dns, Dns, "", 0x82},
-    };
-    for (const Row &row : rows) {
-        SCOPED_TRACE(row.name);
-        Names names;
-        uint8_t found = 9;
-        ASSERT_EQ(decode(tlv(0x30, hex(row.content)), names, found), KACERT_Ok);
-        EXPECT_EQ(found, row.flags == none ? 0 : 1);
-        EXPECT_EQ(names.flags(), row.flags);
-        EXPECT_EQ(toHex(names.slot(row.form)), row.value);
-        EXPECT_EQ(names.slot(row.form).tag, row.tag);
-        EXPECT_EQ(names.record.otherNameType.data, nullptr);
-    }
+ROWS(GeneralName, Decoded) {
+    Names names;
+    uint8_t found = 9;
+    Octets der = tlv(0x30, row.octets("content"));
+    const Anybuf source = view(der);
+    ASSERT_EQ(KI_DecodeGeneralNameS(&source, &names.record, &found), KACERT_Ok);
+    const Octets flags = row.octets("flags");
+    EXPECT_EQ(found, flags == Octets(8) ? 0 : 1);
+    EXPECT_EQ(toHex(names.record.present, 8), toHex(flags));
+    EXPECT_EQ(names.record.otherNameType.data, nullptr);
+    const auto form = row.number<uint32_t>("form");
+    for (const uint32_t other : Forms)
+        if (other != Directory) {
+            const Anybuf &slot = names.record.*slotOf(other);
+            EXPECT_TRUE(flags[other] != 0 || slot.data == nullptr) << other;
+            EXPECT_EQ(slot.tag, other == form ? row.number<uint32_t>("tag") : flags[other] * slot.tag) << other;
+            EXPECT_TRUE(other != form || toHex(slot) == row.hex("value")) << other;
+        }
 }
 
 struct FreeNames {

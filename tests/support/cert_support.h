@@ -4,6 +4,7 @@
 #include "karil/cert.h"
 
 #include "der.h"
+#include "rows.h"
 
 namespace karil_test {
 
@@ -57,6 +58,8 @@ struct CertParts {
     Octets outer = algorithm(Sha1WithRsa);
     Octets signature = hex("03 04 00 AA BB CC");
 
+    // The part of that name.
+    Octets &operator[](std::string_view name);
     void setExtensions(std::initializer_list<Octets> list) { extensions = tlv(0xA3, seq(list)); }
     Octets tbs() const { return seq({version, serial, inner, issuer, validity, subject, key, extensions}); }
     Octets whole() const { return seq({tbs(), outer, signature}); }
@@ -67,5 +70,17 @@ struct CertParts {
 void fillCert(const CertPtr &ctx);
 int32_t fixedSignature(const uint8_t *input, uint32_t inputLength, uint8_t *output, uint32_t *outputLength,
                        void *parameter);
+
+CertPtr filledCert();
+CertPtr decodedCert(const CertParts &parts);
+
+// A step of a row on a context: "id=octets" or "int id=number". The status of the call.
+int32_t take(const CertPtr &ctx, const Row &row, const std::string &step);
+// Takes the steps of the column; all but the last must succeed. The status of the last.
+int32_t takeAll(const CertPtr &ctx, const Row &row, std::string_view column);
+
+// All that is not 0, null or as it is in a fresh context: "name=value, name=octets".
+std::string dump(const CertExtensions &extensions);
+std::string dump(const CertEncodeCtx &ctx);
 
 } // namespace karil_test

@@ -34,6 +34,12 @@ std::string toHex(const uint8_t *data, size_t size) {
 
 Octets text(std::string_view characters) { return {characters.begin(), characters.end()}; }
 
+std::string answerOf(int32_t status, Anybuf *element) {
+    const Chain owner(element);
+    if (status != KACERT_Ok) return "status " + std::to_string(status) + (element != nullptr ? " and an element" : "");
+    return element != nullptr ? toHex(*element) : "nothing";
+}
+
 // One octet in front keeps data from being null where there are none.
 Exact::Exact(const Octets &octets, uint32_t tag) : block(new uint8_t[octets.size() + 1]) {
     record = {block.get() + 1, static_cast<uint32_t>(octets.size()), 0, 0, tag, nullptr, nullptr};

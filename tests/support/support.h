@@ -28,6 +28,9 @@ using Chain = std::unique_ptr<Anybuf, FreeChain>;
 struct FreeBlock {
     void operator()(void *block) const { KAPR_Free(block); }
 };
+// What a call answered: its element in hex, or "status N", which has none. The element is freed.
+std::string answerOf(int32_t status, Anybuf *element);
+
 template <class T> using Block = std::unique_ptr<T, FreeBlock>;
 
 // A record over octets that the test owns: a reader's source.
