@@ -66,6 +66,7 @@ void registerQuery();
 void registerEncode();
 void registerSign();
 void registerVerify();
+void registerPem();
 void registerGrowth();
 void registerCrl();
 void registerCsr();

@@ -38,6 +38,7 @@ ROWS = [
     Row("sign-cert", "libcrypto", None, None),
     Row("verify-cert", "public-operation", 1.6, 1.3),
     Row("verify-cert", "libcrypto", None, None),
+    Row("pem", "libcrypto", 1.0, 0.5),
     Row("growth-extensions", "itself", 1.5, 1.1),
     Row("memory", "libcrypto", 0.5, 0.3),
     Row("decode-crl", "mbedtls", 4.0, 2.0),

@@ -208,6 +208,48 @@ void addOids(Folder oids) {
     oids.add(arcs);
 }
 
+// A certificate's size of octets as text, plain and in two blocks, and texts that bend the rules.
+void addPem(Folder texts) {
+    const Octets der = repeated("\x30\x82\xFF", 400);
+    Octets pem(2000);
+    uint32_t size = 0;
+    must(DER2PEM_data_format(der.data(), sizeOf(der), pem.data(), &size, "-----BEGIN X-----", "-----END X-----") == 0,
+         "a seed can be encoded");
+    pem.resize(size);
+    texts.add(pem);
+    texts.add(repeated({reinterpret_cast<const char *>(pem.data()), 70}, 2));
+    for (const std::string_view text :
+         {"QUJD", "QUI=QUJ ", "QQ==", " UJD", "-----A-----\nQUJD\n-", "QUJD-", "-----A--"})
+        texts.add(bytesOf(text));
+}
+
+void addDnStrings(Folder texts) {
+    for (const std::string_view text :
+         {"C=CN,O=o,OU=a,OU=b,CN=n,E=e,S=s,L=l,PA=p,PC=1,Phone=2,IDCard=3", "OU=a,CN=n,OU=b", "CN=,,C=O=x,cn=", "="})
+        texts.add(bytesOf(text));
+    texts.add(repeated("OU=x,", 206));
+}
+
+// Elements around octets that the scan passes over, on both sides of a limit; `depth` openings and closings.
+void addIndefinite(Folder elements) {
+    for (const size_t size : {1u, 122u, 250u, 251u, 252u, 253u, 254u, 510u})
+        for (const size_t depth : {1u, 2u, 3u, 5u}) {
+            Octets element = repeated("\x30\x80", depth);
+            const uint8_t header[] = {0x04, 0x82, static_cast<uint8_t>(size >> 8), static_cast<uint8_t>(size)};
+            element.insert(element.end(), header, header + 4);
+            element.insert(element.end(), size + 2 * (depth - 1), 0x55);
+            std::fill(element.end() - static_cast<long>(2 * (depth - 1)), element.end(), uint8_t{0});
+            const uint8_t behind[] = {2, 1, 5, 0, 0};
+            element.insert(element.end(), behind, behind + 5);
+            elements.add(element);
+            elements.add({0x31, 0x82, 0x02, 0x00}, element);
+        }
+    elements.add({0x30, 0x80, 0x04, 0x03, 0, 0, 0, 0, 0}, {});
+    elements.add({0x30, 0x03, 0x02, 0x01, 0x05}, {});
+    elements.add({0x31, 0x06, 0x04, 0x04, 0x30, 0x80, 0x00, 0x00}, {});
+    elements.add({0x30, 0x80, 0, 0, 0, 0, 0xA0, 0x80, 0x30, 0x80, 0, 0, 0, 0}, {});
+}
+
 // A program of one step for each selector, and one of all steps.
 void addPrograms(Folder programs) {
     Octets all = {0, 0};
@@ -322,7 +364,7 @@ void addSigned(Folder objects) {
     must(KA_VerifyCrl(issuer.data(), sizeOf(issuer), crl.data(), sizeOf(crl)) == KACERT_Ok, "a CRL");
     Octets pem(request.size() * 2 + 60);
     uint32_t length = 0;
-    must(DER2PEM_data_format(request.data(), lengthOf(request), pem.data(), &length, "-----BEGIN-----",
+    must(DER2PEM_data_format(request.data(), sizeOf(request), pem.data(), &length, "-----BEGIN-----",
                              "-----END-----") == 0 &&
              KA_VerifyCsr_Sign(pem.data(), static_cast<int32_t>(length)) == KACERT_Ok,
          "a request");
@@ -360,5 +402,8 @@ int main(int count, char **arguments) {
     addRequests(folder("csr"));
     addSigned(folder("verify"));
     addKeys(folder("keys"));
+    addPem(folder("pem"));
+    addDnStrings(folder("dn_string"));
+    addIndefinite(folder("indefinite"));
     return 0;
 }

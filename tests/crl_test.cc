@@ -349,7 +349,7 @@ TEST(Crl, ThePartsByThemselves) {
     EXPECT_EQ(chain->next->next, node);
 
     const CrlPtr decoded = create<CrlDecodeCtx>();
-    const auto read = [&decoded](const Octets &octets, auto decodePart, auto *target) {
+    const auto read = [](const Octets &octets, auto decodePart, auto *target) {
         const Exact element(octets);
         return decodePart(target, &element.record);
     };

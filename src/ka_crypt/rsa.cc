@@ -84,6 +84,14 @@ uint32_t operate(Operation operation, RSA *key, Bytes input, uint8_t *output) {
     return result < 0 ? OperationFailed : static_cast<uint32_t>(result);
 }
 
+// RSA_private_decrypt that refuses a bad block. From libcrypto 3.2 on the function itself gives octets made up for one,
+// unless it is asked to leave the padding alone.
+int privateDecrypt(int size, const unsigned char *input, unsigned char *output, RSA *key, int) {
+    Secret<LargestModulus> block;
+    const int length = RSA_private_decrypt(size, input, block.octets, key, RSA_NO_PADDING);
+    return length < 0 ? length : RSA_padding_check_PKCS1_type_2(output, length, block.octets, length, length);
+}
+
 template <class Record>
 Status runRsa(Operation operation, uint8_t *output, uint32_t *outputLength, const uint8_t *input, uint32_t inputLength,
               const Record *record) {
@@ -164,7 +172,7 @@ int32_t KA_PKCS7_RSAPrivateEncrypt(uint8_t *output, uint32_t *outputLength, cons
 
 int32_t KA_PKCS7_RSAPrivateDecrypt(uint8_t *output, uint32_t *outputLength, const uint8_t *input, uint32_t inputLength,
                                    const RsaPrivateKeyRecord *key) {
-    return runRsa(RSA_private_decrypt, output, outputLength, input, inputLength, key);
+    return runRsa(privateDecrypt, output, outputLength, input, inputLength, key);
 }
 
 int32_t KA_PKCS7_GenerateBytes(uint8_t *output, const uint32_t *length) {

@@ -234,8 +234,8 @@ Status verifyRequest(Bytes der) {
 }
 
 // The area holds whatever the text may decode to, which has fewer octets than the text.
-Status verifyPemRequest(const uint8_t *pem, int32_t length) {
-    const Owned<uint8_t> der(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, static_cast<uint32_t>(length))));
+Status verifyPemRequest(const uint8_t *pem, uint32_t length) {
+    const Owned<uint8_t> der(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, length)));
     if (der == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
     uint32_t size = 0;
@@ -268,6 +268,6 @@ int32_t KA_VerifyCsr_Sign(const uint8_t *request, int32_t length) {
     if (request[0] == 0x30)
         KA_PASS(verifyRequest, {request, static_cast<size_t>(length)});
     else
-        KA_PASS(verifyPemRequest, request, length);
+        KA_PASS(verifyPemRequest, request, static_cast<uint32_t>(length));
     return KA_DONE();
 }

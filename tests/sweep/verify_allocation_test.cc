@@ -124,7 +124,7 @@ TEST(FailingAllocations, KeysAreWiped) {
     karil_test::Run run(false);
     encodeKeys(run);
     onRelease(nullptr);
-    EXPECT_GT(blocks, 20);
+    EXPECT_GE(blocks, 10); // nine integers and what holds them
     EXPECT_EQ(found, 0);
 }
 
