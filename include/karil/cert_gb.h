@@ -65,8 +65,9 @@ KARIL_API int32_t KACert_SetCertPrivate_GB(CertEncodeCtx *ctx, int32_t type, con
  * `first`: the list, not null. `recordSize`: sizeof(KA_THUMBPRINT). `result`: receives the DER; no capacity is told, so
  * it needs room for valueLen and 22 octets for each digest, and 6 more; must not be null. `resultLength`: receives its
  * octets.
- * Returns 0; KACERT_InvalidParamErr for a null pointer, another size, or an object identifier that cannot be made;
- * KACERT_InvalidLengthErr for a valueLen outside 1 to 512; KACERT_MemoryErr. Outputs of a failed call are as they were.
+ * Returns 0; KACERT_InvalidParamErr for a null pointer, another size, a valueLen below 1, or an object identifier that
+ * cannot be made; KACERT_InvalidLengthErr for a valueLen above 512; KACERT_MemoryErr. Outputs of a failed call are as
+ * they were.
  */
 KARIL_API int32_t EnCodeThums(const KA_THUMBPRINT *first, uint32_t recordSize, uint8_t *result, uint32_t *resultLength);
 

@@ -134,12 +134,13 @@ Status writeThumbAlgorithm(const ThumbAlgorithm &algorithm, Anybuf **out) {
 
 // SEQUENCE { algorithm, OCTET STRING value }
 Status writeThumb(const KA_THUMBPRINT &thumb, const ThumbAlgorithm &algorithm, Anybuf **out) {
-    if (thumb.valueLen < 1 || static_cast<size_t>(thumb.valueLen) > sizeof thumb.value)
+    if (thumb.valueLen > static_cast<int32_t>(sizeof thumb.value))
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KACERT_InvalidLengthErr");
     Chain fields;
     KA_PASS(writeThumbAlgorithm, algorithm, fields.slot());
-    if (UnsignedChar2OCTET(thumb.value, thumb.valueLen, fields.slot()) != KACERT_Ok)
-        return KA_FAIL(KACERT_MemoryErr, "------>UnsignedChar2OCTET");
+    const Status status = UnsignedChar2OCTET(thumb.value, thumb.valueLen, fields.slot());
+    if (status != KACERT_Ok)
+        return KA_FAIL(status == KACERT_InvalidParamErr ? status : KACERT_MemoryErr, "------>UnsignedChar2OCTET");
     KA_STEP(KAsn1_WriteSequence, fields.head(), out);
     return KACERT_Ok;
 }
