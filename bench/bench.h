@@ -51,11 +51,22 @@ Octets tbsOf(Bytes certificate);
 Octets encodeTbsWithLibcrypto();
 int32_t copyingHook(const uint8_t *input, uint32_t inputLength, uint8_t *output, uint32_t *outputLength, void *);
 
+// A key of 2,048 bits, and the hook that signs with it; its parameter is the private record's address.
+struct KeyPair {
+    RsaPublicKeyRecord open;
+    RsaPrivateKeyRecord secret;
+};
+const KeyPair &keyPair();
+int32_t signingHook(const uint8_t *input, uint32_t inputLength, uint8_t *output, uint32_t *outputLength,
+                    void *parameter);
+
 // Each file registers its own as "measure/who"; the counter "items" says among how many the time is divided.
 void registerDecode();
 void registerQuery();
 void registerEncode();
 void registerSign();
+void registerVerify();
+void registerPem();
 void registerGrowth();
 void registerCrl();
 void registerCsr();

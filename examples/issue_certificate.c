@@ -4,77 +4,13 @@
  *
  *     issue_certificate OUTPUT_FOLDER [FOLDER_OF_DER_CERTIFICATES]
  */
-#include <karil/karil.h>
+#include "example.h"
 
 #include <dirent.h>
-#include <stdio.h>
-#include <stdlib.h>
-#include <string.h>
 #include <time.h>
 
-/* Stops at the first status that is not 0 and names the call. */
-#define CHECK(CALL) check((CALL), #CALL)
-
-static void check(int32_t status, const char *call) {
-    if (status == KACERT_Ok)
-        return;
-    fprintf(stderr, "status %d from %s\n", (int)status, call);
-    exit(1);
-}
-
-static const uint8_t sha1WithRsa[] = {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x01, 0x05};
-static const uint8_t rsaEncryption[] = {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x01, 0x01};
 static const uint8_t anyPolicy[] = {0x55, 0x1D, 0x20, 0x00};
 static const char privateOid[] = "2.999.1"; /* an arc that is set aside for examples */
-
-/* A key pair and the two forms in which a certificate holds its public half. */
-typedef struct Key {
-    RsaPublicKeyRecord publicKey;
-    RsaPrivateKeyRecord privateKey;
-    uint8_t der[600];
-    uint32_t derLength;
-    uint8_t identifier[20];
-} Key;
-
-/* RSAPublicKey ::= SEQUENCE { modulus INTEGER, publicExponent INTEGER }, the content of the key's BIT STRING. */
-static void encodePublicKey(Key *key) {
-    const uint8_t *fields[] = {key->publicKey.modulus, key->publicKey.exponent};
-    Anybuf *numbers = NULL;
-    Anybuf **slot = &numbers;
-    for (int i = 0; i < 2; ++i) {
-        uint32_t skip = 0;
-        while (skip < 255 && fields[i][skip] == 0)
-            ++skip;
-        Anybuf number;
-        KI_InitAnybuf(&number);
-        CHECK(KI_SetAttributeCharValue(&number, fields[i] + skip, 256 - skip));
-        CHECK(KAsn1_WriteIntegerArray(&number, slot));
-        KI_ClearAnybuf(&number);
-        slot = &(*slot)->next;
-    }
-    Anybuf *sequence = NULL;
-    CHECK(KAsn1_WriteSequence(numbers, &sequence));
-    KI_FreeAnybuf(numbers);
-    key->derLength = sequence->length;
-    memcpy(key->der, sequence->data, sequence->length);
-    KI_FreeAnybuf(sequence);
-}
-
-static void makeKey(Key *key) {
-    uint32_t length = 0;
-    CHECK(KA_PKCS7_GenRSAKeyPair_2048(&key->publicKey, &key->privateKey));
-    encodePublicKey(key);
-    CHECK(KA_PKCS7_DigestMessage(KA_DIGEST_SHA1, key->der, key->derLength, key->identifier, &length));
-}
-
-/* The signing hook. The first call only asks whether it is there: no output and no parameter. */
-static int32_t signWithKey(const uint8_t *input, uint32_t inputLength, uint8_t *output, uint32_t *outputLength,
-                           void *parameter) {
-    if (output == NULL)
-        return 0;
-    return KA_PKCS7_SignedData(KA_DIGEST_SHA1, input, inputLength, output, outputLength,
-                               (const RsaPrivateKeyRecord *)parameter);
-}
 
 static void setBytes(CertEncodeCtx *ctx, int32_t id, const uint8_t *value, uint32_t length) {
     CHECK(KACert_SetCertAttributeChar(ctx, id, value, (int32_t)length));
@@ -153,24 +89,14 @@ static CertEncodeCtx *fillLeaf(const Key *leaf, const Key *root) {
     return ctx;
 }
 
-/* Encodes the certificate into a file of the folder; the caller frees the octets with free. */
-static uint8_t *writeCertificate(CertEncodeCtx *ctx, const char *folder, const char *name, uint32_t *length) {
-    char path[4096];
-    snprintf(path, sizeof path, "%s/%s", folder, name);
-    CHECK(KACert_EncodeCert(ctx, NULL, length));
-    uint8_t *der = malloc(*length);
-    FILE *file = fopen(path, "wb");
-    if (der == NULL || file == NULL) {
-        perror(path);
-        exit(1);
-    }
-    CHECK(KACert_EncodeCert(ctx, der, length));
-    if (fwrite(der, 1, *length, file) != *length || fclose(file) != 0) {
-        perror(path);
-        exit(1);
-    }
+/* Encodes the certificate into a file of the folder; the caller frees the octets. */
+static Octets writeCertificate(CertEncodeCtx *ctx, const char *folder, const char *name) {
+    uint32_t length = 0;
+    CHECK(KACert_EncodeCert(ctx, NULL, &length));
+    const Octets der = makeOctets(length);
+    CHECK(KACert_EncodeCert(ctx, der.data, &length));
     CHECK(KACert_DestroyCertEncodeCtx(ctx));
-    printf("wrote %s, %u octets\n", path, (unsigned)*length);
+    writeFile(folder, name, der);
     return der;
 }
 
@@ -211,7 +137,7 @@ static void printPrivateExtensions(CertDecodeCtx *ctx) {
     }
 }
 
-static void printCertificate(const char *title, const uint8_t *der, uint32_t length) {
+static void printCertificate(const char *title, Octets der) {
     static const Line lines[] = {
         {CERT_SERIALNUMBER, 0, "serial number"},
         {CERT_ISSUER_DN, 1, "issuer"},
@@ -234,7 +160,7 @@ static void printCertificate(const char *title, const uint8_t *der, uint32_t len
     int32_t from = 0;
     int32_t to = 0;
     CHECK(KACert_CreateCertDecodeCtx(&ctx));
-    CHECK(KACert_DecodeCert(ctx, der, length));
+    CHECK(KACert_DecodeCert(ctx, der.data, der.length));
     CHECK(KACert_GetCertAttributeInt(ctx, CERT_VALIDFROM, &from));
     CHECK(KACert_GetCertAttributeInt(ctx, CERT_VALIDTO, &to));
     printf("\n%s, valid for %d days\n", title, (int)((to - from) / 86400));
@@ -315,20 +241,18 @@ static void surveyFolder(const char *folder) {
 int main(int argc, char **argv) {
     static Key root;
     static Key leaf;
-    uint32_t rootLength = 0;
-    uint32_t leafLength = 0;
     if (argc < 2) {
         fprintf(stderr, "usage: %s OUTPUT_FOLDER [FOLDER_OF_DER_CERTIFICATES]\n", argv[0]);
         return 2;
     }
     makeKey(&root);
     makeKey(&leaf);
-    uint8_t *rootDer = writeCertificate(fillRoot(&root), argv[1], "root.der", &rootLength);
-    uint8_t *leafDer = writeCertificate(fillLeaf(&leaf, &root), argv[1], "leaf.der", &leafLength);
-    printCertificate("Root", rootDer, rootLength);
-    printCertificate("Leaf", leafDer, leafLength);
-    free(rootDer);
-    free(leafDer);
+    const Octets rootDer = writeCertificate(fillRoot(&root), argv[1], "root.der");
+    const Octets leafDer = writeCertificate(fillLeaf(&leaf, &root), argv[1], "leaf.der");
+    printCertificate("Root", rootDer);
+    printCertificate("Leaf", leafDer);
+    free(rootDer.data);
+    free(leafDer.data);
     if (argc > 2)
         surveyFolder(argv[2]);
     return 0;

@@ -1,5 +1,5 @@
 // Writes what the fuzzer starts from: make_seeds FOLDER fills FOLDER/TARGET for each target.
-#include "base_cert.h"
+#include "issuer.h"
 
 #include <filesystem>
 #include <fstream>
@@ -208,6 +208,48 @@ void addOids(Folder oids) {
     oids.add(arcs);
 }
 
+// A certificate's size of octets as text, plain and in two blocks, and texts that bend the rules.
+void addPem(Folder texts) {
+    const Octets der = repeated("\x30\x82\xFF", 400);
+    Octets pem(2000);
+    uint32_t size = 0;
+    must(DER2PEM_data_format(der.data(), sizeOf(der), pem.data(), &size, "-----BEGIN X-----", "-----END X-----") == 0,
+         "a seed can be encoded");
+    pem.resize(size);
+    texts.add(pem);
+    texts.add(repeated({reinterpret_cast<const char *>(pem.data()), 70}, 2));
+    for (const std::string_view text :
+         {"QUJD", "QUI=QUJ ", "QQ==", " UJD", "-----A-----\nQUJD\n-", "QUJD-", "-----A--"})
+        texts.add(bytesOf(text));
+}
+
+void addDnStrings(Folder texts) {
+    for (const std::string_view text :
+         {"C=CN,O=o,OU=a,OU=b,CN=n,E=e,S=s,L=l,PA=p,PC=1,Phone=2,IDCard=3", "OU=a,CN=n,OU=b", "CN=,,C=O=x,cn=", "="})
+        texts.add(bytesOf(text));
+    texts.add(repeated("OU=x,", 206));
+}
+
+// Elements around octets that the scan passes over, on both sides of a limit; `depth` openings and closings.
+void addIndefinite(Folder elements) {
+    for (const size_t size : {1u, 122u, 250u, 251u, 252u, 253u, 254u, 510u})
+        for (const size_t depth : {1u, 2u, 3u, 5u}) {
+            Octets element = repeated("\x30\x80", depth);
+            const uint8_t header[] = {0x04, 0x82, static_cast<uint8_t>(size >> 8), static_cast<uint8_t>(size)};
+            element.insert(element.end(), header, header + 4);
+            element.insert(element.end(), size + 2 * (depth - 1), 0x55);
+            std::fill(element.end() - static_cast<long>(2 * (depth - 1)), element.end(), uint8_t{0});
+            const uint8_t behind[] = {2, 1, 5, 0, 0};
+            element.insert(element.end(), behind, behind + 5);
+            elements.add(element);
+            elements.add({0x31, 0x82, 0x02, 0x00}, element);
+        }
+    elements.add({0x30, 0x80, 0x04, 0x03, 0, 0, 0, 0, 0}, {});
+    elements.add({0x30, 0x03, 0x02, 0x01, 0x05}, {});
+    elements.add({0x31, 0x06, 0x04, 0x04, 0x30, 0x80, 0x00, 0x00}, {});
+    elements.add({0x30, 0x80, 0, 0, 0, 0, 0xA0, 0x80, 0x30, 0x80, 0, 0, 0, 0}, {});
+}
+
 // A program of one step for each selector, and one of all steps.
 void addPrograms(Folder programs) {
     Octets all = {0, 0};
@@ -277,6 +319,70 @@ void addRequests(Folder requests) {
     KACert_DestroyCsrEncodeCtx(ctx);
 }
 
+// A request that the issuer's key signed, with that key.
+Octets signedRequest() {
+    CsrEncodeCtx *ctx = nullptr;
+    must(KACert_CreateCsrEncodeCtx(&ctx) == KACERT_Ok, "a context can be made");
+    const auto add = [ctx](int32_t id, Bytes value) {
+        must(KACert_SetCsrAttributeChar(ctx, id, value.data(), lengthOf(value)) == KACERT_Ok, "an attribute is set");
+    };
+    add(CSR_OUTER_SIGNATUREALGORITHM, Sha1WithRsa);
+    add(CSR_PUBLICKEY_ALGORITHM, Sha1WithRsa);
+    add(CSR_SUBJECTPUBLICKEYINFO, issuerPublicKey());
+    add(CSR_SUBJECT_COMMONNAME, bytesOf("Leaf"));
+    KACert_SetCsrSignFunc(ctx, signAsIssuer, nullptr, 0);
+    uint32_t length = 0;
+    must(KACert_EncodeCsr(ctx, nullptr, &length) == KACERT_Ok, "a request is written");
+    const Octets der(ctx->encoded.data, ctx->encoded.data + length);
+    KACert_DestroyCsrEncodeCtx(ctx);
+    return der;
+}
+
+Octets signedCrl() {
+    CrlEncodeCtx *ctx = nullptr;
+    const Octets &issuer = issuerCertificate();
+    must(KACert_CreateCrlEncodeCtx_Ex(&ctx, issuer.data(), lengthOf(issuer)) == KACERT_Ok, "a context can be seeded");
+    for (const int32_t id : {CRL_INNER_SIGNATUREALGORITHM, CRL_OUTER_SIGNATUREALGORITHM})
+        must(KACert_SetCrlAttributeChar(ctx, id, Sha1WithRsa, sizeof Sha1WithRsa) == KACERT_Ok, "an algorithm is set");
+    KACert_SetCrlAttributeInt(ctx, CRL_THISUPDATE, 1577836800);
+    must(KACert_SetCrlAttributeChar(ctx, CRL_CERT_SERIALNUMBER, Sha1WithRsa, 1) == KACERT_Ok, "an entry is set");
+    KACert_SetCrlAttributeInt(ctx, CRL_CERT_REVOCATIONDATE, 1577836800);
+    KACert_SetCrlSignFunc(ctx, signAsIssuer, nullptr, 0);
+    uint32_t length = 0;
+    must(KACert_EncodeCrl(ctx, nullptr, &length) == KACERT_Ok, "a CRL is written");
+    const Octets der(ctx->encoded.data, ctx->encoded.data + length);
+    KACert_DestroyCrlEncodeCtx(ctx);
+    return der;
+}
+
+// Seeds that verify.
+void addSigned(Folder objects) {
+    const Octets &issuer = issuerCertificate();
+    const Octets request = signedRequest();
+    const Octets crl = signedCrl();
+    must(KA_VerifyCert(issuer.data(), sizeOf(issuer), issuer.data(), sizeOf(issuer)) == KACERT_Ok, "a certificate");
+    must(KA_VerifyCrl(issuer.data(), sizeOf(issuer), crl.data(), sizeOf(crl)) == KACERT_Ok, "a CRL");
+    Octets pem(request.size() * 2 + 60);
+    uint32_t length = 0;
+    must(DER2PEM_data_format(request.data(), sizeOf(request), pem.data(), &length, "-----BEGIN-----",
+                             "-----END-----") == 0 &&
+             KA_VerifyCsr_Sign(pem.data(), static_cast<int32_t>(length)) == KACERT_Ok,
+         "a request");
+    objects.add({0}, issuer);
+    objects.add({1}, crl);
+    objects.add({2}, request);
+    objects.add({2}, Bytes(pem.data(), length));
+    objects.add({3}, issuer);
+}
+
+void addKeys(Folder keys) {
+    keys.add({0}, issuerPublicKey());
+    Octets numbers = {0x30, 27};
+    for (uint8_t i = 0; i < 9; ++i)
+        numbers.insert(numbers.end(), {0x02, 0x01, i});
+    keys.add({1}, numbers);
+}
+
 } // namespace
 
 int main(int count, char **arguments) {
@@ -294,5 +400,10 @@ int main(int count, char **arguments) {
     addPrograms(folder("cert_build"));
     addCrls(folder("crl"));
     addRequests(folder("csr"));
+    addSigned(folder("verify"));
+    addKeys(folder("keys"));
+    addPem(folder("pem"));
+    addDnStrings(folder("dn_string"));
+    addIndefinite(folder("indefinite"));
     return 0;
 }

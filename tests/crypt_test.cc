@@ -1,11 +1,10 @@
 // RSA, digests and the reference hooks, against libcrypto's EVP layer and the published digests.
 #include "der.h"
+#include "pkey.h"
 
 #include "karil/crypt.h"
 
 #include <openssl/err.h>
-#include <openssl/evp.h>
-#include <openssl/rsa.h>
 
 #include <gtest/gtest.h>
 
@@ -16,11 +15,6 @@ using namespace karil_test;
 
 namespace {
 
-template <auto F> struct By {
-    void operator()(auto *object) const { F(object); }
-};
-using Pkey = std::unique_ptr<EVP_PKEY, By<EVP_PKEY_free>>;
-using PkeyCtx = std::unique_ptr<EVP_PKEY_CTX, By<EVP_PKEY_CTX_free>>;
 constexpr size_t Size = 128; // octets of the shared key's modulus
 
 struct Pair {

@@ -110,6 +110,15 @@ enum {
 KARIL_API int32_t KACert_CreateCertEncodeCtx(CertEncodeCtx **out);
 KARIL_API int32_t KACert_CreateCertDecodeCtx(CertDecodeCtx **out);
 
+/*
+ * Makes a context for a certificate of the issuer whose own certificate stands at `der`, `length` octets: its subject
+ * becomes the issuer (CERT_ISSUER_DERDN), and nothing else is taken from it. Stores the context in `*out`.
+ * Returns 0; the statuses of KACert_DecodeCert; KACERT_InvalidLengthErr for a subject of more than 2,048 octets;
+ * KACERT_MemoryErr; KACERT_InvalidParamErr, also for a length below 1. After a failure nothing is stored. Free the
+ * context with KACert_DestroyCertEncodeCtx.
+ */
+KARIL_API int32_t KACert_CreateCertEncodeCtx_Ex(CertEncodeCtx **out, const uint8_t *der, int32_t length);
+
 /* Frees the context with all it holds, key octets wiped. Null is accepted. Returns 0. */
 KARIL_API int32_t KACert_DestroyCertEncodeCtx(CertEncodeCtx *ctx);
 KARIL_API int32_t KACert_DestroyCertDecodeCtx(CertDecodeCtx *ctx);

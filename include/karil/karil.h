@@ -7,14 +7,17 @@
 #include "karil/base.h"
 #include "karil/cert.h"
 #include "karil/cert_ext.h"
+#include "karil/cert_gb.h"
 #include "karil/crl.h"
 #include "karil/crypt.h"
 #include "karil/csr.h"
 #include "karil/dn_string.h"
 #include "karil/indefinite.h"
+#include "karil/key.h"
 #include "karil/name.h"
 #include "karil/oid.h"
 #include "karil/pem.h"
 #include "karil/text.h"
+#include "karil/verify.h"
 
 #endif

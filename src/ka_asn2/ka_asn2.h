@@ -103,6 +103,11 @@ struct Implicit {
 [[nodiscard]] Status readSequence(const Element &source, Level &out);
 [[nodiscard]] Status readSet(const Element &source, Level &out);
 [[nodiscard]] Status readImplicit(const Element &source, Implicit &out);
+// SEQUENCE { OBJECT IDENTIFIER, ... }: the identifier's content, and the fields behind it. `empty`: the status of a
+// SEQUENCE without fields, with its trace words.
+constexpr char NoObjectId[] = "------>KAsn1_ReadObjectId";
+[[nodiscard]] Status readTyped(const Element &source, Element &oid, Level &fields,
+                               Status empty = KACERT_InvalidParamErr, const char *words = NoObjectId);
 // What stands behind tag and length field, to the end of the source and not of the element.
 [[nodiscard]] Status behindHeader(Bytes source, Bytes &out);
 [[nodiscard]] Status readInteger(const Element &source, uint32_t &value);

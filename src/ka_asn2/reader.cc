@@ -196,6 +196,14 @@ Status readSet(const Element &source, Level &out) {
     return openLevel(source, NormalSet, {"------>TAG != KA_DER_ID_SET", "------>lTotalLength != 0"}, out);
 }
 
+Status readTyped(const Element &source, Element &oid, Level &fields, Status empty, const char *words) {
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, source, fields);
+    if (fields.empty())
+        return KA_FAIL(empty, words);
+    KA_STEP_AS("------>KAsn1_ReadObjectId", readValue, fields.take(), oid);
+    return KACERT_Ok;
+}
+
 Status readImplicit(const Element &source, Implicit &out) {
     Opening opening;
     const Bytes content = open(source.bytes, "------>KACERT_LengthNotEqualErr", opening);

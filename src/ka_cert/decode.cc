@@ -5,11 +5,8 @@ namespace karil {
 // AlgorithmIdentifier ::= SEQUENCE { algorithm OBJECT IDENTIFIER, parameters ANY OPTIONAL }
 Status readAlgorithm(const Element &element, AlgorithmRecord &out) {
     Level fields;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, element, fields);
-    if (fields.empty())
-        return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadObjectId");
     Element oid;
-    KA_STEP_AS("------>KAsn1_ReadObjectId", readValue, fields.take(), oid);
+    KA_PASS(readTyped, element, oid, fields);
     KA_STEP_AS("------>KI_CopyAlgorithm", store, out.oid, oid);
     out.id = 0;
     return KACERT_Ok;

@@ -2,48 +2,40 @@
 
 namespace karil {
 
-Status openExtension(const Element &extension, Status empty, const char *emptyWords, Bytes &oid, Level &fields) {
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, extension, fields);
-    if (fields.empty())
-        return KA_FAIL(empty, emptyWords);
-    Element value;
-    KA_STEP_AS("------>KAsn1_ReadObjectId", readValue, fields.take(), value);
-    oid = value.bytes;
+// Extension ::= SEQUENCE { extnID OBJECT IDENTIFIER, critical BOOLEAN DEFAULT FALSE, extnValue OCTET STRING }
+Status openOid(const Element &extension, Bytes own, Opened &out) {
+    Element oid;
+    KA_PASS(readTyped, extension, oid, out.fields, KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
+    if (out.fields.empty())
+        return KA_FAIL(KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
+    out.isOwn = equal(oid.bytes, own);
     return KACERT_Ok;
 }
 
-Status openSingle(const Element &extension, Bytes own, bool &isOwn, Level &fields) {
-    Bytes oid;
-    KA_PASS(openExtension, extension, KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr", oid, fields);
-    isOwn = equal(oid, own);
-    return fields.empty() ? KA_FAIL(KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr") : KACERT_Ok;
-}
-
-Status openValue(Level &fields, Flag flag, uint8_t &critical, Status missing, Element &value) {
-    Element field = fields.take();
-    if (flag == Flag::ByTag ? field.startsWith(TagBoolean) : !fields.empty()) {
+Status openValue(Opened &opened, Flag flag, uint8_t &critical, Status missing) {
+    Element field = opened.fields.take();
+    if (flag == Flag::ByTag ? field.startsWith(TagBoolean) : !opened.fields.empty()) {
         KA_STEP_AS("------>KAsn1_ReadBoolean", readBoolean, field, critical);
-        field = fields.take();
+        field = opened.fields.take();
         if (!field.present())
             return KA_FAIL(missing, "------>KACERT_CertNotEndErr");
     }
-    KA_STEP_AS("------>KAsn1_ReadOctetString", readValue, field, value);
+    KA_STEP_AS("------>KAsn1_ReadOctetString", readValue, field, opened.value);
     return KACERT_Ok;
 }
 
 namespace {
 
-// The decoders are given the fields behind their own object identifier, of which there is one at the least.
-Status decodeBasicConstraints(Level fields, CertExtensions &block) {
+// The decoders are given an extension with their own object identifier, which was read, and with what stands behind.
+Status decodeBasicConstraints(Opened &opened, CertExtensions &block) {
     BasicConstraintsExtension &field = block.basicConstraints;
     block.hasBasicConstraints = 1;
-    Element value;
-    KA_PASS(openValue, fields, Flag::ByTag, field.critical, KACERT_CertNotEndErr, value);
-    if (!value.present())
+    KA_PASS(openValue, opened, Flag::ByTag, field.critical, KACERT_CertNotEndErr);
+    if (!opened.value.present())
         return KA_FAIL(KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
     // BasicConstraints ::= SEQUENCE { cA BOOLEAN DEFAULT FALSE, pathLenConstraint INTEGER OPTIONAL }
     Level constraints;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, value, constraints);
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, opened.value, constraints);
     if (constraints.empty())
         return KACERT_Ok;
     KA_STEP_AS("------>KAsn1_ReadBoolean", readBoolean, constraints.take(), field.isCa);
@@ -57,15 +49,14 @@ Status decodeBasicConstraints(Level fields, CertExtensions &block) {
 }
 
 // AuthorityKeyIdentifier ::= SEQUENCE { keyIdentifier [0], authorityCertIssuer [1], authorityCertSerialNumber [2] }
-Status decodeAuthorityKeyId(Level fields, CertExtensions &block) {
+Status decodeAuthorityKeyId(Opened &opened, CertExtensions &block) {
     AuthorityKeyIdExtension &field = block.authorityKeyId;
     block.hasAuthorityKeyId = 1;
-    Element value;
-    KA_PASS(openValue, fields, Flag::ByTag, field.critical, KACERT_CertNotEndErr, value);
-    if (!value.present())
+    KA_PASS(openValue, opened, Flag::ByTag, field.critical, KACERT_CertNotEndErr);
+    if (!opened.value.present())
         return KA_FAIL(KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
     Level parts;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, value, parts);
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, opened.value, parts);
     while (!parts.empty()) {
         Implicit part;
         KA_STEP_AS("------>KAsn1_ReadImplicit", readImplicit, parts.take(), part);
@@ -79,26 +70,24 @@ Status decodeAuthorityKeyId(Level fields, CertExtensions &block) {
     return KACERT_Ok;
 }
 
-Status decodeSubjectKeyId(Level fields, CertExtensions &block) {
+Status decodeSubjectKeyId(Opened &opened, CertExtensions &block) {
     SubjectKeyIdExtension &field = block.subjectKeyId;
     block.hasSubjectKeyId = 1;
-    Element value;
-    KA_PASS(openValue, fields, Flag::ByTag, field.critical, KACERT_InvalidParamErr, value);
+    KA_PASS(openValue, opened, Flag::ByTag, field.critical, KACERT_InvalidParamErr);
     Element keyId;
-    KA_STEP_AS("------>KAsn1_ReadOctetString", readValue, value, keyId);
+    KA_STEP_AS("------>KAsn1_ReadOctetString", readValue, opened.value, keyId);
     KA_STEP_AS("------>KI_CopyAnybuf", store, field.keyId, keyId);
     return KACERT_Ok;
 }
 
-Status decodeKeyUsage(Level fields, CertExtensions &block) {
+Status decodeKeyUsage(Opened &opened, CertExtensions &block) {
     KeyUsageExtension &field = block.keyUsage;
     block.hasKeyUsage = 1;
-    Element value;
-    KA_PASS(openValue, fields, Flag::ByTag, field.critical, KACERT_CertNotEndErr, value);
+    KA_PASS(openValue, opened, Flag::ByTag, field.critical, KACERT_CertNotEndErr);
     // The value comes out of an OCTET STRING, so its tag is not that of a BIT STRING: the reader keeps the
     // unused-bits octet as the first octet of the content.
     Element bits;
-    KA_STEP_AS("------>KAsn1_ReadBitString", readValue, value, bits);
+    KA_STEP_AS("------>KAsn1_ReadBitString", readValue, opened.value, bits);
     KA_STEP_AS("------>KI_CopyAnybuf", store, field.bits, bits);
     return KACERT_Ok;
 }
@@ -118,14 +107,13 @@ void storeMask(Anybuf &field, uint32_t mask) {
         KA_TRACE("------>KI_SetAttributeCharValue");
 }
 
-Status decodeExtKeyUsage(Level fields, CertExtensions &block) {
+Status decodeExtKeyUsage(Opened &opened, CertExtensions &block) {
     ExtKeyUsageExtension &field = block.extKeyUsage;
     block.hasExtKeyUsage = 1;
-    Element value;
-    KA_PASS(openValue, fields, Flag::ByTag, field.critical, KACERT_CertNotEndErr, value);
+    KA_PASS(openValue, opened, Flag::ByTag, field.critical, KACERT_CertNotEndErr);
     uint32_t mask = 0;
     Level usages;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, value, usages);
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, opened.value, usages);
     while (!usages.empty()) {
         Element usage;
         KA_STEP_AS("------>KAsn1_ReadObjectId", readValue, usages.take(), usage);
@@ -156,13 +144,12 @@ Status readDistributionPoint(const Element &point, DistributionPointNode &node) 
     return KACERT_Ok;
 }
 
-Status decodeCrlDistPoints(Level fields, CertExtensions &block) {
+Status decodeCrlDistPoints(Opened &opened, CertExtensions &block) {
     CrlDistPointsExtension &field = block.crlDistPoints;
     block.hasCrlDistPoints = 1;
-    Element value;
-    KA_PASS(openValue, fields, Flag::ByTag, field.critical, KACERT_CertNotEndErr, value);
+    KA_PASS(openValue, opened, Flag::ByTag, field.critical, KACERT_CertNotEndErr);
     Level points;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, value, points);
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, opened.value, points);
     DistributionPointNode *last = nullptr;
     while (!points.empty()) {
         NodePtr<DistributionPointNode> node(KA_CREATE(DistributionPointNode));
@@ -177,30 +164,26 @@ Status decodeCrlDistPoints(Level fields, CertExtensions &block) {
     return KACERT_Ok;
 }
 
-Status decodeAltName(Level fields, uint8_t &flag, AltNameExtension &field) {
+Status decodeAltName(Opened &opened, uint8_t &flag, AltNameExtension &field) {
     flag = 1;
-    Element value;
-    KA_PASS(openValue, fields, Flag::BySuccessor, field.critical, KACERT_CertNotEndErr, value);
-    if (decodeGeneralNames(value, field.names, flag) != KACERT_Ok)
+    KA_PASS(openValue, opened, Flag::BySuccessor, field.critical, KACERT_CertNotEndErr);
+    if (decodeGeneralNames(opened.value, field.names, flag) != KACERT_Ok)
         KA_TRACE("------>KI_DecodeGeneralNameS");
     return KACERT_Ok;
 }
 
-Status decodeSubjectAltName(Level fields, CertExtensions &block) {
-    return decodeAltName(fields, block.hasSubjectAltName, block.subjectAltName);
+Status decodeSubjectAltName(Opened &opened, CertExtensions &block) {
+    return decodeAltName(opened, block.hasSubjectAltName, block.subjectAltName);
 }
 
-Status decodeIssuerAltName(Level fields, CertExtensions &block) {
-    return decodeAltName(fields, block.hasIssuerAltName, block.issuerAltName);
+Status decodeIssuerAltName(Opened &opened, CertExtensions &block) {
+    return decodeAltName(opened, block.hasIssuerAltName, block.issuerAltName);
 }
 
 Status readPrivate(const Element &extension, PrivateExtensionNode &node) {
     Level fields;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, extension, fields);
-    if (fields.empty())
-        return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadObjectId");
     Element oid;
-    KA_STEP_AS("------>KAsn1_ReadObjectId", readValue, fields.take(), oid);
+    KA_PASS(readTyped, extension, oid, fields);
     KA_STEP_AS("------>KI_CopyAlgorithm", store, node.oid, oid);
     Element field = fields.take();
     if (field.startsWith(TagBoolean)) {
@@ -225,7 +208,7 @@ Status decodePrivate(const Element &extension, CertExtensions &block, PrivateExt
     return KACERT_Ok;
 }
 
-using Decode = Status (*)(Level fields, CertExtensions &block);
+using Decode = Status (*)(Opened &opened, CertExtensions &block);
 
 struct KnownExtension {
     Bytes oid;
@@ -257,46 +240,45 @@ const KnownExtension *knownExtension(Bytes oid) {
     return nullptr;
 }
 
-Status decodeFields(Decode decode, Level fields, CertExtensions &block) {
-    if (fields.empty())
+Status decodeKnown(Decode decode, Opened &opened, CertExtensions &block) {
+    if (opened.fields.empty())
         return KA_FAIL(KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
-    return decode(fields, block);
+    return decode(opened, block);
 }
 
 Status decodeOne(const Element &extension, CertExtensions &block, PrivateExtensionNode *&last) {
-    Bytes oid;
-    Level fields;
-    KA_PASS(openExtension, extension, KACERT_InvalidParamErr, "------>KAsn1_ReadObjectId", oid, fields);
-    const KnownExtension *known = knownExtension(oid);
+    Opened opened;
+    Element oid;
+    KA_PASS(readTyped, extension, oid, opened.fields);
+    const KnownExtension *known = knownExtension(oid.bytes);
     if (known == nullptr)
         KA_STEP_AS("------>KI_Cert_DecodeExtension_Private", decodePrivate, extension, block, last);
     else if (block.*known->flag == 0)
-        KA_STEP_AS(known->words, decodeFields, known->decode, fields, block);
+        KA_STEP_AS(known->words, decodeKnown, known->decode, opened, block);
     return KACERT_Ok;
 }
 
-Status decodeSingle(const Element &extension, Bytes own, Decode decode, CertExtensions &block) {
-    bool isOwn = false;
-    Level fields;
-    KA_PASS(openSingle, extension, own, isOwn, fields);
-    return isOwn ? decode(fields, block) : KACERT_Ok;
+// One extension by itself. Most leave another one alone.
+template <const auto &Oid, Decode Own> Status decodeSingle(const Element &extension, CertExtensions &block) {
+    Opened opened;
+    KA_PASS(openOid, extension, Oid, opened);
+    return opened.isOwn ? Own(opened, block) : KACERT_Ok;
 }
 
-Status decodeSingleBasicConstraints(const Element &extension, Bytes own, Decode decode, CertExtensions &block) {
-    bool isOwn = false;
-    Level fields;
-    if (readSequence(extension, fields) != KACERT_Ok)
+Status decodeSingleBasicConstraints(const Element &extension, CertExtensions &block) {
+    Opened opened;
+    if (readSequence(extension, opened.fields) != KACERT_Ok)
         return KA_FAIL(KACERT_MemoryErr, "------>KAsn1_ReadSequence");
-    KA_PASS(openSingle, extension, own, isOwn, fields);
-    return isOwn ? decode(fields, block) : KA_FAIL(KACERT_InvalidParamErr, "------>KACERT_InvalidParamErr");
+    KA_PASS(openOid, extension, OidBasicConstraints, opened);
+    return opened.isOwn ? decodeBasicConstraints(opened, block)
+                        : KA_FAIL(KACERT_InvalidParamErr, "------>KACERT_InvalidParamErr");
 }
 
-Status decodeSingleExtKeyUsage(const Element &extension, Bytes own, Decode decode, CertExtensions &block) {
-    bool isOwn = false;
-    Level fields;
-    KA_PASS(openSingle, extension, own, isOwn, fields);
-    if (isOwn)
-        return decode(fields, block);
+Status decodeSingleExtKeyUsage(const Element &extension, CertExtensions &block) {
+    Opened opened;
+    KA_PASS(openOid, extension, OidExtKeyUsage, opened);
+    if (opened.isOwn)
+        return decodeExtKeyUsage(opened, block);
     storeMask(block.extKeyUsage.mask, 0);
     return KACERT_Ok;
 }
@@ -337,21 +319,18 @@ int32_t KI_Cert_DecodeExtension_Private(const Anybuf *extension, CertExtensions 
     return KA_DONE();
 }
 
-#define KA_EXTENSION(NAME, SINGLE, OID, DECODE)                                                                        \
+#define KA_EXTENSION(NAME, DECODE)                                                                                     \
     int32_t NAME(const Anybuf *extension, CertExtensions *block) {                                                     \
         KA_FRAME(#NAME);                                                                                               \
-        if (extension == nullptr || extension->data == nullptr || block == nullptr)                                    \
-            return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");                                          \
-        KA_PASS(SINGLE, elementOf(*extension), OID, DECODE, *block);                                                   \
+        KA_PASS(decodePart, extension, block, DECODE);                                                                 \
         return KA_DONE();                                                                                              \
     }
 
-KA_EXTENSION(KI_Cert_DecodeExtension_BasicConstraint, decodeSingleBasicConstraints, OidBasicConstraints,
-             decodeBasicConstraints)
-KA_EXTENSION(KI_Cert_DecodeExtension_AuthorityKeyIdentifyer, decodeSingle, OidAuthorityKeyId, decodeAuthorityKeyId)
-KA_EXTENSION(KI_Cert_DecodeExtension_SubjectKeyIdentifier, decodeSingle, OidSubjectKeyId, decodeSubjectKeyId)
-KA_EXTENSION(KI_Cert_DecodeExtension_KeyUsage, decodeSingle, OidKeyUsage, decodeKeyUsage)
-KA_EXTENSION(KI_Cert_DecodeExtension_ExtKeyUsage, decodeSingleExtKeyUsage, OidExtKeyUsage, decodeExtKeyUsage)
-KA_EXTENSION(KI_Cert_DecodeExtension_CrlDistributionPoint, decodeSingle, OidCrlDistPoints, decodeCrlDistPoints)
-KA_EXTENSION(KI_Cert_DecodeExtension_SubjectAltName, decodeSingle, OidSubjectAltName, decodeSubjectAltName)
-KA_EXTENSION(KI_Cert_DecodeExtension_IssuerAltName, decodeSingle, OidIssuerAltName, decodeIssuerAltName)
+KA_EXTENSION(KI_Cert_DecodeExtension_BasicConstraint, decodeSingleBasicConstraints)
+KA_EXTENSION(KI_Cert_DecodeExtension_AuthorityKeyIdentifyer, (decodeSingle<OidAuthorityKeyId, decodeAuthorityKeyId>))
+KA_EXTENSION(KI_Cert_DecodeExtension_SubjectKeyIdentifier, (decodeSingle<OidSubjectKeyId, decodeSubjectKeyId>))
+KA_EXTENSION(KI_Cert_DecodeExtension_KeyUsage, (decodeSingle<OidKeyUsage, decodeKeyUsage>))
+KA_EXTENSION(KI_Cert_DecodeExtension_ExtKeyUsage, decodeSingleExtKeyUsage)
+KA_EXTENSION(KI_Cert_DecodeExtension_CrlDistributionPoint, (decodeSingle<OidCrlDistPoints, decodeCrlDistPoints>))
+KA_EXTENSION(KI_Cert_DecodeExtension_SubjectAltName, (decodeSingle<OidSubjectAltName, decodeSubjectAltName>))
+KA_EXTENSION(KI_Cert_DecodeExtension_IssuerAltName, (decodeSingle<OidIssuerAltName, decodeIssuerAltName>))

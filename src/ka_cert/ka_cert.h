@@ -171,6 +171,14 @@ template <class Ctx>
     return KACERT_Ok;
 }
 
+// The subject of an issuer's certificate, which becomes the issuer of what is seeded with it.
+struct SeedName {
+    uint8_t octets[2048];
+    uint32_t length = 0;
+};
+using CertPtr = std::unique_ptr<CertDecodeCtx, By<KACert_DestroyCertDecodeCtx>>;
+[[nodiscard]] Status readSeed(Bytes der, CertPtr &cert, SeedName &name);
+
 // Issuer or subject, from the one form that was given.
 [[nodiscard]] Status writeName(const NameRecord &head, const Anybuf &der, Anybuf **out);
 // SubjectPublicKeyInfo ::= SEQUENCE { algorithm AlgorithmIdentifier, subjectPublicKey BIT STRING }
@@ -194,15 +202,17 @@ struct Signature {
 // [0] { fullName [0] { uniformResourceIdentifier [6] } }
 [[nodiscard]] Status writeFullName(const Anybuf &uri, Anybuf **out);
 
+// What the reader of an extension takes from it: the value, if the object identifier is the reader's own.
 // Extension ::= SEQUENCE { extnID OBJECT IDENTIFIER, critical BOOLEAN DEFAULT FALSE, extnValue OCTET STRING }
-// `fields`: what stands behind the object identifier.
-[[nodiscard]] Status openExtension(const Element &extension, Status empty, const char *emptyWords, Bytes &oid,
-                                   Level &fields);
-// One extension that must be there with its fields. `isOwn`: its object identifier is `own`.
-[[nodiscard]] Status openSingle(const Element &extension, Bytes own, bool &isOwn, Level &fields);
+struct Opened {
+    bool isOwn = false;
+    Level fields; // behind the object identifier
+    Element value;
+};
+[[nodiscard]] Status openOid(const Element &extension, Bytes own, Opened &out);
 // How a reader tells that a critical flag stands before the value.
 enum class Flag { ByTag, BySuccessor };
-[[nodiscard]] Status openValue(Level &fields, Flag flag, uint8_t &critical, Status missing, Element &value);
+[[nodiscard]] Status openValue(Opened &opened, Flag flag, uint8_t &critical, Status missing);
 
 // `last`: see append().
 [[nodiscard]] Status decodeExtensions(const Element &extensions, CertExtensions &block, PrivateExtensionNode *&last);

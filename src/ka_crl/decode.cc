@@ -31,10 +31,10 @@ Status readEntryExtensions(const Element &element, Entry &out) {
     Level extensions;
     KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, element, extensions);
     while (!extensions.empty()) {
-        Bytes oid;
+        Element oid;
         Level fields;
-        KA_PASS(openExtension, extensions.take(), KACERT_InvalidParamErr, "------>KAsn1_ReadObjectId", oid, fields);
-        if (!equal(oid, OidReason))
+        KA_PASS(readTyped, extensions.take(), oid, fields);
+        if (!equal(oid.bytes, OidReason))
             continue;
         out.hasReason = true;
         Element field = fields.take();
@@ -109,16 +109,14 @@ constexpr KnownExtension Delta = {OidDeltaCrl, &CrlExtensions::hasDeltaCrl, &Crl
 
 Status decodeNumber(const Element &extension, const KnownExtension &known, CrlExtensions &block) {
     CrlNumberExtension &field = block.*known.field;
-    bool isOwn = false;
-    Level fields;
-    KA_PASS(openSingle, extension, known.oid, isOwn, fields);
-    if (!isOwn)
+    Opened opened;
+    KA_PASS(openOid, extension, known.oid, opened);
+    if (!opened.isOwn)
         return KACERT_Ok;
     block.*known.flag = 1;
-    Element value;
-    KA_PASS(openValue, fields, Flag::ByTag, field.critical, KACERT_CertNotEndErr, value);
+    KA_PASS(openValue, opened, Flag::ByTag, field.critical, KACERT_CertNotEndErr);
     Element number;
-    KA_STEP_AS("------>KAsn1_ReadIntegerArray", readValue, value, number);
+    KA_STEP_AS("------>KAsn1_ReadIntegerArray", readValue, opened.value, number);
     KA_STEP_AS("------>KI_CopyAnybuf", store, field.value, number);
     return KACERT_Ok;
 }
@@ -132,11 +130,11 @@ Status decodeDeltaCrl(const Element &extension, CrlExtensions &block) {
 }
 
 Status decodeExtension(const Element &extension, CrlExtensions &block) {
-    Bytes oid;
+    Element oid;
     Level fields;
-    KA_PASS(openExtension, extension, KACERT_InvalidParamErr, "------>KAsn1_ReadObjectId", oid, fields);
+    KA_PASS(readTyped, extension, oid, fields);
     for (const KnownExtension *known : {&Number, &Delta})
-        if (block.*known->flag == 0 && equal(oid, known->oid))
+        if (block.*known->flag == 0 && equal(oid.bytes, known->oid))
             KA_STEP_AS(known->words, decodeNumber, extension, *known, block);
     return KACERT_Ok;
 }

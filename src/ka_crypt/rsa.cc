@@ -20,13 +20,6 @@ using Number = std::unique_ptr<BIGNUM, By<BN_clear_free>>;
 constexpr uint32_t LargestModulus = 256;
 constexpr uint32_t OperationFailed = UINT32_MAX;
 
-// Octets that are wiped where they go out of scope: digests, DigestInfos, opened blocks.
-template <uint32_t Size> struct Secret {
-    uint8_t octets[Size] = {};
-
-    ~Secret() { wipe(octets, Size); }
-};
-
 Number load(Bytes field) {
     while (!field.empty() && field[0] == 0)
         field = field.subspan(1);

@@ -13,11 +13,8 @@ Status takeField(Level &fields, Element &out) {
 // Attribute ::= SEQUENCE { type OBJECT IDENTIFIER, values SET OF ANY }, of which the first value is taken
 Status readAttribute(const Element &element, CsrAttributeNode &node) {
     Level fields;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, element, fields);
-    if (fields.empty())
-        return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadObjectId");
     Element type;
-    KA_STEP_AS("------>KAsn1_ReadObjectId", readValue, fields.take(), type);
+    KA_PASS(readTyped, element, type, fields);
     KA_STEP_AS("------>KI_CopyAlgorithm", store, node.oid, type);
     if (fields.empty())
         return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadSet");

@@ -76,16 +76,36 @@ inline void freeData(Anybuf &record) {
 // Zeroes `size` octets in a way that the compiler keeps: for keys, passwords and what is derived from them.
 void wipe(void *block, size_t size);
 
+// Octets that are wiped where they go out of scope: digests, opened blocks, the numbers of keys.
+template <uint32_t Size> struct Secret {
+    uint8_t octets[Size] = {};
+
+    ~Secret() { wipe(octets, Size); }
+};
+
 // KI_ClearAnybuf for a record that holds a key: its bytes are wiped first.
 void clearSecret(Anybuf &record);
 
+// KI_FreeAnybuf for a chain that holds key octets: they are wiped first.
+void freeSecret(Anybuf *first);
+
+// Frees a record's data when it goes out of scope.
+struct Scratch {
+    Anybuf record = {};
+
+    Scratch() = default;
+    Scratch(const Scratch &) = delete;
+    Scratch &operator=(const Scratch &) = delete;
+    ~Scratch() { KI_ClearAnybuf(&record); }
+};
+
 // A chain that is being written. slot() is where the next writer puts its node, or chain of nodes.
-class Chain {
+template <auto Free> class ChainOf {
 public:
-    Chain() = default;
-    Chain(const Chain &) = delete;
-    Chain &operator=(const Chain &) = delete;
-    ~Chain() { KI_FreeAnybuf(first); }
+    ChainOf() = default;
+    ChainOf(const ChainOf &) = delete;
+    ChainOf &operator=(const ChainOf &) = delete;
+    ~ChainOf() { Free(first); }
 
     Anybuf **slot() {
         while (*tail != nullptr)
@@ -105,6 +125,8 @@ private:
     Anybuf *first = nullptr;
     Anybuf **tail = &first;
 };
+using Chain = ChainOf<KI_FreeAnybuf>;
+using SecretChain = ChainOf<freeSecret>; // of elements that hold key octets
 
 // Appends to a singly linked list whose link member is `Link`. `hint` is the last node, as far as its owner knows:
 // nodes that others hung behind it are passed, so that an append is O(1) and a stale hint does no harm.

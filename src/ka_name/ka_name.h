@@ -37,16 +37,6 @@ void freeGeneralNames(GeneralNameRecord &names);
 // An IA5String, with its tag replaced by [number] IMPLICIT.
 [[nodiscard]] Status writeTaggedIa5(const Anybuf &text, uint32_t number, Anybuf **out);
 
-// Frees a record's data when it goes out of scope.
-struct Scratch {
-    Anybuf record = {};
-
-    Scratch() = default;
-    Scratch(const Scratch &) = delete;
-    Scratch &operator=(const Scratch &) = delete;
-    ~Scratch() { KI_ClearAnybuf(&record); }
-};
-
 // Runs one of the conversions of text.h. The result replaces what stood in `out`, with the tag given; it is the text
 // itself where that is kept and the conversion leaves it as it is.
 using Conversion = int32_t (*)(const uint8_t *, int32_t, uint8_t *, uint32_t *);

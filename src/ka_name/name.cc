@@ -83,11 +83,8 @@ Status readRdn(const Element &rdn, NameRecord &record) {
     if (attributes.empty())
         return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadSequence");
     Level fields;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, attributes.take(), fields);
-    if (fields.empty())
-        return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadObjectId");
     Element type;
-    KA_STEP_AS("------>KAsn1_ReadObjectId", readValue, fields.take(), type);
+    KA_PASS(readTyped, attributes.take(), type, fields);
     KA_STEP_AS("------>KI_CopyAnybuf", store, record.oid, type);
     const NameAttribute *attribute = attributeOfOid(type.bytes);
     record.id = attribute != nullptr ? attribute->kind : 0;

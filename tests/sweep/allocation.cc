@@ -21,6 +21,7 @@ struct Meter {
     long live = 0;
 };
 thread_local Meter meters[3];
+thread_local void (*releaseLook)(const void *block) = nullptr;
 
 Meter &meter(Pool pool) { return meters[static_cast<size_t>(pool)]; }
 
@@ -43,6 +44,7 @@ void *give(Pool pool, size_t size) {
 
 void take(Pool pool, void *block) {
     meter(pool).live -= block != nullptr ? 1 : 0;
+    if (releaseLook != nullptr && block != nullptr) releaseLook(block);
     std::free(block);
 }
 
@@ -129,6 +131,8 @@ bool endFailing() {
 }
 
 long liveBlocks(Pool pool) { return meter(pool).live; }
+
+void onRelease(void (*look)(const void *block)) { releaseLook = look; }
 
 void sweep(const Scenario &scenario, Pool pool) {
     if (testing::Test::HasFailure()) return;

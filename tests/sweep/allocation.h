@@ -19,6 +19,8 @@ void failAllocation(Pool pool, long nth, bool forGood);
 bool endFailing();
 // Blocks that were given out and are not released.
 long liveBlocks(Pool pool);
+// Shows the thread's blocks as they are released; null: no more.
+void onRelease(void (*look)(const void *block));
 
 // One run of a scenario: its calls in steps, and what they answered.
 class Run {

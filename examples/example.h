@@ -1,0 +1,76 @@
+/* What the examples share: stopping at a failure, keys with their signing hook, files. */
+#ifndef KARIL_EXAMPLE_H
+#define KARIL_EXAMPLE_H
+
+#include <karil/karil.h>
+
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+/* Stops at the first status that is not 0 and names the call. */
+#define CHECK(CALL) check((CALL), #CALL)
+
+static inline void check(int32_t status, const char *call) {
+    if (status == KACERT_Ok)
+        return;
+    fprintf(stderr, "status %d from %s\n", (int)status, call);
+    exit(1);
+}
+
+static const uint8_t sha1WithRsa[] = {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x01, 0x05};
+static const uint8_t rsaEncryption[] = {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x01, 0x01};
+
+/* A key pair, its public half as a certificate holds it, and that half's digest as its identifier. */
+typedef struct Key {
+    RsaPublicKeyRecord publicKey;
+    RsaPrivateKeyRecord privateKey;
+    uint8_t der[600];
+    uint32_t derLength;
+    uint8_t identifier[20];
+} Key;
+
+static inline void makeKey(Key *key) {
+    uint32_t length = 0;
+    CHECK(KA_PKCS7_GenRSAKeyPair_2048(&key->publicKey, &key->privateKey));
+    CHECK(KA_Encode_PublicKey(key->publicKey.modulus, key->der, &key->derLength));
+    CHECK(KA_PKCS7_DigestMessage(KA_DIGEST_SHA1, key->der, key->derLength, key->identifier, &length));
+}
+
+/* The signing hook. Its first call has no output: that of a certificate asks for nothing, the others for the size. */
+static inline int32_t signWithKey(const uint8_t *input, uint32_t inputLength, uint8_t *output, uint32_t *outputLength,
+                                  void *parameter) {
+    *outputLength = 256;
+    if (output == NULL)
+        return 0;
+    return KA_PKCS7_SignedData(KA_DIGEST_SHA1, input, inputLength, output, outputLength,
+                               (const RsaPrivateKeyRecord *)parameter);
+}
+
+/* Octets on the heap. */
+typedef struct Octets {
+    uint8_t *data;
+    uint32_t length;
+} Octets;
+
+static inline Octets makeOctets(uint32_t length) {
+    const Octets octets = {malloc(length + 1u), length};
+    if (octets.data == NULL) {
+        perror("malloc");
+        exit(1);
+    }
+    return octets;
+}
+
+static inline void writeFile(const char *folder, const char *name, Octets octets) {
+    char path[4096];
+    snprintf(path, sizeof path, "%s/%s", folder, name);
+    FILE *file = fopen(path, "wb");
+    if (file == NULL || fwrite(octets.data, 1, octets.length, file) != octets.length || fclose(file) != 0) {
+        perror(path);
+        exit(1);
+    }
+    printf("wrote %s, %u octets\n", path, (unsigned)octets.length);
+}
+
+#endif
