@@ -1,3 +1,4 @@
+#include "rows.h"
 #include "signed_support.h"
 
 #include <openssl/x509v3.h>
@@ -100,38 +101,14 @@ TEST(Csr, TheRequestInfo) {
     EXPECT_EQ(version, 1);
 }
 
-TEST(Csr, DecodeStatuses) {
-    const Octets v1 = hex("02 01 00");
-    const Octets subject = commonName("Leaf");
-    const auto withAttributes = [&](const Octets &attributes) { return whole(seq({v1, subject, Key, attributes})); };
-    const Octets sequence = seq({oid("2A 03"), set({seq({hex("05 00")}), hex("05 00")})});
-    const struct {
-        const char *name;
-        Octets der;
-        int32_t want;
-        std::string first;
-    } rows[] = {
-        {"no attributes element", withAttributes({}), KACERT_Ok, "count 0"},
-        {"empty attributes", withAttributes(hex("A0 00")), KACERT_Ok, "count 0"},
-        {"an empty SET", withAttributes(tlv(0xA0, seq({oid("2A 03"), hex("31 00")}))), KACERT_Ok, "2A 03 = "},
-        {"first of two values, any tag", withAttributes(tlv(0xA5, sequence)), KACERT_Ok, "2A 03 = 30 02 05 00"},
-        {"an attribute without values", withAttributes(tlv(0xA0, seq({oid("2A 03")}))), KACERT_InvalidParamErr, ""},
-        {"values that are no SET", withAttributes(tlv(0xA0, seq({oid("2A 03"), hex("30 00")}))), KACERT_InvalidTagErr,
-         ""},
-        {"no key", whole(seq({v1, subject})), KACERT_CsrNotEndErr, ""},
-        {"no subject", whole(seq({v1})), KACERT_CsrNotEndErr, ""},
-        {"no version", whole(seq({})), KACERT_CsrNotEndErr, ""},
-        {"no algorithm", seq({seq({v1, subject, Key})}), KACERT_CsrNotEndErr, ""},
-        {"no signature", seq({seq({v1, subject, Key}), algorithm(Sha1WithRsa)}), KACERT_CsrNotEndErr, ""},
-        {"empty", hex("30 00"), KACERT_CsrNotEndErr, ""},
-        {"longer than given", hex("30 05 30 00"), KACERT_LengthNotEqualErr, ""},
-    };
-    for (const auto &row : rows) {
-        const CsrPtr ctx = create<CsrDecodeCtx>();
-        EXPECT_EQ(decode(ctx, row.der), row.want) << row.name;
-        EXPECT_EQ(row.want == KACERT_Ok ? getPrivate(ctx, 1) : "", row.first) << row.name;
-    }
+ROWS(Csr, Decode) {
+    const CsrPtr ctx = create<CsrDecodeCtx>();
+    EXPECT_EQ(decode(ctx, whole(seq({row.octets("info")}))), row.number("status"));
+    const std::string first = row.number("status") == KACERT_Ok ? getPrivate(ctx, 1) : "";
+    EXPECT_EQ(first.substr(0, first.find_last_not_of(' ') + 1), row("first"));
 }
+
+ROWS(Csr, DecodeWhole) { EXPECT_EQ(decode(create<CsrDecodeCtx>(), row.octets("request")), row.number("status")); }
 
 struct FreeReq {
     void operator()(X509_REQ *request) const { X509_REQ_free(request); }
