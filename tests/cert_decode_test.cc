@@ -75,6 +75,11 @@ ROWS(CertDecode, Extensions) {
     const CertPtr ctx = newCert();
     EXPECT_EQ(decodeExact(ctx, parts.whole()), row.number("status"));
     EXPECT_EQ(dump(ctx->extensions), row("want"));
+    // The same by the field alone.
+    const CertPtr alone = newCert();
+    const Exact field(parts["extensions"]);
+    EXPECT_EQ(KI_Cert_DecodeExtensions(&field.record, &alone->extensions), row.number("status"));
+    EXPECT_EQ(dump(alone->extensions), row("want"));
 }
 
 ROWS(CertDecode, SingleReaders) {

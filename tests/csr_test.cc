@@ -108,6 +108,17 @@ ROWS(Csr, Decode) {
     EXPECT_EQ(first.substr(0, first.find_last_not_of(' ') + 1), row("first"));
 }
 
+TEST(Csr, TheInfoByItself) {
+    const CsrPtr ctx = create<CsrDecodeCtx>();
+    const Exact info(seq({hex("02 01 05"), commonName("Leaf"), Key}));
+    const Exact attributes(tlv(0xA3, seq({oid("2A 03"), set({hex("05 00")})})));
+    EXPECT_EQ(KI_CSR_DecodeTBS(ctx.get(), &info.record), KACERT_Ok);
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(KI_CSR_DecodeAttributes(ctx.get(), &attributes.record), KACERT_Ok);
+    EXPECT_EQ(get(ctx, CSR_SUBJECT_COMMONNAME), toHex(text("Leaf")));
+    EXPECT_EQ(getPrivate(ctx, 2), "2A 03 = 05 00");
+    EXPECT_EQ(KI_CSR_DecodeTBS(ctx.get(), nullptr), KACERT_InvalidParamErr);
+}
+
 ROWS(Csr, DecodeWhole) { EXPECT_EQ(decode(create<CsrDecodeCtx>(), row.octets("request")), row.number("status")); }
 
 struct FreeReq {

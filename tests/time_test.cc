@@ -33,6 +33,17 @@ std::string written(const Kind &kind, int32_t time) {
     return {record->data + 2, record->data + record->length};
 }
 
+ROWS(Time, TwoDigits) {
+    Octets digits(2);
+    EXPECT_EQ(KAsn1_Low_TimeIntToChar(row.number("value"), digits.data()), row.number("status"));
+    EXPECT_EQ(toHex(digits), row.hex("digits"));
+    if (row.number("status") != KACERT_Ok) digits[1] = '0';
+    int32_t value = Untouched;
+    EXPECT_EQ(KAsn1_Low_TimeCharToInt(digits.data(), &value), KACERT_Ok);
+    EXPECT_EQ(value, row.number("value"));
+    EXPECT_EQ(KAsn1_Low_TimeCharToInt(nullptr, &value), KACERT_InvalidParamErr);
+}
+
 ROWS(Time, WritersGiveTheLocalClock) {
     const Zone zone(row("zone").c_str());
     for (const Kind &kind : kinds) EXPECT_EQ(written(kind, row.number("time")), row("want")) << kind.name;
