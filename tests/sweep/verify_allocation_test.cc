@@ -123,6 +123,13 @@ TEST(FailingAllocations, KeysAreWiped) {
     });
     karil_test::Run run(false);
     encodeKeys(run);
+    // The copy of a hook's parameter, where it is replaced and where its context goes.
+    const CertPtr ctx = newCert();
+    for (int i = 0; i < 2; ++i)
+        KACert_SetCertSignFunc(ctx.get(), fixedSignature, prime.data(), static_cast<uint32_t>(prime.size()));
+    CertPtr other = newCert();
+    KACert_SetCertSignFunc(other.get(), fixedSignature, prime.data(), static_cast<uint32_t>(prime.size()));
+    other.reset();
     onRelease(nullptr);
     EXPECT_GE(blocks, 10); // nine integers and what holds them
     EXPECT_EQ(found, 0);
