@@ -19,7 +19,8 @@ refuse 'no allocating container' 'std::(vector|string|map|set|list|deque|functio
 refuse 'memory comes from KAPR_Malloc' '\b(malloc|calloc|realloc|strdup|alloca)[[:space:]]*\(' '^src/ka_low/memory.cc:'
 refuse 'no unbounded string function' '\b(strcpy|strcat|sprintf|gets)[[:space:]]*\('
 refuse 'crypto headers stay in src/ka_crypt' '#include <(openssl|nettle)/' '^src/ka_crypt/'
-refuse 'nothing is left to be done later' '\b(TO''DO|FIX''ME|XXX)\b'
+# The words stand in parts, so that this line is none of its own findings.
+refuse 'nothing is left to be done later' '\b(TO''DO|FIX''ME|X''XX)\b'
 
 long=$(find include src tests examples \( -name '*.h' -o -name '*.cc' -o -name '*.c' \) -exec wc -l {} + |
     awk '$2 != "total" && $1 > 480')

@@ -72,11 +72,27 @@ bool hasSignOctet(const Anybuf &integer) {
     return integer.length > 0 && (integer.data[0] & 0x80) != 0;
 }
 
+struct Date {
+    Tag tag;
+    int32_t seconds;
+    const char *words;
+};
+Date dateOf(const RevokedEntry &entry) {
+    const CertTime &date = entry.revocationDate;
+    if (date.isUtc != 0)
+        return {TagUtcTime, date.utcValue, "------>KAsn1_WriteUtcTime"};
+    return {TagGeneralizedTime, date.generalizedValue, "------>KAsn1_WriteGeneralizedTime"};
+}
+
+// Refuses what cannot be written, so that the list's one block is only asked for where it will be filled.
 Status measure(const RevokedEntry &entry, EntrySize &out) {
     const Anybuf &serial = entry.serialNumber;
     const Anybuf &reason = entry.reason;
+    const Date date = dateOf(entry);
     if (serial.data == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_WriteIntegerArray");
+    if (date.seconds < 0)
+        return KA_FAIL(KACERT_InvalidTimeErr, date.words);
     out.serialNumber = uint64_t{serial.length} + (hasSignOctet(serial) ? 1 : 0);
     out.whole = elementSize(out.serialNumber) + elementSize(TimeLength);
     if (entry.hasEntryExtensions != 1)
@@ -109,18 +125,15 @@ uint8_t *putReason(uint8_t *at, const Anybuf &reason, const EntrySize &size) {
 Status putEntry(const RevokedEntry &entry, LocalClock &clock, uint8_t *&at) {
     EntrySize size;
     KA_PASS(measure, entry, size);
-    const CertTime &date = entry.revocationDate;
+    const Date date = dateOf(entry);
     uint8_t text[TimeLength];
-    if (date.isUtc != 0)
-        KA_STEP_AS("------>KAsn1_WriteUtcTime", timeText, date.utcValue, clock, text);
-    else
-        KA_STEP_AS("------>KAsn1_WriteGeneralizedTime", timeText, date.generalizedValue, clock, text);
+    KA_STEP_AS(date.words, timeText, date.seconds, clock, text);
     at = putHeader(at, TagSequence, size.whole);
     at = putHeader(at, TagInteger, size.serialNumber);
     if (hasSignOctet(entry.serialNumber))
         *at++ = 0;
     at = put(at, bytesOf(entry.serialNumber));
-    at = put(putHeader(at, date.isUtc != 0 ? TagUtcTime : TagGeneralizedTime, TimeLength), text);
+    at = put(putHeader(at, date.tag, TimeLength), text);
     if (size.extensions > 0)
         at = putReason(at, entry.reason, size);
     return KACERT_Ok;
@@ -128,15 +141,16 @@ Status putEntry(const RevokedEntry &entry, LocalClock &clock, uint8_t *&at) {
 
 // SEQUENCE OF entries, those of the ready list first
 Status writeEntries(const CrlEncodeCtx &ctx, Anybuf **out) {
-    Level ready;
-    if (ctx.revokedDer.length > 0)
-        KA_STEP_AS("------>KI_CRL_AddRevokedCert", readSequence, elementOf(ctx.revokedDer), ready);
-    uint64_t total = ready.rest.size();
+    uint64_t total = 0;
     for (const RevokedEntry *entry = ctx.firstRevoked; entry != nullptr; entry = entry->next) {
         EntrySize size;
         KA_PASS(measure, *entry, size);
         total += elementSize(size.whole);
     }
+    Level ready;
+    if (ctx.revokedDer.length > 0)
+        KA_STEP_AS("------>KI_CRL_AddRevokedCert", readSequence, elementOf(ctx.revokedDer), ready);
+    total += ready.rest.size();
     Anybuf *node = nullptr;
     uint8_t *at = nullptr;
     KA_STEP_AS("------>KAsn1_WriteSequence", newElement, TagSequence, total, &node, &at);

@@ -113,13 +113,11 @@ public:
         return tail;
     }
     const Anybuf *head() const { return first; }
-    AnybufPtr take() {
-        AnybufPtr chain(first);
+    void moveTo(Anybuf **out) {
+        *out = first;
         first = nullptr;
         tail = &first;
-        return chain;
     }
-    void moveTo(Anybuf **out) { *out = take().release(); }
 
 private:
     Anybuf *first = nullptr;
