@@ -11,11 +11,8 @@ namespace {
 // Every reason there is has one octet.
 constexpr uint64_t ReasonRoom = 1;
 
-// A field that stands in the entry's own block, from `at` on.
-Anybuf place(RevokedEntry &entry, uint32_t at, Bytes value, uint32_t tag) {
-    uint8_t *data = reinterpret_cast<uint8_t *>(&entry + 1) + at;
-    memmove(data, value.data(), value.size());
-    return {data, static_cast<uint32_t>(value.size()), 0, FormPart, tag, nullptr, nullptr};
+uint8_t *roomOf(RevokedEntry &entry) {
+    return reinterpret_cast<uint8_t *>(&entry + 1);
 }
 
 } // namespace
@@ -29,7 +26,8 @@ EntryPtr newEntry(Bytes serialNumber) {
     if (entry == nullptr)
         return nullptr;
     entry->room = static_cast<uint32_t>(room);
-    entry->serialNumber = place(*entry, 0, serialNumber, TagInteger);
+    entry->serialNumber.tag = TagInteger;
+    placePart(entry->serialNumber, serialNumber, roomOf(*entry));
     return entry;
 }
 
@@ -42,8 +40,9 @@ void freeEntry(RevokedEntry *entry) {
 Status setReason(RevokedEntry &entry, Bytes value) {
     const uint32_t serialSize = entry.serialNumber.length;
     Anybuf reason = {};
+    reason.tag = TagEnumerated;
     if (uint64_t{serialSize} + value.size() <= entry.room)
-        reason = place(entry, serialSize, value, TagEnumerated);
+        placePart(reason, value, roomOf(entry) + serialSize);
     else
         KA_PASS(setTagged, reason, value, TagEnumerated);
     freeData(entry.reason);

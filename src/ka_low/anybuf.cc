@@ -2,6 +2,15 @@
 
 namespace karil {
 
+uint8_t *placePart(Anybuf &record, Bytes value, uint8_t *at) {
+    if (!value.empty())
+        memmove(at, value.data(), value.size());
+    record.data = at;
+    record.length = static_cast<uint32_t>(value.size());
+    record.form = FormPart;
+    return at + value.size();
+}
+
 Status replace(Anybuf &record, Bytes value) {
     Anybuf fresh = {};
     KA_STEP(KI_SetAttributeCharValue, &fresh, value.data(), static_cast<uint32_t>(value.size()));

@@ -64,6 +64,9 @@ inline uint8_t *inlineData(Anybuf &node) {
     return reinterpret_cast<uint8_t *>(&node + 1) + 1;
 }
 
+// Copies octets to `at`, which is in a block that the record's owner keeps. Gives where they end.
+uint8_t *placePart(Anybuf &record, Bytes value, uint8_t *at);
+
 // All that frees the data of a record does it here.
 inline void freeData(Anybuf &record) {
     if (record.data != nullptr && record.form != FormPart && record.data != inlineData(record))

@@ -91,16 +91,6 @@ Status readRdn(const Element &rdn, NameRecord &record) {
     return readAttributeValue(fields.take(), record.value);
 }
 
-// Copies octets to `at`, which is in a block that the record's owner keeps. Gives where they end.
-uint8_t *placePart(Anybuf &record, Bytes value, uint8_t *at) {
-    if (!value.empty())
-        memcpy(at, value.data(), value.size());
-    record.data = at;
-    record.length = static_cast<uint32_t>(value.size());
-    record.form = FormPart;
-    return at + value.size();
-}
-
 } // namespace
 
 Status appendName(NameRecord &head, NameRecord *&hint, uint32_t kind, Bytes value) {
