@@ -248,8 +248,8 @@ Status writeLengths(Work &work, std::span<const Mark> marks) {
 }
 
 Status convert(Work &work, std::span<Mark> marks) {
-    KA_PASS(pair, marks);
-    KA_PASS(takeOutClosings, work, marks);
+    KA_PASS(pair(marks));
+    KA_PASS(takeOutClosings(work, marks));
     return writeLengths(work, marks);
 }
 
@@ -286,8 +286,8 @@ Status makeDefinite(Work &work, const Output &output) {
     const std::span<Mark> marks(block.get(), scan(work, block.get()));
     uint64_t size = work.length;
     if (!marks.empty() && !isInsideDefinite(work.octets(), marks.front().position)) {
-        KA_PASS(convert, work, marks);
-        KA_PASS(sizeOfResult, work, size);
+        KA_PASS(convert(work, marks));
+        KA_PASS(sizeOfResult(work, size));
     }
     output.set(work.octets(), size);
     return KACERT_Ok;
@@ -299,12 +299,11 @@ int32_t KAsn1_IndefiniteToDefinite(const uint8_t *input, uint32_t length, uint8_
     KA_FRAME("KAsn1_IndefiniteToDefinite");
     if ((input == nullptr && length > 0) || output == nullptr || outputLength == nullptr || length > INT32_MAX - Slack)
         return KAPKCS7_IndefiniteFormatErr;
-    Work work = {Owned<uint8_t>(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, length + Slack))), length,
-                 length + 1};
+    Work work = {KA_BLOCK(length + Slack), length, length + 1};
     if (work.block == nullptr)
         return KAPKCS7_IndefiniteFormatErr;
     if (length > 0)
         memcpy(work.octets(), input, length);
-    KA_PASS(makeDefinite, work, {output, outputLength});
+    KA_PASS(makeDefinite(work, {output, outputLength}));
     return KA_DONE();
 }

@@ -133,7 +133,7 @@ int32_t KAsn1_Low_GetTagInfo(const uint8_t **cursor, uint32_t **tag, uint32_t **
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     uint32_t value = 0;
     const uint8_t *behind = bareTag(*cursor, value);
-    KA_PASS(storeCells, value, static_cast<uint32_t>(behind - *cursor), tag, octets);
+    KA_PASS(storeCells(value, static_cast<uint32_t>(behind - *cursor), tag, octets));
     *cursor = behind;
     return KA_DONE();
 }
@@ -147,7 +147,7 @@ int32_t KAsn1_Low_GetLengthInfo(const uint8_t **cursor, uint32_t **length, uint3
     const uint8_t *behind = bareLength(*cursor, value, size);
     if (behind == nullptr)
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_GetLengthInfo");
-    KA_PASS(storeCells, value, size, length, octets);
+    KA_PASS(storeCells(value, size, length, octets));
     *cursor = behind;
     return KA_DONE();
 }
@@ -220,7 +220,7 @@ int32_t KAsn1_Low_WriteTagAndLength(const Anybuf *source, uint32_t tag, Anybuf *
     const bool sign = octet == TagInteger && source->length > 0 && (source->data[0] & 0x80) != 0;
     Anybuf *node = nullptr;
     uint8_t *at = nullptr;
-    KA_PASS(newElement, octet, uint64_t{source->length} + (bits || sign ? 1 : 0), &node, &at);
+    KA_PASS(newElement(octet, uint64_t{source->length} + (bits || sign ? 1 : 0), &node, &at));
     if (bits) {
         node->unusedBits = source->unusedBits;
         *at++ = static_cast<uint8_t>(source->unusedBits);
@@ -237,9 +237,9 @@ int32_t KAsn1_Low_ReadTagAndLength(const Anybuf *source, const uint8_t **cursor,
     if (source == nullptr || cursor == nullptr || *cursor == nullptr || out == nullptr || content == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     Element value;
-    KA_PASS(readValue, {source->tag, {*cursor, source->length}}, value);
+    KA_PASS(readValue({source->tag, {*cursor, source->length}}, value));
     Anybuf *node = nullptr;
-    KA_PASS(newNode, value, &node);
+    KA_PASS(newNode(value, &node));
     node->unusedBits = source->tag == TagBitString ? source->unusedBits : 0;
     *cursor = value.bytes.data();
     *content = node->data;
@@ -253,7 +253,7 @@ int32_t KAsn1_Low_IntToChar(uint32_t value, uint8_t **octets, uint32_t **count) 
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     uint8_t work[5];
     const uint32_t size = integerOctets(value, work);
-    Owned<uint8_t> block(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, size)));
+    Owned<uint8_t> block = KA_BLOCK(size);
     Cell cell = newCell(size);
     if (block == nullptr || cell == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");

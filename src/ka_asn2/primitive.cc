@@ -11,7 +11,7 @@ Status writeContent(const Anybuf *source, Tag tag, Anybuf **out) {
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     Anybuf *node = nullptr;
     uint8_t *position = nullptr;
-    KA_STEP(KAsn1_Low_WriteTagAndLength, source, tag, &node, &position);
+    KA_STEP(KAsn1_Low_WriteTagAndLength(source, tag, &node, &position));
     if (source->length > 0)
         memcpy(position, source->data, source->length);
     *out = node;
@@ -24,7 +24,7 @@ Status writePlain(Tag tag, Bytes content, Anybuf **out) {
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     Anybuf *node = nullptr;
     uint8_t *position = nullptr;
-    KA_STEP_AS("------>KAPR_Malloc", newElement, tag, content.size(), &node, &position);
+    KA_STEP_AS("------>KAPR_Malloc", newElement(tag, content.size(), &node, &position));
     if (!content.empty())
         memcpy(position, content.data(), content.size());
     *out = node;
@@ -36,9 +36,9 @@ Status readString(const Anybuf *source, Anybuf **out) {
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     const Element element = elementOf(*source);
     Element value;
-    KA_STEP_AS("------>KAsn1_Low_ReadTagAndLength", readValue, element, value);
+    KA_STEP_AS("------>KAsn1_Low_ReadTagAndLength", readValue(element, value));
     Anybuf *node = nullptr;
-    KA_STEP_AS("------>KAsn1_Low_ReadTagAndLength", newNode, value, &node);
+    KA_STEP_AS("------>KAsn1_Low_ReadTagAndLength", newNode(value, &node));
     node->unusedBits = source->tag == TagBitString ? source->unusedBits : 0;
     *out = node;
     return KACERT_Ok;
@@ -55,9 +55,9 @@ Status writeOid(Bytes oid, Anybuf **out) {
 
 Status writeAlgorithm(const AlgorithmRecord &algorithm, Anybuf **out) {
     Chain fields;
-    KA_STEP(KAsn1_WriteObjectId, &algorithm, fields.slot());
-    KA_STEP(KAsn1_WriteNull, fields.slot());
-    KA_STEP(KAsn1_WriteSequence, fields.head(), out);
+    KA_STEP(KAsn1_WriteObjectId(&algorithm, fields.slot()));
+    KA_STEP(KAsn1_WriteNull(fields.slot()));
+    KA_STEP(KAsn1_WriteSequence(fields.head(), out));
     return KACERT_Ok;
 }
 
@@ -65,9 +65,7 @@ Status writeAlgorithm(const AlgorithmRecord &algorithm, Anybuf **out) {
 
 #define KA_WRITER(NAME, TAG)                                                                                           \
     int32_t NAME(const Anybuf *source, Anybuf **out) {                                                                 \
-        KA_FRAME(#NAME);                                                                                               \
-        KA_PASS(writeContent, source, TAG, out);                                                                       \
-        return KA_DONE();                                                                                              \
+        return KA_FRAMED(#NAME, writeContent(source, TAG, out));                                                       \
     }
 
 KA_WRITER(KAsn1_WriteIntegerArray, TagInteger)
@@ -81,9 +79,7 @@ KA_WRITER(KAsn1_WriteIa5String, TagIa5String)
 
 #define KA_READER(NAME)                                                                                                \
     int32_t NAME(const Anybuf *source, Anybuf **out) {                                                                 \
-        KA_FRAME(#NAME);                                                                                               \
-        KA_PASS(readString, source, out);                                                                              \
-        return KA_DONE();                                                                                              \
+        return KA_FRAMED(#NAME, readString(source, out));                                                              \
     }
 
 KA_READER(KAsn1_ReadOctetString)
@@ -100,9 +96,9 @@ int32_t KAsn1_WritePrintableString(const Anybuf *source, Anybuf **out) {
     if (source == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     if (source->tag == TagBmpString)
-        KA_STEP(KAsn1_WriteBmpString, source, out);
+        KA_STEP(KAsn1_WriteBmpString(source, out));
     else
-        KA_STEP(KAsn1_WriteCharString, source, out);
+        KA_STEP(KAsn1_WriteCharString(source, out));
     return KA_DONE();
 }
 
@@ -110,7 +106,7 @@ int32_t KAsn1_WriteInteger(uint32_t value, Anybuf **out) {
     KA_FRAME("KAsn1_WriteInteger");
     uint8_t octets[5];
     const uint32_t size = integerOctets(value, octets);
-    KA_STEP_AS("------>KAsn1_Low_IntToChar", writePlain, TagInteger, Bytes(octets, size), out);
+    KA_STEP_AS("------>KAsn1_Low_IntToChar", writePlain(TagInteger, Bytes(octets, size), out));
     return KA_DONE();
 }
 
@@ -119,13 +115,13 @@ int32_t KAsn1_WriteBoolean(const uint8_t *value, Anybuf **out) {
     if (value == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     const uint8_t octet = *value != 0 ? 0xFF : 0;
-    KA_STEP_AS("------>KAPR_Malloc", writePlain, TagBoolean, Bytes(&octet, 1), out);
+    KA_STEP_AS("------>KAPR_Malloc", writePlain(TagBoolean, Bytes(&octet, 1), out));
     return KA_DONE();
 }
 
 int32_t KAsn1_WriteNull(Anybuf **out) {
     KA_FRAME("KAsn1_WriteNull");
-    KA_STEP_AS("------>KAPR_Malloc", writePlain, TagNull, Bytes{}, out);
+    KA_STEP_AS("------>KAPR_Malloc", writePlain(TagNull, Bytes{}, out));
     return KA_DONE();
 }
 
@@ -133,7 +129,7 @@ int32_t KAsn1_WriteObjectId(const AlgorithmRecord *source, Anybuf **out) {
     KA_FRAME("KAsn1_WriteObjectId");
     if (source == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_PASS(writeContent, &source->oid, TagObjectId, out);
+    KA_PASS(writeContent(&source->oid, TagObjectId, out));
     return KA_DONE();
 }
 
@@ -142,7 +138,7 @@ int32_t KAsn1_ReadIntegerArray(const Anybuf *source, Anybuf *out) {
     if (out == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     Anybuf *node = nullptr;
-    KA_PASS(readString, source, &node);
+    KA_PASS(readString(source, &node));
     const Owned<Anybuf> shell(node);
     *out = *shell;
     return KA_DONE();
@@ -152,7 +148,7 @@ int32_t KAsn1_ReadInteger(const Anybuf *source, uint32_t *value) {
     KA_FRAME("KAsn1_ReadInteger");
     if (source == nullptr || source->data == nullptr || value == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_PASS(readInteger, elementOf(*source), *value);
+    KA_PASS(readInteger(elementOf(*source), *value));
     return KA_DONE();
 }
 
@@ -160,7 +156,7 @@ int32_t KAsn1_ReadBoolean(const Anybuf *source, uint8_t *value) {
     KA_FRAME("KAsn1_ReadBoolean");
     if (source == nullptr || source->data == nullptr || value == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_PASS(readBoolean, elementOf(*source), *value);
+    KA_PASS(readBoolean(elementOf(*source), *value));
     return KA_DONE();
 }
 
@@ -172,7 +168,7 @@ int32_t KAsn1_ReadObjectId(const Anybuf *source, AlgorithmRecord **out) {
     if (record == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
     Anybuf *node = nullptr;
-    KA_PASS(readString, source, &node);
+    KA_PASS(readString(source, &node));
     const Owned<Anybuf> shell(node);
     record->oid = *shell;
     *out = record.release();

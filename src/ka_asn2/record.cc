@@ -36,9 +36,9 @@ void freeKept(KeptOctets *kept) {
 
 Status newNode(const Element &value, Anybuf **out) {
     Anybuf *record = nullptr;
-    KA_STEP(KAsn1_Low_CreateAnyBuf, &record);
+    KA_STEP(KAsn1_Low_CreateAnyBuf(&record));
     AnybufPtr node(record);
-    KA_PASS(store, *node, {value.tag, value.bytes});
+    KA_PASS(store(*node, {value.tag, value.bytes}));
     *out = node.release();
     return KACERT_Ok;
 }
@@ -53,7 +53,7 @@ Status store(Anybuf &record, const Element &value) {
     }
     Owned<uint8_t> data;
     if (value.present()) {
-        data.reset(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, length)));
+        data = KA_BLOCK(length);
         if (data == nullptr)
             return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
         memcpy(data.get(), value.bytes.data(), length);

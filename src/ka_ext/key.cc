@@ -29,7 +29,7 @@ Status writeNumbers(const uint8_t *block, Fields fields, SecretChain &numbers) {
         if (number.empty())
             return KACERT_MemoryErr;
         const Anybuf source = borrow(number, TagInteger);
-        KA_PASS(KAsn1_WriteIntegerArray, &source, numbers.slot());
+        KA_PASS(KAsn1_WriteIntegerArray(&source, numbers.slot()));
         block += size;
     }
     return KACERT_Ok;
@@ -38,7 +38,7 @@ Status writeNumbers(const uint8_t *block, Fields fields, SecretChain &numbers) {
 // SEQUENCE of the elements of `parts`, handed out.
 Status giveSequence(const SecretChain &parts, uint8_t *result, uint32_t *resultLength) {
     SecretChain sequence;
-    KA_PASS(KAsn1_WriteSequence, parts.head(), sequence.slot());
+    KA_PASS(KAsn1_WriteSequence(parts.head(), sequence.slot()));
     const Bytes whole = bytesOf(*sequence.head());
     *resultLength = static_cast<uint32_t>(whole.size());
     if (result != nullptr)
@@ -52,7 +52,7 @@ Status readNumbers(Level integers, uint8_t *block, Fields fields, Status missing
         if (integers.empty())
             return missing;
         Element number;
-        KA_PASS(readValue, integers.take(), number);
+        KA_PASS(readValue(integers.take(), number));
         if (number.bytes.size() > size)
             return KACERT_InvalidLengthErr;
         if (number.present())
@@ -82,14 +82,14 @@ Status readKey(uint8_t *block, const uint8_t *der, int32_t length, Status (*read
 // RSAPublicKey ::= SEQUENCE { modulus, publicExponent }
 Status readPublic(const Element &key, uint8_t *block) {
     Level integers;
-    KA_PASS(readSequence, key, integers);
+    KA_PASS(readSequence(key, integers));
     return readNumbers(integers, block, PublicFields, KACERT_InvalidParamErr);
 }
 
 // RSAPrivateKey ::= SEQUENCE { version, modulus, publicExponent, privateExponent, prime1, prime2, ... }
 Status readPrivate(const Element &key, uint8_t *block) {
     Level integers;
-    KA_PASS(readSequence, key, integers);
+    KA_PASS(readSequence(key, integers));
     integers.take(); // the version
     return readNumbers(integers, block, PrivateFields, KACERT_InvalidPrivateKeyErr);
 }
@@ -105,7 +105,7 @@ int32_t KA_Encode_PublicKey(const uint8_t *numbers, uint8_t *result, uint32_t *r
     if (hasModulus && !hasExponent)
         return KACERT_Ok;
     SecretChain integers;
-    KA_PASS(writeNumbers, numbers, PublicFields, integers);
+    KA_PASS(writeNumbers(numbers, PublicFields, integers));
     return giveSequence(integers, result, resultLength);
 }
 
@@ -113,8 +113,8 @@ int32_t KA_Encode_PrivateKey(const uint8_t *numbers, uint8_t *result, uint32_t *
     if (numbers == nullptr || resultLength == nullptr)
         return nullPointer();
     SecretChain integers;
-    KA_PASS(KAsn1_WriteInteger, 0u, integers.slot());
-    KA_PASS(writeNumbers, numbers, PrivateFields, integers);
+    KA_PASS(KAsn1_WriteInteger(0u, integers.slot()));
+    KA_PASS(writeNumbers(numbers, PrivateFields, integers));
     return giveSequence(integers, result, resultLength);
 }
 
@@ -131,8 +131,8 @@ int32_t KI_PKCS1to8KEY(const uint8_t *key, uint32_t length, uint8_t *result, uin
         return nullPointer();
     const Anybuf octets = borrow({key, length}, TagOctetString);
     SecretChain fields;
-    KA_PASS(KAsn1_WriteInteger, 1u, fields.slot());
-    KA_PASS(writeOid, OidRsaEncryption, fields.slot());
-    KA_PASS(KAsn1_WriteOctetString, &octets, fields.slot());
+    KA_PASS(KAsn1_WriteInteger(1u, fields.slot()));
+    KA_PASS(writeOid(OidRsaEncryption, fields.slot()));
+    KA_PASS(KAsn1_WriteOctetString(&octets, fields.slot()));
     return giveSequence(fields, result, resultLength);
 }

@@ -13,7 +13,7 @@ uint8_t *placePart(Anybuf &record, Bytes value, uint8_t *at) {
 
 Status replace(Anybuf &record, Bytes value) {
     Anybuf fresh = {};
-    KA_STEP(KI_SetAttributeCharValue, &fresh, value.data(), static_cast<uint32_t>(value.size()));
+    KA_STEP(KI_SetAttributeCharValue(&fresh, value.data(), static_cast<uint32_t>(value.size())));
     fresh.tag = record.tag;
     KI_ClearAnybuf(&record);
     record = fresh;
@@ -108,7 +108,7 @@ int32_t KI_SetAttributeCharValue(Anybuf *record, const uint8_t *value, uint32_t 
 int32_t KI_CopyAlgorithm(AlgorithmRecord *destination, const AlgorithmRecord *source) {
     if (destination == nullptr || source == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>KI_CopyAlgorithm");
-    KA_STEP(KI_CopyAnybuf, &destination->oid, &source->oid);
+    KA_STEP(KI_CopyAnybuf(&destination->oid, &source->oid));
     destination->id = source->id;
     return KACERT_Ok;
 }

@@ -38,15 +38,15 @@ Status writeKind(Anybuf &value, Tag tag, int32_t (*write)(const Anybuf *, Anybuf
 
 Status writeBmp(const Anybuf &value, Anybuf **out) {
     Scratch bmp;
-    KA_STEP_AS("------>KI_Chinese2BmpString", convertText, KI_Chinese2BmpString, elementOf(value), TagBmpString,
-               bmp.record);
+    KA_STEP_AS("------>KI_Chinese2BmpString",
+               convertText(KI_Chinese2BmpString, elementOf(value), TagBmpString, bmp.record));
     return KAsn1_WritePrintableString(&bmp.record, out);
 }
 
 Status writeUtf8(const Anybuf &value, Anybuf **out) {
     if (value.length > INT32_MAX)
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KI_EnCodeUtf8");
-    KA_STEP(KI_EnCodeUtf8, value.data, static_cast<int32_t>(value.length), out);
+    KA_STEP(KI_EnCodeUtf8(value.data, static_cast<int32_t>(value.length), out));
     return KACERT_Ok;
 }
 
@@ -69,8 +69,8 @@ Status writeOtherValue(GeneralNameRecord &names, bool plural, Anybuf **out) {
     if (names.otherNameKind != TagUtf8String || !plural)
         return writeUtf8(value, out);
     Chain utf8;
-    KA_PASS(writeUtf8, value, utf8.slot());
-    KA_STEP(KAsn1_WriteExplicit, utf8.head(), 0, out);
+    KA_PASS(writeUtf8(value, utf8.slot()));
+    KA_STEP(KAsn1_WriteExplicit(utf8.head(), 0, out));
     return KACERT_Ok;
 }
 
@@ -82,11 +82,11 @@ Status writeOtherType(const Anybuf &text, Anybuf **out) {
     const auto length = static_cast<int32_t>(text.length);
     uint8_t octets[128];
     uint32_t size = 0;
-    KA_STEP(KACert_GetOIDValue, dotted, length, nullptr, &size);
+    KA_STEP(KACert_GetOIDValue(dotted, length, nullptr, &size));
     if (size > sizeof octets)
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KACert_GetOIDValue");
-    KA_STEP(KACert_GetOIDValue, dotted, length, octets, &size);
-    KA_STEP_AS("------>KAsn1_WriteObjectId", writeOid, Bytes(octets, size), out);
+    KA_STEP(KACert_GetOIDValue(dotted, length, octets, &size));
+    KA_STEP_AS("------>KAsn1_WriteObjectId", writeOid(Bytes(octets, size), out));
     return KACERT_Ok;
 }
 
@@ -97,19 +97,19 @@ Status writeOtherName(GeneralNameRecord &names, bool plural, Anybuf **out) {
     if (names.otherNameValue.data == nullptr || names.otherNameValue.length == 0)
         return KA_FAIL(KACERT_InvalidParamErr, "------>没有设置CERT_SUBJECT_ALT_OTHERNAME_VALUE属性值");
     Chain fields;
-    KA_PASS(writeOtherType, names.otherNameType, fields.slot());
-    KA_PASS(writeOtherValue, names, plural, fields.slot());
+    KA_PASS(writeOtherType(names.otherNameType, fields.slot()));
+    KA_PASS(writeOtherValue(names, plural, fields.slot()));
     Chain sequence;
-    KA_STEP(KAsn1_WriteSequence, fields.head(), sequence.slot());
-    KA_STEP(KAsn1_WriteImplicit, sequence.head(), OtherName, out);
+    KA_STEP(KAsn1_WriteSequence(fields.head(), sequence.slot()));
+    KA_STEP(KAsn1_WriteImplicit(sequence.head(), OtherName, out));
     return KACERT_Ok;
 }
 
 // directoryName [4] EXPLICIT Name
 Status writeDirectoryName(const NameRecord &head, Anybuf **out) {
     Chain name;
-    KA_STEP(KI_EncodeIssuerSuject, &head, name.slot());
-    KA_STEP(KAsn1_WriteExplicit, name.head(), DirectoryName, out);
+    KA_STEP(KI_EncodeIssuerSuject(&head, name.slot()));
+    KA_STEP(KAsn1_WriteExplicit(name.head(), DirectoryName, out));
     return KACERT_Ok;
 }
 
@@ -129,15 +129,15 @@ bool isCarried(uint32_t form) {
 
 Status readDirectoryName(const Element &element, NameRecord &head) {
     Element name;
-    KA_STEP_AS("------>KAsn1_ReadExplicit", readValue, element, name);
-    KA_STEP_AS("------>KI_DecodeIssuerSubject", decodeName, name, head);
+    KA_STEP_AS("------>KAsn1_ReadExplicit", readValue(element, name));
+    KA_STEP_AS("------>KI_DecodeIssuerSubject", decodeName(name, head));
     return KACERT_Ok;
 }
 
 Status readSlot(const Element &element, const Slot &slot, GeneralNameRecord &names) {
     Element value;
-    KA_STEP_AS(slot.decodeWords, readValue, element, value);
-    KA_STEP_AS(slot.copyWords, store, names.*slot.field, value);
+    KA_STEP_AS(slot.decodeWords, readValue(element, value));
+    KA_STEP_AS(slot.copyWords, store(names.*slot.field, value));
     return KACERT_Ok;
 }
 
@@ -145,14 +145,14 @@ Status readSlot(const Element &element, const Slot &slot, GeneralNameRecord &nam
 
 Status writeTaggedIa5(const Anybuf &text, uint32_t number, Anybuf **out) {
     Chain string;
-    KA_STEP(KAsn1_WriteIa5String, &text, string.slot());
-    KA_STEP(KAsn1_WriteImplicit, string.head(), number, out);
+    KA_STEP(KAsn1_WriteIa5String(&text, string.slot()));
+    KA_STEP(KAsn1_WriteImplicit(string.head(), number, out));
     return KACERT_Ok;
 }
 
 Status decodeGeneralNames(const Element &source, GeneralNameRecord &names, uint8_t &found) {
     Level level;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, source, level);
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(source, level));
     uint8_t taken = 0;
     while (!level.empty()) {
         const Element element = level.take();
@@ -161,9 +161,9 @@ Status decodeGeneralNames(const Element &source, GeneralNameRecord &names, uint8
         if ((slot == nullptr && form != DirectoryName) || names.present[form] != 0)
             continue;
         if (slot != nullptr)
-            KA_PASS(readSlot, element, *slot, names);
+            KA_PASS(readSlot(element, *slot, names));
         else
-            KA_PASS(readDirectoryName, element, names.directoryName);
+            KA_PASS(readDirectoryName(element, names.directoryName));
         names.present[form] = 1;
         taken = 1;
     }
@@ -192,7 +192,7 @@ int32_t KI_EncodeGeneralName(GeneralNameRecord *names, Anybuf **out) {
         ++form;
     if (form == Forms)
         return KA_FAIL(KACERT_AttributeNotSupportErr, "------>KACERT_AttributeNotSupportErr");
-    KA_PASS(writeForm, *names, form, false, out);
+    KA_PASS(writeForm(*names, form, false, out));
     return KA_DONE();
 }
 
@@ -203,8 +203,8 @@ int32_t KI_EncodeGeneralNameS(GeneralNameRecord *names, Anybuf **out) {
     Chain elements;
     for (uint32_t form = 0; form < Forms; ++form)
         if (names->present[form] != 0 && isCarried(form))
-            KA_PASS(writeForm, *names, form, true, elements.slot());
-    KA_STEP(KAsn1_WriteSequence, elements.head(), out);
+            KA_PASS(writeForm(*names, form, true, elements.slot()));
+    KA_STEP(KAsn1_WriteSequence(elements.head(), out));
     return KA_DONE();
 }
 
@@ -216,6 +216,6 @@ int32_t KI_DecodeGeneralNameS(const Anybuf *source, GeneralNameRecord *names, ui
     KA_FRAME("KI_DecodeGeneralNameS");
     if (source == nullptr || source->data == nullptr || names == nullptr || found == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>pGenName is Null.");
-    KA_PASS(decodeGeneralNames, elementOf(*source), *names, *found);
+    KA_PASS(decodeGeneralNames(elementOf(*source), *names, *found));
     return KA_DONE();
 }

@@ -34,8 +34,8 @@ Status writeAttributeValue(NameRecord &record, Anybuf **out) {
         return KAsn1_WritePrintableString(&record.value, out);
     }
     Scratch bmp;
-    KA_STEP_AS("------>KI_Chinese2BmpString", convertText, KI_Chinese2BmpString, elementOf(record.value), TagBmpString,
-               bmp.record);
+    KA_STEP_AS("------>KI_Chinese2BmpString",
+               convertText(KI_Chinese2BmpString, elementOf(record.value), TagBmpString, bmp.record));
     return KAsn1_WritePrintableString(&bmp.record, out);
 }
 
@@ -45,47 +45,47 @@ Status writeRdn(NameRecord &record, Anybuf **out) {
     Chain fields;
     if (KAsn1_WriteObjectId(&type, fields.slot()) != KACERT_Ok)
         return KA_FAIL(KACERT_MemoryErr, "------>KAsn1_WriteObjectId");
-    KA_STEP_AS("------>KAsn1_WritePrintableString函数失败", writeAttributeValue, record, fields.slot());
+    KA_STEP_AS("------>KAsn1_WritePrintableString函数失败", writeAttributeValue(record, fields.slot()));
     Chain attribute;
-    KA_STEP(KAsn1_WriteSequence, fields.head(), attribute.slot());
-    KA_STEP(KAsn1_WriteSet, attribute.head(), out);
+    KA_STEP(KAsn1_WriteSequence(fields.head(), attribute.slot()));
+    KA_STEP(KAsn1_WriteSet(attribute.head(), out));
     return KACERT_Ok;
 }
 
 Status readAttributeValue(const Element &element, Anybuf &value) {
     uint32_t tag = 0;
-    KA_STEP(KAsn1_Low_ReadDNTag, element.bytes.data(), &tag);
+    KA_STEP(KAsn1_Low_ReadDNTag(element.bytes.data(), &tag));
     Element content;
     switch (tag) {
     case TagBmpString:
-        KA_STEP_AS("------>KAsn1_ReadPrintableString", readValue, element, content);
-        KA_STEP_AS("------>KI_BmpString2Chinese", convertText, KI_BmpString2Chinese, content, TagBmpString, value);
+        KA_STEP_AS("------>KAsn1_ReadPrintableString", readValue(element, content));
+        KA_STEP_AS("------>KI_BmpString2Chinese", convertText(KI_BmpString2Chinese, content, TagBmpString, value));
         return KACERT_Ok;
     case TagUtf8String:
-        KA_STEP_AS("------>KAsn1_ReadUTF8String", readValue, element, content);
-        KA_STEP_AS("------>KI_UTF8String2Chinese", convertText, KI_UTF8String2Chinese, content, TagBmpString, value);
+        KA_STEP_AS("------>KAsn1_ReadUTF8String", readValue(element, content));
+        KA_STEP_AS("------>KI_UTF8String2Chinese", convertText(KI_UTF8String2Chinese, content, TagBmpString, value));
         return KACERT_Ok;
     case TagIa5String:
-        KA_STEP_AS("------>KAsn1_ReadIa5String", readValue, element, content);
+        KA_STEP_AS("------>KAsn1_ReadIa5String", readValue(element, content));
         break;
     default:
-        KA_STEP_AS("------>KAsn1_ReadPrintableString", readValue, element, content);
+        KA_STEP_AS("------>KAsn1_ReadPrintableString", readValue(element, content));
         break;
     }
-    KA_STEP_AS("------>KI_CopyAnybuf", store, value, content);
+    KA_STEP_AS("------>KI_CopyAnybuf", store(value, content));
     return KACERT_Ok;
 }
 
 // `rdn`: SET { SEQUENCE { type, value } ... }, of which the first attribute is taken.
 Status readRdn(const Element &rdn, NameRecord &record) {
     Level attributes;
-    KA_STEP_AS("------>KAsn1_ReadSet", readSet, rdn, attributes);
+    KA_STEP_AS("------>KAsn1_ReadSet", readSet(rdn, attributes));
     if (attributes.empty())
         return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadSequence");
     Level fields;
     Element type;
-    KA_PASS(readTyped, attributes.take(), type, fields);
-    KA_STEP_AS("------>KI_CopyAnybuf", store, record.oid, type);
+    KA_PASS(readTyped(attributes.take(), type, fields));
+    KA_STEP_AS("------>KI_CopyAnybuf", store(record.oid, type));
     const NameAttribute *attribute = attributeOfOid(type.bytes);
     record.id = attribute != nullptr ? attribute->kind : 0;
     return readAttributeValue(fields.take(), record.value);
@@ -119,14 +119,14 @@ const NameRecord *findName(const NameRecord &head, uint32_t kind) {
 
 Status decodeName(const Element &source, NameRecord &head) {
     Level rdns;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, source, rdns);
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(source, rdns));
     NameRecord *last = nullptr;
     while (!rdns.empty()) {
         NameRecord *record = KA_CREATE(NameRecord);
         if (record == nullptr)
             return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
         append<&NameRecord::next>(head.next, last, record);
-        KA_PASS(readRdn, rdns.take(), *record);
+        KA_PASS(readRdn(rdns.take(), *record));
     }
     return KACERT_Ok;
 }
@@ -142,8 +142,8 @@ int32_t KI_EncodeIssuerSuject(const NameRecord *head, Anybuf **out) {
     *out = nullptr;
     Chain rdns;
     for (NameRecord *record = head->next; record != nullptr; record = record->next)
-        KA_PASS(writeRdn, *record, rdns.slot());
-    KA_STEP(KAsn1_WriteSequence, rdns.head(), out);
+        KA_PASS(writeRdn(*record, rdns.slot()));
+    KA_STEP(KAsn1_WriteSequence(rdns.head(), out));
     return KA_DONE();
 }
 
@@ -151,7 +151,7 @@ int32_t KI_DecodeIssuerSubject(const Anybuf *source, NameRecord *head) {
     KA_FRAME("KI_DecodeIssuerSubject");
     if (source == nullptr || source->data == nullptr || head == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_PASS(decodeName, elementOf(*source), *head);
+    KA_PASS(decodeName(elementOf(*source), *head));
     return KA_DONE();
 }
 

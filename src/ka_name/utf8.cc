@@ -12,10 +12,10 @@ Status convertText(Conversion convert, const Element &text, uint32_t tag, Anybuf
         return KACERT_InvalidLengthErr;
     uint8_t converted[LongestText];
     uint32_t size = 0;
-    KA_PASS(convert, text.bytes.data(), static_cast<int32_t>(text.bytes.size()), converted, &size);
+    KA_PASS(convert(text.bytes.data(), static_cast<int32_t>(text.bytes.size()), converted, &size));
     if (text.isKept && text.present() && equal(text.bytes, {converted, size}))
         return store(out, {tag, text.bytes, true});
-    Owned<uint8_t> data(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, size)));
+    Owned<uint8_t> data = KA_BLOCK(size);
     if (data == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
     memcpy(data.get(), converted, size);
@@ -33,8 +33,9 @@ int32_t KI_EnCodeUtf8(const uint8_t *text, int32_t length, Anybuf **out) {
     if (text == nullptr || length < 0 || out == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     Scratch utf8;
-    KA_STEP_AS("------>KI_Chinese2UTF8String", convertText, KI_Chinese2UTF8String,
-               Element{0, {text, static_cast<size_t>(length)}}, TagUtf8String, utf8.record);
-    KA_STEP(KAsn1_WriteUTF8String, &utf8.record, out);
+    KA_STEP_AS("------>KI_Chinese2UTF8String",
+               convertText(KI_Chinese2UTF8String, Element{0, {text, static_cast<size_t>(length)}}, TagUtf8String,
+                           utf8.record));
+    KA_STEP(KAsn1_WriteUTF8String(&utf8.record, out));
     return KA_DONE();
 }
