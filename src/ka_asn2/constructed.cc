@@ -10,20 +10,19 @@ Status writeConstructed(Tag tag, const Anybuf *first, Anybuf **out) {
     if (out == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     uint64_t size = 0;
+    for (const Anybuf *node = first; node != nullptr; node = node->next)
+        size += node->length;
+    Writer whole(0);
+    uint8_t *position = whole.area(tag, size);
+    KA_STEP_AS("------>KASN1_LOW_CREATEUINT8", whole.status());
     for (const Anybuf *node = first; node != nullptr; node = node->next) {
         if (node->data == nullptr && node->length > 0)
             return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-        size += node->length;
-    }
-    Anybuf *whole = nullptr;
-    uint8_t *position = nullptr;
-    KA_STEP_AS("------>KASN1_LOW_CREATEUINT8", newElement(tag, size, &whole, &position));
-    for (const Anybuf *node = first; node != nullptr; node = node->next) {
         if (node->length > 0)
             memcpy(position, node->data, node->length);
         position += node->length;
     }
-    *out = whole;
+    KA_STEP_AS("------>KASN1_LOW_CREATEUINT8", whole.moveTo(out));
     return KACERT_Ok;
 }
 
@@ -50,13 +49,10 @@ Status readLevel(const Anybuf *source, Status (*open)(const Element &, Level &),
 }
 
 // `content` under a context tag, without pad or unused-bits octet.
-Status writeTagged(uint32_t tagOctet, const Anybuf &content, Anybuf **out) {
-    Anybuf *node = nullptr;
-    uint8_t *position = nullptr;
-    KA_STEP(KAsn1_Low_WriteTagAndLength(&content, tagOctet, &node, &position));
-    if (content.length > 0)
-        memcpy(position, content.data, content.length);
-    *out = node;
+Status writeTagged(uint32_t tagOctet, Bytes content, Anybuf **out) {
+    Writer element(0);
+    element.element(static_cast<uint8_t>(tagOctet), content);
+    KA_STEP_AS("------>KAsn1_Low_WriteTagAndLength", element.moveTo(out));
     return KACERT_Ok;
 }
 
@@ -82,7 +78,7 @@ int32_t KAsn1_WriteExplicit(const Anybuf *source, uint32_t number, Anybuf **out)
     KA_FRAME("KAsn1_WriteExplicit");
     if (source == nullptr || out == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_PASS(writeTagged(number | 0xA0, *source, out));
+    KA_PASS(writeTagged(number | 0xA0, bytesOf(*source), out));
     return KA_DONE();
 }
 
@@ -102,7 +98,7 @@ int32_t KAsn1_WriteImplicit(const Anybuf *source, uint32_t number, Anybuf **out)
     Element value;
     KA_STEP_AS("------>KAsn1_Low_ReadTagAndLength", readValue(elementOf(*source), value));
     const bool constructed = source->tag == NormalSequence || source->tag == NormalSet;
-    KA_PASS(writeTagged(number | (constructed ? 0xA0 : 0x80), borrow(value.bytes), out));
+    KA_PASS(writeTagged(number | (constructed ? 0xA0 : 0x80), value.bytes, out));
     return KA_DONE();
 }
 

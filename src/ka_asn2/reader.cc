@@ -155,18 +155,17 @@ Status openLevel(const Element &source, uint32_t tag, const LevelWords &words, L
 } // namespace
 
 Status next(Bytes &rest, Element &out, Status shortage, const char *words) {
-    const size_t size = shortSize(rest);
-    if (size == 0)
+    const Element element = takeShort(rest);
+    if (!element.present())
         return nextLong(rest, out, shortage, words);
-    out = {shortTag(rest[0]), rest.first(size)};
-    rest = rest.subspan(size);
+    out = element;
     return KACERT_Ok;
 }
 
 Element Level::takeLong() {
     Element element;
-    if (!rest.empty() && nextLong(rest, element, KACERT_InvalidLengthErr, Overrun) == KACERT_Ok)
-        element.isKept = isKept;
+    if (!rest.empty() && nextLong(rest, element, KACERT_InvalidLengthErr, Overrun) != KACERT_Ok)
+        rest = {};
     return element;
 }
 

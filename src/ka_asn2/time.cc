@@ -178,11 +178,13 @@ int32_t KAsn1_Low_CtoITime(const uint8_t *text, uint32_t length, int32_t **time)
     KA_FRAME("KAsn1_Low_CtoITime");
     if (text == nullptr || time == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    LocalClock clock;
+    int32_t seconds = 0;
+    KA_PASS(textTime({text, length == 0 ? TimeLength : length}, clock, seconds));
     Owned<int32_t> cell(KA_CREATE(int32_t));
     if (cell == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-    LocalClock clock;
-    KA_PASS(textTime({text, length == 0 ? TimeLength : length}, clock, *cell));
+    *cell = seconds;
     *time = cell.release();
     return KA_DONE();
 }
@@ -194,10 +196,10 @@ int32_t KAsn1_Low_WriteLongTime(int32_t time, uint32_t tag, Anybuf **out) {
     uint8_t text[TimeLength];
     LocalClock clock;
     KA_STEP_AS("------>KAsn1_Low_ItoCTime", timeText(time, clock, text));
+    Writer element(0);
+    element.element(static_cast<uint8_t>(tag), text);
     Anybuf *node = nullptr;
-    uint8_t *position = nullptr;
-    KA_STEP_AS("------>KAPR_Malloc", newElement(tag, TimeLength, &node, &position));
-    memcpy(position, text, TimeLength);
+    KA_STEP_AS("------>KAPR_Malloc", element.moveTo(&node));
     node->tag = tag & 0x1F;
     *out = node;
     return KA_DONE();

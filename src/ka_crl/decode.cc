@@ -69,7 +69,8 @@ Status appendEntry(const Entry &entry, CrlDecodeCtx &ctx) {
     if (node == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
     KA_STEP_AS("------>KI_CopyAnybuf", store(node->serialNumber, entry.serialNumber));
-    KA_STEP_AS("------>KI_CopyAnybuf", store(node->reason, entry.reason));
+    if (entry.hasReason)
+        KA_STEP_AS("------>KI_CopyAnybuf", store(node->reason, entry.reason));
     node->revocationDate.utcValue = entry.date;
     node->hasEntryExtensions = node->hasReason = entry.hasReason ? 1 : 0;
     if (ctx.firstRevoked == nullptr)

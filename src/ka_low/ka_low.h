@@ -4,6 +4,7 @@
 #include "karil/base.h"
 #include "karil/text.h"
 
+#include "part.h"
 #include "step.h"
 
 #include <memory>
@@ -40,24 +41,6 @@ inline Bytes bytesOf(const Anybuf &record) {
 inline bool equal(Bytes left, Bytes right) {
     return left.size() == right.size() &&
            (left.empty() || (left.back() == right.back() && memcmp(left.data(), right.data(), left.size()) == 0));
-}
-
-// `form` of a record whose data is part of a block that its owner keeps, so that it is not freed with the record.
-constexpr uint32_t FormPart = 0x80000002;
-
-// Where the data of a heap node stands that has it in its own block. No allocator gives an odd address, so that data
-// in a block of its own is never taken for it.
-inline uint8_t *inlineData(Anybuf &node) {
-    return reinterpret_cast<uint8_t *>(&node + 1) + 1;
-}
-
-// Copies octets to `at`, which is in a block that the record's owner keeps. Gives where they end.
-uint8_t *placePart(Anybuf &record, Bytes value, uint8_t *at);
-
-// All that frees the data of a record does it here.
-inline void freeData(Anybuf &record) {
-    if (record.data != nullptr && record.form != FormPart && record.data != inlineData(record))
-        KAPR_Free(record.data);
 }
 
 // Sets an embedded record to a copy of `value`, keeping its tag, and releases what stood there before.
