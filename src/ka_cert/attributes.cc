@@ -11,16 +11,16 @@ Status setName(CertEncodeCtx &ctx, NameList list, uint32_t kind, Bytes value) {
     CertExtensions &ext = ctx.extensions;
     switch (list) {
     case NameList::Issuer:
-        return appendName(ctx.issuer, ctx.issuerLast, kind, value);
+        return appendName(ctx.issuer, kind, value);
     case NameList::Subject:
-        return appendName(ctx.subject, ctx.subjectLast, kind, value);
+        return appendName(ctx.subject, kind, value);
     case NameList::SubjectAlt:
-        KA_PASS(appendName(ext.subjectAltName.names.directoryName, ctx.subjectAltLast, kind, value));
+        KA_PASS(appendName(ext.subjectAltName.names.directoryName, kind, value));
         ext.subjectAltName.names.present[FormDirectoryName] = 1;
         ext.hasSubjectAltName = 1;
         return KACERT_Ok;
     case NameList::IssuerAlt:
-        KA_PASS(appendName(ext.issuerAltName.names.directoryName, ctx.issuerAltLast, kind, value));
+        KA_PASS(appendName(ext.issuerAltName.names.directoryName, kind, value));
         ext.issuerAltName.names.present[FormDirectoryName] = 1;
         ext.hasIssuerAltName = 1;
         return KACERT_Ok;

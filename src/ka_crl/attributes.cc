@@ -71,7 +71,7 @@ Status goToNext(Ctx &ctx, const Answer &answer) {
 }
 
 #define KA_NAME(ID, SET, KIND) KA_ROW(ID, SET, KA_GET(giveName(ctx.issuer, KIND, answer)))
-#define KA_ISSUER(ID, KIND) KA_NAME(ID, KA_SET(appendName(ctx.issuer, ctx.issuerLast, KIND, value)), KIND)
+#define KA_ISSUER(ID, KIND) KA_NAME(ID, KA_SET(appendName(ctx.issuer, KIND, value)), KIND)
 
 constexpr Attribute<Ctx> Rows[] = {
     KA_ROW(CRL_TBS_CERTLIST, nullptr, KA_GET(give(answer, bytesOf(ctx.tbs)))),

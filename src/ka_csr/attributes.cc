@@ -12,7 +12,7 @@ using Ctx = CsrEncodeCtx;
 #define KA_SUBJECT_AS(ID, GET_WORDS, KIND)                                                                             \
     {                                                                                                                  \
         ID, "======>Set " #ID, "======>Get " GET_WORDS, "======>Get " GET_WORDS " LEN",                                \
-            KA_SET(appendName(ctx.subject, ctx.subjectLast, KIND, value)), KA_GET(giveName(ctx.subject, KIND, answer)) \
+            KA_SET(appendName(ctx.subject, KIND, value)), KA_GET(giveName(ctx.subject, KIND, answer))                  \
     }
 #define KA_SUBJECT(ID, KIND) KA_SUBJECT_AS(ID, #ID, KIND)
 

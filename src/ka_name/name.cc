@@ -93,7 +93,7 @@ Status readRdn(const Element &rdn, NameRecord &record) {
 
 } // namespace
 
-Status appendName(NameRecord &head, NameRecord *&hint, uint32_t kind, Bytes value) {
+Status appendName(NameRecord &head, uint32_t kind, Bytes value) {
     const Bytes oid = attributeOfKind(kind)->oid;
     const uint64_t size = uint64_t{sizeof(NameRecord)} + oid.size() + value.size();
     if (size > UINT32_MAX)
@@ -106,7 +106,8 @@ Status appendName(NameRecord &head, NameRecord *&hint, uint32_t kind, Bytes valu
     behind = placePart(record->oid, oid, behind);
     placePart(record->value, value, behind);
     record->value.tag = TagPrintableString;
-    append<&NameRecord::next>(head.next, hint, record);
+    NameRecord *last = nullptr;
+    append<&NameRecord::next>(head.next, last, record);
     return KACERT_Ok;
 }
 
