@@ -165,6 +165,15 @@ Status Writer::moveTo(Anybuf &record) {
     return KACERT_Ok;
 }
 
+Status handOut(const Writer &written, uint8_t *result, uint32_t *resultLength) {
+    KA_PASS(written.status());
+    const Bytes octets = written.since(0);
+    *resultLength = static_cast<uint32_t>(octets.size());
+    if (result != nullptr && !octets.empty())
+        memcpy(result, octets.data(), octets.size());
+    return KACERT_Ok;
+}
+
 Construct::Construct(Writer &out, uint8_t tag, uint32_t expected)
     : writer(&out), contentAt(0), lengthOctets(KAsn1_Low_Count_LengthOfSize(expected)) {
     ++out.openConstructs;

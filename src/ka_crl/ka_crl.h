@@ -25,6 +25,10 @@ using EntryPtr = NodePtr<RevokedEntry>;
 // In the node's own block where it fits there.
 [[nodiscard]] Status setReason(RevokedEntry &entry, Bytes value);
 
+// About how many octets the list of entries has, and the list itself: SEQUENCE OF, the ready list's entries first.
+uint32_t sizeOfEntries(const CrlEncodeCtx &ctx);
+[[nodiscard]] Status writeEntries(Writer &out, const CrlEncodeCtx &ctx, uint32_t expected);
+
 // The entry that date and reason belong to, or null.
 RevokedEntry *lastEntry(CrlEncodeCtx &ctx);
 
