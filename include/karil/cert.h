@@ -232,7 +232,7 @@ KARIL_API int32_t KACert_DecodeCert(CertDecodeCtx *ctx, const uint8_t *der, uint
 
 /*
  * Decodes a TBSCertificate element (RFC 5280 4.1.2) into the context, as KACert_DecodeCert does and with its statuses.
- * `tbs`: copied, and freed by the caller.
+ * `tbs`: copied; it stays the caller's.
  */
 KARIL_API int32_t KI_Cert_DecodeTBS(CertDecodeCtx *ctx, const Anybuf *tbs);
 
@@ -247,14 +247,18 @@ KARIL_API int32_t KACert_GetCertAttributeInt(const CertDecodeCtx *ctx, int32_t i
  * Answers an attribute. `*resultLength`: set to 0 first, then to the answer's octets; must not be null. `result`:
  * receives the octets, or null to ask for the length; the caller makes sure that they have room. If the attribute is
  * absent, the status is 0 and the length 0.
- * Odd answers, which stay. CERT_PUBLICKEY_ALGORITHM: the octets of the signature algorithm, with the length of the key
- * algorithm; zeros fill it up. CERT_SUBJECT_ALT_COMMONNAME: the e-mail form, if there is no directory name.
- * CERT_SUBJECT_ALT_EMAIL and CERT_ISSUER_ALT_EMAIL: each from the other's directory name. The unit ids, and that e-mail
- * form, have no way to ask for the length: a null `result` is KACERT_InvalidParamErr. CERT_ISSUER_DN and
- * CERT_SUBJECT_DN: length 0 if the text exceeds 1,023 octets or there is no memory for it. CERTEX_CRLDIST_FULLNAME: the
- * next distribution point at each call with a buffer, without a way back; of a decoded certificate a whole GeneralName
- * element. CERTEX_KEYUSAGE of a decoded certificate starts with its unused-bits octet. Flags of a decoded certificate
- * are the wire's octet, 0xFF for TRUE.
+ * Odd answers, which stay:
+ * - CERT_PUBLICKEY_ALGORITHM: the octets of the signature algorithm, with the length of the key algorithm; zeros fill
+ *   it up.
+ * - CERT_ISSUER_DN, CERT_SUBJECT_DN: length 0 if the text exceeds 1,023 octets or there is no memory for it.
+ * - Units, and the e-mail form below: a null `result` is KACERT_InvalidParamErr, so that the length cannot be asked
+ *   for.
+ * - CERT_SUBJECT_ALT_COMMONNAME: the e-mail form (rfc822Name), if there is no directory name.
+ * - CERT_SUBJECT_ALT_EMAIL, CERT_ISSUER_ALT_EMAIL: each from the other's directory name.
+ * - CERTEX_CRLDIST_FULLNAME: with a buffer, each call answers the next distribution point, and there is no way back. In
+ *   a decoded certificate it is a whole GeneralName element.
+ * - CERTEX_KEYUSAGE of a decoded certificate: its unused-bits octet comes first.
+ * - Flags of a decoded certificate: the wire's octet, 0xFF for TRUE.
  * Returns 0; KACERT_AttributeNotSupportErr for an id that cannot be asked for; KACERT_InvalidParamErr.
  */
 KARIL_API int32_t KACert_GetCertAttributeChar(CertDecodeCtx *ctx, int32_t id, uint8_t *result, uint32_t *resultLength);

@@ -13,20 +13,18 @@
 extern "C" {
 #endif
 
-/*
- * Name attributes, by the number in a name record. Their types are 2.5.4.6 and so on; e-mail is 1.2.840.113549.1.9.1.
- */
+/* Name attributes, by the number in a name record, with the attribute type. */
 enum {
-    KA_NAME_EMAIL = 13,
-    KA_NAME_COMMONNAME = 22,
-    KA_NAME_COUNTRY = 25,
-    KA_NAME_LOCALITY = 26,
-    KA_NAME_STATEORPROVINCE = 27,
-    KA_NAME_ORGANIZATION = 29,
-    KA_NAME_ORGANIZATIONALUNIT = 30,
-    KA_NAME_POSTALADDRESS = 34,
-    KA_NAME_POSTALCODE = 35,
-    KA_NAME_TELEPHONE = 38
+    KA_NAME_EMAIL = 13,              /* 1.2.840.113549.1.9.1 */
+    KA_NAME_COMMONNAME = 22,         /* 2.5.4.3 */
+    KA_NAME_COUNTRY = 25,            /* 2.5.4.6 */
+    KA_NAME_LOCALITY = 26,           /* 2.5.4.7 */
+    KA_NAME_STATEORPROVINCE = 27,    /* 2.5.4.8 */
+    KA_NAME_ORGANIZATION = 29,       /* 2.5.4.10 */
+    KA_NAME_ORGANIZATIONALUNIT = 30, /* 2.5.4.11 */
+    KA_NAME_POSTALADDRESS = 34,      /* 2.5.4.16 */
+    KA_NAME_POSTALCODE = 35,         /* 2.5.4.17 */
+    KA_NAME_TELEPHONE = 38           /* 2.5.4.20 */
 };
 
 /*

@@ -10,8 +10,8 @@
  * key with the public exponent 3 can be forged by a published method, and is then reported as good: do not trust
  * issuers with such keys. Issuers are compared by the text of KI_GetDN, which is less than the name. It has the ten
  * attributes of name.h alone. Of an attribute that occurs twice it has the last one, units excepted. Characters that
- * code page 936 does not have are "?" in it, and a value of more than 1,024 octets of local text is empty. Issuers that
- * differ in nothing else are taken for equal, and so are two names without any text.
+ * code page 936 does not have are "?" in it, and a value of more than 1,024 octets of local text is empty. Two issuers
+ * that differ only in what the text leaves out or changes are taken for equal, and so are two names without any text.
  *
  * All three return 0 for a good signature; the statuses of the decoder; KACERT_InvalidSignatureAlgErr if the first nine
  * octets of the algorithm are not known; KACERT_VerifySignatureErr if the signature does not verify, whatever the
