@@ -15,12 +15,12 @@ Status setName(CertEncodeCtx &ctx, NameList list, uint32_t kind, Bytes value) {
     case NameList::Subject:
         return appendName(ctx.subject, ctx.subjectLast, kind, value);
     case NameList::SubjectAlt:
-        KA_PASS(appendName, ext.subjectAltName.names.directoryName, ctx.subjectAltLast, kind, value);
+        KA_PASS(appendName(ext.subjectAltName.names.directoryName, ctx.subjectAltLast, kind, value));
         ext.subjectAltName.names.present[FormDirectoryName] = 1;
         ext.hasSubjectAltName = 1;
         return KACERT_Ok;
     case NameList::IssuerAlt:
-        KA_PASS(appendName, ext.issuerAltName.names.directoryName, ctx.issuerAltLast, kind, value);
+        KA_PASS(appendName(ext.issuerAltName.names.directoryName, ctx.issuerAltLast, kind, value));
         ext.issuerAltName.names.present[FormDirectoryName] = 1;
         ext.hasIssuerAltName = 1;
         return KACERT_Ok;
@@ -29,7 +29,7 @@ Status setName(CertEncodeCtx &ctx, NameList list, uint32_t kind, Bytes value) {
 }
 
 Status setPublicKey(CertEncodeCtx &ctx, Bytes value) {
-    KA_PASS(setTagged, ctx.publicKey, value, TagSequence);
+    KA_PASS(setTagged(ctx.publicKey, value, TagSequence));
     ctx.publicKeyAlgorithm.oid.tag = NormalSequence;
     return KACERT_Ok;
 }
@@ -41,14 +41,14 @@ template <auto Field, class Node> Status appendNode(Node *&first, Node *&last, B
     NodePtr<Node> node(KA_CREATE(Node));
     if (node == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-    KA_STEP_AS("------>KI_SetAttributeCharValue", replace, node.get()->*Field, value);
+    KA_STEP_AS("------>KI_SetAttributeCharValue", replace(node.get()->*Field, value));
     out = node.release();
     append<&Node::next>(first, last, out);
     return KACERT_Ok;
 }
 
 Status setAuthorityKeyId(CertEncodeCtx &ctx, CertExtensions &ext, Bytes value) {
-    KA_PASS(setOnce, ext.hasAuthorityKeyId, ext.authorityKeyId.keyId, value);
+    KA_PASS(setOnce(ext.hasAuthorityKeyId, ext.authorityKeyId.keyId, value));
     ext.authorityKeyId.hasKeyId = 1;
     ext.authorityKeyId.critical = 0;
     ctx.hasExtensions = 1;
@@ -56,7 +56,7 @@ Status setAuthorityKeyId(CertEncodeCtx &ctx, CertExtensions &ext, Bytes value) {
 }
 
 Status setSubjectKeyId(CertEncodeCtx &ctx, CertExtensions &ext, Bytes value) {
-    KA_PASS(setOnce, ext.hasSubjectKeyId, ext.subjectKeyId.keyId, value);
+    KA_PASS(setOnce(ext.hasSubjectKeyId, ext.subjectKeyId.keyId, value));
     ext.subjectKeyId.critical = 0;
     ctx.hasExtensions = 1;
     return KACERT_Ok;
@@ -76,7 +76,7 @@ Status setUnusedBits(Anybuf &bits) {
 }
 
 Status setKeyUsage(CertEncodeCtx &ctx, CertExtensions &ext, Bytes value) {
-    KA_PASS(setOnce, ext.hasKeyUsage, ext.keyUsage.bits, value);
+    KA_PASS(setOnce(ext.hasKeyUsage, ext.keyUsage.bits, value));
     ext.keyUsage.critical = 1;
     ctx.hasExtensions = 1;
     return setUnusedBits(ext.keyUsage.bits);
@@ -88,7 +88,7 @@ Status setPolicyId(CertEncodeCtx &ctx, CertExtensions &ext, Bytes value) {
     NodePtr<PolicyNode> policy(KA_CREATE(PolicyNode));
     if (policy == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-    KA_PASS(setTagged, policy->oid, value, TagObjectId);
+    KA_PASS(setTagged(policy->oid, value, TagObjectId));
     ext.certPolicy.policy = policy.release();
     ext.hasCertPolicies = 1;
     ctx.hasExtensions = 1;
@@ -99,7 +99,7 @@ Status setPolicyCps(CertEncodeCtx &ctx, CertExtensions &ext, Bytes value) {
     if (ext.hasCertPolicies == 0)
         return KACERT_Ok;
     PolicyQualifierNode *node = nullptr;
-    KA_PASS(appendNode<&PolicyQualifierNode::uri>, ext.certPolicy.policy->cps, ctx.cpsLast, value, node);
+    KA_PASS(appendNode<&PolicyQualifierNode::uri>(ext.certPolicy.policy->cps, ctx.cpsLast, value, node));
     node->isCps = 1;
     return KACERT_Ok;
 }
@@ -118,7 +118,7 @@ Status setBasicConstraintsCritical(CertEncodeCtx &ctx, CertExtensions &ext, Byte
 }
 
 Status setPathLen(CertEncodeCtx &ctx, CertExtensions &ext, Bytes value) {
-    KA_PASS(setTagged, ext.basicConstraints.pathLen, value, TagInteger);
+    KA_PASS(setTagged(ext.basicConstraints.pathLen, value, TagInteger));
     ext.basicConstraints.hasPathLen = 1;
     ext.hasBasicConstraints = 1;
     ctx.hasExtensions = 1;
@@ -128,7 +128,7 @@ Status setPathLen(CertEncodeCtx &ctx, CertExtensions &ext, Bytes value) {
 Status setExtKeyUsage(CertEncodeCtx &ctx, CertExtensions &ext, Bytes value) {
     // A defined usage raises the presence flag as well: the mask itself tells whether it was set.
     uint8_t isSet = ext.extKeyUsage.mask.data != nullptr ? 1 : 0;
-    KA_PASS(setOnce, isSet, ext.extKeyUsage.mask, value);
+    KA_PASS(setOnce(isSet, ext.extKeyUsage.mask, value));
     ext.extKeyUsage.critical = 0;
     ext.hasExtKeyUsage = 1;
     ctx.hasExtensions = 1;
@@ -141,7 +141,7 @@ Status setDefinedUsage(CertEncodeCtx &ctx, CertExtensions &ext, Bytes value) {
                            &size) != KACERT_Ok)
         return KA_FAIL(KACERT_InvalidItemErr, "------>CERTEX_EXTKEY_USAGE_OID_DEFINE: input oid is invalid.");
     DefinedUsageNode *node = nullptr;
-    KA_PASS(appendNode<&DefinedUsageNode::dotted>, ext.extKeyUsage.definedOids, ctx.definedOidsLast, value, node);
+    KA_PASS(appendNode<&DefinedUsageNode::dotted>(ext.extKeyUsage.definedOids, ctx.definedOidsLast, value, node));
     ext.hasExtKeyUsage = 1;
     ctx.hasExtensions = 1;
     return KACERT_Ok;
@@ -151,7 +151,7 @@ Status setDistributionPoint(CertEncodeCtx &ctx, CertExtensions &ext, Bytes value
     NodePtr<DistributionPointNode> node(KA_CREATE(DistributionPointNode));
     if (node == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-    KA_STEP_AS("------>KI_SetAttributeCharValue", replace, node->fullName.uniformResourceIdentifier, value);
+    KA_STEP_AS("------>KI_SetAttributeCharValue", replace(node->fullName.uniformResourceIdentifier, value));
     node->fullName.present[FormUri] = 1;
     node->hasDistributionPoint = 1;
     node->hasFullName = 1;
@@ -164,7 +164,7 @@ Status setDistributionPoint(CertEncodeCtx &ctx, CertExtensions &ext, Bytes value
 
 Status setAccess(CertEncodeCtx &ctx, CertExtensions &ext, uint8_t method, Bytes value) {
     AccessNode *node = nullptr;
-    KA_PASS(appendNode<&AccessNode::location>, ext.authorityInfo.first, ctx.authorityInfoLast, value, node);
+    KA_PASS(appendNode<&AccessNode::location>(ext.authorityInfo.first, ctx.authorityInfoLast, value, node));
     node->method = method;
     node->locationChoice = FormUri;
     ext.authorityInfo.critical = 0;
@@ -181,7 +181,7 @@ Status markAltName(CertEncodeCtx &ctx, CertExtensions &ext) {
 
 Status setOtherName(CertEncodeCtx &ctx, CertExtensions &ext, Anybuf &field, Bytes value) {
     GeneralNameRecord &names = ext.subjectAltName.names;
-    KA_PASS(setTagged, field, value, field.tag);
+    KA_PASS(setTagged(field, value, field.tag));
     names.otherNameKind = TagUtf8String;
     names.present[0] = 1;
     return markAltName(ctx, ext);
@@ -194,8 +194,8 @@ Status setOtherNameKind(CertEncodeCtx &ctx, CertExtensions &ext, Bytes value) {
 }
 
 Status setAltName(CertEncodeCtx &ctx, CertExtensions &ext, uint32_t form, Anybuf &field, Bytes value) {
-    KA_PASS(setOnce, ext.subjectAltName.names.present[form], field, value,
-            form == FormRfc822Name ? AlreadySet : AltAlreadySet);
+    KA_PASS(setOnce(ext.subjectAltName.names.present[form], field, value,
+                    form == FormRfc822Name ? AlreadySet : AltAlreadySet));
     return markAltName(ctx, ext);
 }
 
@@ -219,7 +219,7 @@ Status giveDistributionPoint(CertExtensions &ext, const Answer &answer) {
     const DistributionPointNode *node = ext.crlDistPoints.cursor;
     if (ext.hasCrlDistPoints == 0 || node == nullptr || node->hasDistributionPoint == 0 || node->hasFullName == 0)
         return KACERT_Ok;
-    KA_PASS(give, answer, bytesOf(node->fullName.uniformResourceIdentifier));
+    KA_PASS(give(answer, bytesOf(node->fullName.uniformResourceIdentifier)));
     if (answer.result != nullptr)
         ext.crlDistPoints.cursor = node->next;
     return KACERT_Ok;

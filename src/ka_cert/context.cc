@@ -58,7 +58,7 @@ int32_t KACert_CreateCertEncodeCtx(CertEncodeCtx **out) {
 
 int32_t KACert_CreateCertDecodeCtx(CertDecodeCtx **out) {
     KA_FRAME("KACert_CreateCertDecodeCtx");
-    KA_STEP(KACert_CreateCertEncodeCtx, out);
+    KA_STEP(KACert_CreateCertEncodeCtx(out));
     return KA_DONE();
 }
 
@@ -73,7 +73,7 @@ int32_t KACert_DestroyCertEncodeCtx(CertEncodeCtx *ctx) {
 
 int32_t KACert_DestroyCertDecodeCtx(CertDecodeCtx *ctx) {
     KA_FRAME("KACert_DestroyCertDecodeCtx");
-    KA_STEP(KACert_DestroyCertEncodeCtx, ctx);
+    KA_STEP(KACert_DestroyCertEncodeCtx(ctx));
     return KA_DONE();
 }
 
@@ -81,7 +81,7 @@ int32_t KACert_SetCertSignFunc(CertEncodeCtx *ctx, KACertSignFunc hook, const vo
     KA_FRAME("KACert_SetCertSignFunc");
     if (ctx == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_PASS(setHook, ctx->signFunc, ctx->signKey, hook, parameter, length);
+    KA_PASS(setHook(ctx->signFunc, ctx->signKey, hook, parameter, length));
     return KA_DONE();
 }
 

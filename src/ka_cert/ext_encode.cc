@@ -5,35 +5,35 @@
 namespace karil {
 
 Status writeExtensionHead(Bytes oid, uint8_t critical, Chain &fields) {
-    KA_STEP_AS("------>KAsn1_WriteObjectId", writeOid, oid, fields.slot());
+    KA_STEP_AS("------>KAsn1_WriteObjectId", writeOid(oid, fields.slot()));
     if (critical != 0)
-        KA_STEP(KAsn1_WriteBoolean, &critical, fields.slot());
+        KA_STEP(KAsn1_WriteBoolean(&critical, fields.slot()));
     return KACERT_Ok;
 }
 
 Status writeExtension(Bytes oid, uint8_t critical, const Anybuf &value, Anybuf **out) {
     Chain fields;
-    KA_PASS(writeExtensionHead, oid, critical, fields);
-    KA_STEP(KAsn1_WriteOctetString, &value, fields.slot());
-    KA_STEP(KAsn1_WriteSequence, fields.head(), out);
+    KA_PASS(writeExtensionHead(oid, critical, fields));
+    KA_STEP(KAsn1_WriteOctetString(&value, fields.slot()));
+    KA_STEP(KAsn1_WriteSequence(fields.head(), out));
     return KACERT_Ok;
 }
 
 Status writeAuthorityKeyId(const AuthorityKeyIdExtension &field, Anybuf **out) {
     Chain string;
-    KA_STEP(KAsn1_WriteOctetString, &field.keyId, string.slot());
+    KA_STEP(KAsn1_WriteOctetString(&field.keyId, string.slot()));
     Chain keyId;
-    KA_STEP(KAsn1_WriteImplicit, string.head(), 0, keyId.slot());
-    KA_STEP(KAsn1_WriteSequence, keyId.head(), out);
+    KA_STEP(KAsn1_WriteImplicit(string.head(), 0, keyId.slot()));
+    KA_STEP(KAsn1_WriteSequence(keyId.head(), out));
     return KACERT_Ok;
 }
 
 Status writeFullName(const Anybuf &uri, Anybuf **out) {
     Chain name;
-    KA_PASS(writeTaggedIa5, uri, FormUri, name.slot());
+    KA_PASS(writeTaggedIa5(uri, FormUri, name.slot()));
     Chain fullName;
-    KA_STEP(KAsn1_WriteExplicit, name.head(), 0, fullName.slot());
-    KA_STEP(KAsn1_WriteExplicit, fullName.head(), 0, out);
+    KA_STEP(KAsn1_WriteExplicit(name.head(), 0, fullName.slot()));
+    KA_STEP(KAsn1_WriteExplicit(fullName.head(), 0, out));
     return KACERT_Ok;
 }
 
@@ -46,13 +46,13 @@ Status writeQualifiers(const PolicyNode &policy, Anybuf **out) {
         if (node->isCps == 0)
             continue;
         Chain fields;
-        KA_STEP_AS("------>KAsn1_WriteObjectId", writeOid, OidCps, fields.slot());
-        KA_STEP(KAsn1_WriteIa5String, &node->uri, fields.slot());
-        KA_STEP(KAsn1_WriteSequence, fields.head(), qualifiers.slot());
+        KA_STEP_AS("------>KAsn1_WriteObjectId", writeOid(OidCps, fields.slot()));
+        KA_STEP(KAsn1_WriteIa5String(&node->uri, fields.slot()));
+        KA_STEP(KAsn1_WriteSequence(fields.head(), qualifiers.slot()));
     }
     if (qualifiers.head() == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>NO CPS INFO");
-    KA_STEP(KAsn1_WriteSequence, qualifiers.head(), out);
+    KA_STEP(KAsn1_WriteSequence(qualifiers.head(), out));
     return KACERT_Ok;
 }
 
@@ -62,11 +62,11 @@ Status writePolicies(const PolicyNode *policy, Anybuf **out) {
         return KA_FAIL(KACERT_InvalidParamErr, "------>NO CPS INFO");
     const AlgorithmRecord oid = {policy->id, policy->oid};
     Chain fields;
-    KA_STEP(KAsn1_WriteObjectId, &oid, fields.slot());
-    KA_PASS(writeQualifiers, *policy, fields.slot());
+    KA_STEP(KAsn1_WriteObjectId(&oid, fields.slot()));
+    KA_PASS(writeQualifiers(*policy, fields.slot()));
     Chain information;
-    KA_STEP(KAsn1_WriteSequence, fields.head(), information.slot());
-    KA_STEP(KAsn1_WriteSequence, information.head(), out);
+    KA_STEP(KAsn1_WriteSequence(fields.head(), information.slot()));
+    KA_STEP(KAsn1_WriteSequence(information.head(), out));
     return KACERT_Ok;
 }
 
@@ -85,7 +85,7 @@ Status writeMaskUsages(uint32_t mask, Chain &usages) {
         if ((mask & keyPurposeBit(n)) == 0)
             continue;
         oid[sizeof OidKeyPurpose] = static_cast<uint8_t>(n);
-        KA_STEP_AS("------>KAsn1_WriteObjectId", writeOid, oid, usages.slot());
+        KA_STEP_AS("------>KAsn1_WriteObjectId", writeOid(oid, usages.slot()));
     }
     return KACERT_Ok;
 }
@@ -93,15 +93,15 @@ Status writeMaskUsages(uint32_t mask, Chain &usages) {
 // ExtKeyUsageSyntax ::= SEQUENCE OF OBJECT IDENTIFIER
 Status writeExtKeyUsage(const ExtKeyUsageExtension &field, Anybuf **out) {
     Chain usages;
-    KA_PASS(writeMaskUsages, maskWord(bytesOf(field.mask)), usages);
+    KA_PASS(writeMaskUsages(maskWord(bytesOf(field.mask)), usages));
     for (const DefinedUsageNode *node = field.definedOids; node != nullptr; node = node->next) {
         uint8_t oid[1024];
         uint32_t size = 0;
-        KA_STEP(KACert_GetOIDValue, reinterpret_cast<const char *>(node->dotted.data),
-                static_cast<int32_t>(node->dotted.length), oid, &size);
-        KA_STEP_AS("------>KAsn1_WriteObjectId", writeOid, Bytes(oid, size), usages.slot());
+        KA_STEP(KACert_GetOIDValue(reinterpret_cast<const char *>(node->dotted.data),
+                                   static_cast<int32_t>(node->dotted.length), oid, &size));
+        KA_STEP_AS("------>KAsn1_WriteObjectId", writeOid(Bytes(oid, size), usages.slot()));
     }
-    KA_STEP(KAsn1_WriteSequence, usages.head(), out);
+    KA_STEP(KAsn1_WriteSequence(usages.head(), out));
     return KACERT_Ok;
 }
 
@@ -109,16 +109,16 @@ Status writeExtKeyUsage(const ExtKeyUsageExtension &field, Anybuf **out) {
 Status writeDistributionPoint(const DistributionPointNode &node, Anybuf **out) {
     Chain point;
     if (node.hasDistributionPoint != 0 && node.hasFullName != 0 && node.fullName.present[FormUri] != 0)
-        KA_PASS(writeFullName, node.fullName.uniformResourceIdentifier, point.slot());
-    KA_STEP(KAsn1_WriteSequence, point.head(), out);
+        KA_PASS(writeFullName(node.fullName.uniformResourceIdentifier, point.slot()));
+    KA_STEP(KAsn1_WriteSequence(point.head(), out));
     return KACERT_Ok;
 }
 
 Status writeDistributionPoints(const DistributionPointNode *first, Anybuf **out) {
     Chain points;
     for (const DistributionPointNode *node = first; node != nullptr; node = node->next)
-        KA_PASS(writeDistributionPoint, *node, points.slot());
-    KA_STEP(KAsn1_WriteSequence, points.head(), out);
+        KA_PASS(writeDistributionPoint(*node, points.slot()));
+    KA_STEP(KAsn1_WriteSequence(points.head(), out));
     return KACERT_Ok;
 }
 
@@ -126,30 +126,30 @@ Status writeDistributionPoints(const DistributionPointNode *first, Anybuf **out)
 Status writeBasicConstraints(const BasicConstraintsExtension &field, Anybuf **out) {
     Chain fields;
     if (field.isCa != 0)
-        KA_STEP(KAsn1_WriteBoolean, &field.isCa, fields.slot());
+        KA_STEP(KAsn1_WriteBoolean(&field.isCa, fields.slot()));
     if (field.hasPathLen != 0)
-        KA_STEP(KAsn1_WriteInteger, field.pathLen.length > 0 ? field.pathLen.data[0] : 0u, fields.slot());
-    KA_STEP(KAsn1_WriteSequence, fields.head(), out);
+        KA_STEP(KAsn1_WriteInteger(field.pathLen.length > 0 ? field.pathLen.data[0] : 0u, fields.slot()));
+    KA_STEP(KAsn1_WriteSequence(fields.head(), out));
     return KACERT_Ok;
 }
 
 // GeneralNames with the directory name alone
 Status writeIssuerAltName(const AltNameExtension &field, Anybuf **out) {
     Chain name;
-    KA_STEP(KI_EncodeIssuerSuject, &field.names.directoryName, name.slot());
+    KA_STEP(KI_EncodeIssuerSuject(&field.names.directoryName, name.slot()));
     Chain directoryName;
-    KA_STEP(KAsn1_WriteExplicit, name.head(), FormDirectoryName, directoryName.slot());
-    KA_STEP(KAsn1_WriteSequence, directoryName.head(), out);
+    KA_STEP(KAsn1_WriteExplicit(name.head(), FormDirectoryName, directoryName.slot()));
+    KA_STEP(KAsn1_WriteSequence(directoryName.head(), out));
     return KACERT_Ok;
 }
 
 // AccessDescription ::= SEQUENCE { accessMethod OBJECT IDENTIFIER, accessLocation [6] }
 Status writeAccess(const AccessNode &node, Anybuf **out) {
     Chain fields;
-    KA_STEP_AS("------>KAsn1_WriteObjectId", writeOid, node.method == MethodOcsp ? Bytes(OidOcsp) : Bytes(OidCaIssuers),
-               fields.slot());
-    KA_PASS(writeTaggedIa5, node.location, FormUri, fields.slot());
-    KA_STEP(KAsn1_WriteSequence, fields.head(), out);
+    KA_STEP_AS("------>KAsn1_WriteObjectId",
+               writeOid(node.method == MethodOcsp ? Bytes(OidOcsp) : Bytes(OidCaIssuers), fields.slot()));
+    KA_PASS(writeTaggedIa5(node.location, FormUri, fields.slot()));
+    KA_STEP(KAsn1_WriteSequence(fields.head(), out));
     return KACERT_Ok;
 }
 
@@ -185,9 +185,9 @@ Status writeAll(CertEncodeCtx &ctx, Chain &extensions) {
         if (ctx.extensions.*position.flag == 0)
             continue;
         if (position.words != nullptr)
-            KA_STEP_AS(position.words, position.encode, &ctx, extensions.slot());
+            KA_STEP_AS(position.words, position.encode(&ctx, extensions.slot()));
         else
-            KA_PASS(position.encode, &ctx, extensions.slot());
+            KA_PASS(position.encode(&ctx, extensions.slot()));
     }
     return KACERT_Ok;
 }
@@ -205,10 +205,10 @@ int32_t KI_Cert_EncodeExtensions(CertEncodeCtx *ctx, Anybuf **out) {
     if (ctx->hasExtensions == 0)
         return KA_DONE();
     Chain extensions;
-    KA_PASS(writeAll, *ctx, extensions);
+    KA_PASS(writeAll(*ctx, extensions));
     Chain sequence;
-    KA_STEP(KAsn1_WriteSequence, extensions.head(), sequence.slot());
-    KA_STEP(KAsn1_WriteExplicit, sequence.head(), 3, out);
+    KA_STEP(KAsn1_WriteSequence(extensions.head(), sequence.slot()));
+    KA_STEP(KAsn1_WriteExplicit(sequence.head(), 3, out));
     return KA_DONE();
 }
 
@@ -221,28 +221,28 @@ int32_t KI_Cert_EncodeExtensions(CertEncodeCtx *ctx, Anybuf **out) {
         auto &field = ctx->extensions.FIELD;                                                                           \
         Chain value;                                                                                                   \
         WRITE;                                                                                                         \
-        KA_PASS(writeExtension, OID, field.critical, *value.head(), out);                                              \
+        KA_PASS(writeExtension(OID, field.critical, *value.head(), out));                                              \
         return KA_DONE();                                                                                              \
     }
 
 KA_EXTENSION(KI_Cert_EncodeExtension_AuthorityKeyIdentifyer, OidAuthorityKeyId, authorityKeyId,
-             KA_PASS(writeAuthorityKeyId, field, value.slot()))
+             KA_PASS(writeAuthorityKeyId(field, value.slot())))
 KA_EXTENSION(KI_Cert_EncodeExtension_SubjectKeyIdentifier, OidSubjectKeyId, subjectKeyId,
-             KA_STEP(KAsn1_WriteOctetString, &field.keyId, value.slot()))
+             KA_STEP(KAsn1_WriteOctetString(&field.keyId, value.slot())))
 KA_EXTENSION(KI_Cert_EncodeExtension_CertificatePolicies, OidCertPolicies, certPolicy,
-             KA_PASS(writePolicies, field.policy, value.slot()))
+             KA_PASS(writePolicies(field.policy, value.slot())))
 KA_EXTENSION(KI_Cert_EncodeExtension_IssuerAltName, OidIssuerAltName, issuerAltName,
-             KA_PASS(writeIssuerAltName, field, value.slot()))
+             KA_PASS(writeIssuerAltName(field, value.slot())))
 KA_EXTENSION(KI_Cert_EncodeExtension_SubjectAltName, OidSubjectAltName, subjectAltName,
-             KA_STEP(KI_EncodeGeneralNameS, &field.names, value.slot()))
+             KA_STEP(KI_EncodeGeneralNameS(&field.names, value.slot())))
 KA_EXTENSION(KI_Cert_EncodeExtension_BasicConstraint, OidBasicConstraints, basicConstraints,
-             KA_PASS(writeBasicConstraints, field, value.slot()))
+             KA_PASS(writeBasicConstraints(field, value.slot())))
 KA_EXTENSION(KI_Cert_EncodeExtension_KeyUsage, OidKeyUsage, keyUsage,
-             KA_STEP(KAsn1_WriteBitString, &field.bits, value.slot()))
+             KA_STEP(KAsn1_WriteBitString(&field.bits, value.slot())))
 KA_EXTENSION(KI_Cert_EncodeExtension_ExtKeyUsage, OidExtKeyUsage, extKeyUsage,
-             KA_PASS(writeExtKeyUsage, field, value.slot()))
+             KA_PASS(writeExtKeyUsage(field, value.slot())))
 KA_EXTENSION(KI_Cert_EncodeExtension_CrlDistributePoint, OidCrlDistPoints, crlDistPoints,
-             KA_PASS(writeDistributionPoints, field.first, value.slot()))
+             KA_PASS(writeDistributionPoints(field.first, value.slot())))
 
 int32_t KI_Cert_EncodeExtension_AIA(CertEncodeCtx *ctx, Anybuf **out) {
     KA_FRAME("KI_Cert_EncodeExtension_AIA");
@@ -250,9 +250,9 @@ int32_t KI_Cert_EncodeExtension_AIA(CertEncodeCtx *ctx, Anybuf **out) {
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     const AuthorityInfoExtension &field = ctx->extensions.authorityInfo;
     Chain fields;
-    KA_PASS(writeExtensionHead, OidAuthorityInfo, field.critical, fields);
-    KA_STEP(KI_CERT_EncodeDiscriptList, field.first, fields.slot());
-    KA_STEP(KAsn1_WriteSequence, fields.head(), out);
+    KA_PASS(writeExtensionHead(OidAuthorityInfo, field.critical, fields));
+    KA_STEP(KI_CERT_EncodeDiscriptList(field.first, fields.slot()));
+    KA_STEP(KAsn1_WriteSequence(fields.head(), out));
     return KA_DONE();
 }
 
@@ -262,7 +262,7 @@ int32_t KI_Cert_EncodeExtension_Private(CertEncodeCtx *ctx, Anybuf **out) {
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     Chain extensions;
     for (const PrivateExtensionNode *node = ctx->extensions.privateExtensions; node != nullptr; node = node->next)
-        KA_PASS(writeExtension, bytesOf(node->oid), node->critical, node->value, extensions.slot());
+        KA_PASS(writeExtension(bytesOf(node->oid), node->critical, node->value, extensions.slot()));
     if (extensions.head() != nullptr)
         extensions.moveTo(out);
     return KA_DONE();
@@ -279,17 +279,17 @@ int32_t KI_CERT_EncodeDiscriptList(const AccessNode *first, Anybuf **out) {
     }
     Chain descriptions;
     for (const AccessNode *node = first; node != nullptr; node = node->next)
-        KA_PASS(writeAccess, *node, descriptions.slot());
+        KA_PASS(writeAccess(*node, descriptions.slot()));
     Chain sequence;
-    KA_STEP(KAsn1_WriteSequence, descriptions.head(), sequence.slot());
-    KA_STEP(KAsn1_WriteOctetString, sequence.head(), out);
+    KA_STEP(KAsn1_WriteSequence(descriptions.head(), sequence.slot()));
+    KA_STEP(KAsn1_WriteOctetString(sequence.head(), out));
     return KA_DONE();
 }
 
 int32_t WriteNullSequence(Anybuf **out) {
     KA_FRAME("WriteNullSequence");
     Chain null;
-    KA_STEP(KAsn1_WriteNull, null.slot());
-    KA_STEP(KAsn1_WriteSequence, null.head(), out);
+    KA_STEP(KAsn1_WriteNull(null.slot()));
+    KA_STEP(KAsn1_WriteSequence(null.head(), out));
     return KA_DONE();
 }

@@ -163,9 +163,9 @@ template <class Ctx>
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     if (ctx->encoded.length == 0) {
         Chain object;
-        KA_PASS(write, *ctx, object.slot());
+        KA_PASS(write(*ctx, object.slot()));
         KI_ClearAnybuf(&ctx->encoded);
-        KA_STEP(KI_CopyAnybuf, &ctx->encoded, object.head());
+        KA_STEP(KI_CopyAnybuf(&ctx->encoded, object.head()));
     }
     handOut(ctx->encoded, result, resultLength);
     return KACERT_Ok;
@@ -235,7 +235,7 @@ template <class Ctx>
     if (ctx == nullptr || der == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     if (length == 0)
-        KA_STEP(KAsn1_GetCertLength, der, &length);
+        KA_STEP(KAsn1_GetCertLength(der, &length));
     return decode(Bytes(der, length), *ctx);
 }
 // ... and of one element, into a context or a block of it.
@@ -252,7 +252,7 @@ template <class Ctx>
     if (source == nullptr || source->data == nullptr || ctx == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     Element kept;
-    KA_STEP_AS("------>KI_CopyAnybuf", keep, ctx->kept, elementOf(*source), kept);
+    KA_STEP_AS("------>KI_CopyAnybuf", keep(ctx->kept, elementOf(*source), kept));
     return decode(kept, *ctx);
 }
 
@@ -267,22 +267,22 @@ template <class Ctx>
 [[nodiscard]] Status decodeSigned(Bytes der, Ctx &ctx, const SignedFrame &frame,
                                   Status (*decodeTbs)(const Element &, Ctx &)) {
     Element whole;
-    KA_STEP_AS("------>KAsn1_GetCertLength", next, der, whole, KACERT_LengthNotEqualErr,
-               "------>KACERT_LengthNotEqualErr");
+    KA_STEP_AS("------>KAsn1_GetCertLength",
+               next(der, whole, KACERT_LengthNotEqualErr, "------>KACERT_LengthNotEqualErr"));
     if (keep(ctx.kept, whole, whole) != KACERT_Ok)
         return KA_FAIL(frame.firstAllocation, "------>KI_CopyAnybuf");
-    KA_STEP_AS("------>KI_CopyAnybuf", store, ctx.encoded, whole);
+    KA_STEP_AS("------>KI_CopyAnybuf", store(ctx.encoded, whole));
     Level parts;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, whole, parts);
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(whole, parts));
     Element part;
-    KA_PASS(takeOr, parts, part, frame.missing, frame.missingWords);
-    KA_STEP_AS(frame.tbsWords, decodeTbs, part, ctx);
-    KA_PASS(takeOr, parts, part, frame.missing, frame.missingWords);
-    KA_PASS(readAlgorithm, part, ctx.outerSignatureAlgorithm);
-    KA_PASS(takeOr, parts, part, frame.missing, frame.missingWords);
+    KA_PASS(takeOr(parts, part, frame.missing, frame.missingWords));
+    KA_STEP_AS(frame.tbsWords, decodeTbs(part, ctx));
+    KA_PASS(takeOr(parts, part, frame.missing, frame.missingWords));
+    KA_PASS(readAlgorithm(part, ctx.outerSignatureAlgorithm));
+    KA_PASS(takeOr(parts, part, frame.missing, frame.missingWords));
     Element signature;
-    KA_STEP_AS("------>KAsn1_ReadBitString", readValue, part, signature);
-    KA_STEP_AS("------>KI_CopyAnybuf", store, ctx.signature, signature);
+    KA_STEP_AS("------>KAsn1_ReadBitString", readValue(part, signature));
+    KA_STEP_AS("------>KI_CopyAnybuf", store(ctx.signature, signature));
     return KACERT_Ok;
 }
 

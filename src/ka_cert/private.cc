@@ -13,8 +13,8 @@ Status appendPrivate(CertEncodeCtx &ctx, Bytes oid, uint8_t critical, Bytes valu
     node->id = 52;
     node->critical = critical;
     node->oid.tag = TagObjectId;
-    KA_STEP_AS("------>KAPR_Malloc", replace, node->oid, oid);
-    KA_STEP_AS("------>KAPR_Malloc", replace, node->value, value);
+    KA_STEP_AS("------>KAPR_Malloc", replace(node->oid, oid));
+    KA_STEP_AS("------>KAPR_Malloc", replace(node->value, value));
     append<&PrivateExtensionNode::next>(ext.privateExtensions, ctx.privateExtensionsLast, node.release());
     ext.hasPrivate = 1;
     return KACERT_Ok;
@@ -33,8 +33,8 @@ int32_t KACert_EncodeChar(const uint8_t *value, int32_t length, Anybuf **out) {
     KA_FRAME("KACert_EncodeChar");
     if (length < 0 || (value == nullptr) != (length == 0))
         return KA_FAIL(-1, "------>KACert_EncodeChar");
-    KA_STEP_AS("------>KAsn1_WritePrintableString", writeValue, KAsn1_WritePrintableString, value,
-               static_cast<uint32_t>(length), TagPrintableString, out);
+    KA_STEP_AS("------>KAsn1_WritePrintableString",
+               writeValue(KAsn1_WritePrintableString, value, static_cast<uint32_t>(length), TagPrintableString, out));
     return KA_DONE();
 }
 
@@ -42,8 +42,8 @@ int32_t UnsignedChar2OCTET(const uint8_t *value, int32_t length, Anybuf **out) {
     KA_FRAME("UnsignedChar2OCTET");
     if (value == nullptr || length < 1)
         return KA_FAIL(KACERT_InvalidParamErr, "------>UnsignedChar2OCTET");
-    KA_STEP_AS("------>KAsn1_WriteOctetString", writeValue, KAsn1_WriteOctetString, value,
-               static_cast<uint32_t>(length), TagOctetString, out);
+    KA_STEP_AS("------>KAsn1_WriteOctetString",
+               writeValue(KAsn1_WriteOctetString, value, static_cast<uint32_t>(length), TagOctetString, out));
     return KA_DONE();
 }
 
@@ -54,8 +54,8 @@ int32_t KACert_SetCertAttributePrivate(CertEncodeCtx *ctx, const uint8_t *oid, i
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KACERT_InvalidLengthErr");
     if (ctx == nullptr || oid == nullptr || value == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_PASS(appendPrivate, *ctx, Bytes(oid, static_cast<size_t>(oidLength)), critical,
-            Bytes(value, static_cast<size_t>(valueLength)));
+    KA_PASS(appendPrivate(*ctx, Bytes(oid, static_cast<size_t>(oidLength)), critical,
+                          Bytes(value, static_cast<size_t>(valueLength))));
     return KA_DONE();
 }
 
@@ -67,14 +67,14 @@ int32_t KACert_SetCertAttributePrivate_ForValue(CertEncodeCtx *ctx, const uint8_
         return KA_FAIL(KACERT_InvalidParamErr, "------>certAttributiValue或者certAttributeValueLen Err");
     Chain element;
     if (type == TagPrintableString)
-        KA_STEP(KACert_EncodeChar, value, valueLength, element.slot());
+        KA_STEP(KACert_EncodeChar(value, valueLength, element.slot()));
     else
-        KA_STEP(UnsignedChar2OCTET, value, valueLength, element.slot());
+        KA_STEP(UnsignedChar2OCTET(value, valueLength, element.slot()));
     const Bytes whole = bytesOf(*element.head());
     if (whole.size() > INT32_MAX)
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KACERT_InvalidLengthErr");
-    KA_STEP(KACert_SetCertAttributePrivate, ctx, oid, oidLength, critical, whole.data(),
-            static_cast<int32_t>(whole.size()));
+    KA_STEP(KACert_SetCertAttributePrivate(ctx, oid, oidLength, critical, whole.data(),
+                                           static_cast<int32_t>(whole.size())));
     return KA_DONE();
 }
 

@@ -36,7 +36,7 @@ Status writeCharacters(const uint8_t *text, int32_t length, Anybuf **out) {
 }
 
 Status writeUtf8(const uint8_t *text, int32_t length, Anybuf **out) {
-    KA_STEP(KI_EnCodeUtf8, text, length, out);
+    KA_STEP(KI_EnCodeUtf8(text, length, out));
     return KACERT_Ok;
 }
 
@@ -66,8 +66,8 @@ Status writeNumber(const Identify &record, const Number &number, uint32_t tag, A
     if (static_cast<size_t>(length) > sizeof(record.*number.text))
         return KA_FAIL(KACERT_InvalidLengthErr, number.badLength);
     Chain string;
-    KA_PASS(number.write, record.*number.text, length, string.slot());
-    KA_STEP(KAsn1_WriteImplicit, string.head(), tag, out);
+    KA_PASS(number.write(record.*number.text, length, string.slot()));
+    KA_STEP(KAsn1_WriteImplicit(string.head(), tag, out));
     return KACERT_Ok;
 }
 
@@ -82,10 +82,10 @@ Status writeIdentify(const void *data, int32_t length, Anybuf **out) {
     uint32_t tag = 0;
     for (const Number &number : Numbers) {
         if (record.*number.flag == 1)
-            KA_PASS(writeNumber, record, number, tag, numbers.slot());
+            KA_PASS(writeNumber(record, number, tag, numbers.slot()));
         ++tag;
     }
-    KA_STEP(KAsn1_WriteSet, numbers.head(), out);
+    KA_STEP(KAsn1_WriteSet(numbers.head(), out));
     return KACERT_Ok;
 }
 
@@ -123,12 +123,12 @@ constexpr ThumbAlgorithm ThumbAlgorithms[] = {{0, "1.2.840.113549.2.5", true}, {
 // SEQUENCE { OBJECT IDENTIFIER, NULL where it has parameters }
 Status writeThumbAlgorithm(const ThumbAlgorithm &algorithm, Anybuf **out) {
     Oid oid;
-    KA_PASS(readOid, algorithm.oid, oid);
+    KA_PASS(readOid(algorithm.oid, oid));
     if (algorithm.hasParameters)
         return writeAlgorithm(borrowOid(oid.bytes()), out);
     Chain identifier;
-    KA_STEP_AS("------>KAsn1_WriteObjectId", writeOid, oid.bytes(), identifier.slot());
-    KA_STEP(KAsn1_WriteSequence, identifier.head(), out);
+    KA_STEP_AS("------>KAsn1_WriteObjectId", writeOid(oid.bytes(), identifier.slot()));
+    KA_STEP(KAsn1_WriteSequence(identifier.head(), out));
     return KACERT_Ok;
 }
 
@@ -137,11 +137,11 @@ Status writeThumb(const KA_THUMBPRINT &thumb, const ThumbAlgorithm &algorithm, A
     if (thumb.valueLen > static_cast<int32_t>(sizeof thumb.value))
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KACERT_InvalidLengthErr");
     Chain fields;
-    KA_PASS(writeThumbAlgorithm, algorithm, fields.slot());
+    KA_PASS(writeThumbAlgorithm(algorithm, fields.slot()));
     const Status status = UnsignedChar2OCTET(thumb.value, thumb.valueLen, fields.slot());
     if (status != KACERT_Ok)
         return KA_FAIL(status == KACERT_InvalidParamErr ? status : KACERT_MemoryErr, "------>UnsignedChar2OCTET");
-    KA_STEP(KAsn1_WriteSequence, fields.head(), out);
+    KA_STEP(KAsn1_WriteSequence(fields.head(), out));
     return KACERT_Ok;
 }
 
@@ -157,14 +157,15 @@ int32_t KACert_SetCertPrivate_GB(CertEncodeCtx *ctx, int32_t type, const void *d
     if (critical != 0 && critical != 1)
         return KA_FAIL(KACERT_InvalidParamErr, "------>critical is Err");
     Chain value;
-    KA_PASS(known->write, data, length, value.slot());
+    KA_PASS(known->write(data, length, value.slot()));
     const Bytes whole = bytesOf(*value.head());
     if (whole.size() > LargestValue)
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KACERT_InvalidLengthErr");
     Oid oid;
-    KA_PASS(readOid, known->oid, oid);
-    KA_STEP(KACert_SetCertAttributePrivate, ctx, oid.octets, static_cast<int32_t>(oid.length),
-            static_cast<uint8_t>(critical), whole.data(), static_cast<int32_t>(whole.size()));
+    KA_PASS(readOid(known->oid, oid));
+    KA_STEP(KACert_SetCertAttributePrivate(ctx, oid.octets, static_cast<int32_t>(oid.length),
+                                           static_cast<uint8_t>(critical), whole.data(),
+                                           static_cast<int32_t>(whole.size())));
     return KA_DONE();
 }
 
@@ -176,9 +177,9 @@ int32_t EnCodeThums(const KA_THUMBPRINT *first, uint32_t recordSize, uint8_t *re
     for (const KA_THUMBPRINT *thumb = first; thumb != nullptr; thumb = thumb->next)
         for (const ThumbAlgorithm &algorithm : ThumbAlgorithms)
             if (algorithm.id == thumb->algorithm)
-                KA_PASS(writeThumb, *thumb, algorithm, thumbs.slot());
+                KA_PASS(writeThumb(*thumb, algorithm, thumbs.slot()));
     Chain list;
-    KA_STEP(KAsn1_WriteSequence, thumbs.head(), list.slot());
+    KA_STEP(KAsn1_WriteSequence(thumbs.head(), list.slot()));
     handOut(*list.head(), result, resultLength);
     return KA_DONE();
 }

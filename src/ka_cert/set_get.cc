@@ -29,7 +29,7 @@ Status giveIf(bool isThere, const Answer &answer, Bytes value) {
 Status giveCrossed(const Answer &answer, const Anybuf &octets, const Anybuf &length) {
     const Bytes source = bytesOf(octets);
     const uint32_t size = length.length;
-    KA_PASS(give, answer, source.first(source.size() < size ? source.size() : size));
+    KA_PASS(give(answer, source.first(source.size() < size ? source.size() : size)));
     *answer.length = size;
     if (answer.result != nullptr)
         for (size_t i = source.size(); i < size; ++i)
@@ -72,7 +72,7 @@ Status giveText(Anybuf &cache, const NameRecord &head, const Answer &answer) {
 }
 
 Status setTagged(Anybuf &field, Bytes value, uint32_t tag) {
-    KA_STEP_AS("------>KI_SetAttributeCharValue", replace, field, value);
+    KA_STEP_AS("------>KI_SetAttributeCharValue", replace(field, value));
     field.tag = tag;
     return KACERT_Ok;
 }
@@ -91,7 +91,7 @@ Status setFlag(uint8_t &flag, Bytes value) {
 Status setOnce(uint8_t &flag, Anybuf &field, Bytes value, const char *words) {
     if (flag != 0)
         return KA_FAIL(KACERT_AttributeAlreadySet, words);
-    KA_PASS(setTagged, field, value, field.tag);
+    KA_PASS(setTagged(field, value, field.tag));
     flag = 1;
     return KACERT_Ok;
 }
@@ -99,7 +99,7 @@ Status setOnce(uint8_t &flag, Anybuf &field, Bytes value, const char *words) {
 Status setHook(KAHookFunc &hook, Anybuf &key, KAHookFunc value, const void *parameter, uint32_t length) {
     if (parameter != nullptr && length > 0) {
         Anybuf copy = {};
-        KA_STEP(KI_SetAttributeCharValue, &copy, static_cast<const uint8_t *>(parameter), length);
+        KA_STEP(KI_SetAttributeCharValue(&copy, static_cast<const uint8_t *>(parameter), length));
         clearSecret(key);
         key = copy;
     }
@@ -112,15 +112,14 @@ Status setHook(KAHookFunc &hook, Anybuf &key, KAHookFunc value, const void *para
 using namespace karil;
 
 int32_t KACert_SetCertAttributeChar(CertEncodeCtx *ctx, int32_t id, const uint8_t *value, int32_t length) {
-    KA_FRAME("KACert_SetCertAttributeChar");
-    KA_PASS(setAttribute, certAttributes(), ctx, id, value, length, KACERT_InvalidLengthErr);
-    return KA_DONE();
+    return KA_FRAMED("KACert_SetCertAttributeChar",
+                     setAttribute(certAttributes(), ctx, id, value, length, KACERT_InvalidLengthErr));
 }
 
 int32_t KACert_GetCertAttributeChar(CertDecodeCtx *ctx, int32_t id, uint8_t *result, uint32_t *resultLength) {
     KA_FRAME("KACert_GetCertAttributeChar");
     if (resultLength != nullptr)
         *resultLength = 0;
-    KA_PASS(getAttribute, certAttributes(), ctx, id, result, resultLength);
+    KA_PASS(getAttribute(certAttributes(), ctx, id, result, resultLength));
     return KA_DONE();
 }

@@ -10,24 +10,24 @@ Status writeName(const NameRecord &head, const Anybuf &der, Anybuf **out) {
     if (hasDer == (head.next != nullptr))
         return KA_FAIL(KACERT_InvalidParamErr, "------>KI_EncodeIssuerSuject");
     if (hasDer)
-        KA_STEP_AS("------>KI_CopyAnybuf", newNode, elementOf(der), out);
+        KA_STEP_AS("------>KI_CopyAnybuf", newNode(elementOf(der), out));
     else
-        KA_STEP(KI_EncodeIssuerSuject, &head, out);
+        KA_STEP(KI_EncodeIssuerSuject(&head, out));
     return KACERT_Ok;
 }
 
 Status writePublicKey(const AlgorithmRecord &algorithm, const Anybuf &key, Anybuf **out) {
     Chain fields;
-    KA_PASS(writeAlgorithm, algorithm, fields.slot());
-    KA_STEP(KAsn1_WriteBitString, &key, fields.slot());
-    KA_STEP(KAsn1_WriteSequence, fields.head(), out);
+    KA_PASS(writeAlgorithm(algorithm, fields.slot()));
+    KA_STEP(KAsn1_WriteBitString(&key, fields.slot()));
+    KA_STEP(KAsn1_WriteSequence(fields.head(), out));
     return KACERT_Ok;
 }
 
 Status writeSigned(Chain &parts, const AlgorithmRecord &algorithm, const Anybuf &signature, Anybuf **out) {
-    KA_PASS(writeAlgorithm, algorithm, parts.slot());
-    KA_STEP(KAsn1_WriteBitString, &signature, parts.slot());
-    KA_STEP(KAsn1_WriteSequence, parts.head(), out);
+    KA_PASS(writeAlgorithm(algorithm, parts.slot()));
+    KA_STEP(KAsn1_WriteBitString(&signature, parts.slot()));
+    KA_STEP(KAsn1_WriteSequence(parts.head(), out));
     return KACERT_Ok;
 }
 
@@ -38,14 +38,14 @@ Status signBySize(KAHookFunc hook, const Anybuf &key, const Anybuf &tbs, Signatu
     if (hook == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>KACertSignFunc");
     uint32_t size = 0;
-    KA_STEP_AS("------>KACertSignFunc", hook, tbs.data, tbs.length, nullptr, &size, key.data);
+    KA_STEP_AS("------>KACertSignFunc", hook(tbs.data, tbs.length, nullptr, &size, key.data));
     if (size >= SignatureLimit)
         return KA_FAIL(KACERT_InvalidSignatureLenErr, "------>KACERT_InvalidSignatureLenErr");
-    out.octets.reset(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, size)));
+    out.octets = KA_BLOCK(size);
     if (out.octets == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
     out.length = size;
-    KA_STEP_AS("------>KACertSignFunc", hook, tbs.data, tbs.length, out.octets.get(), &out.length, key.data);
+    KA_STEP_AS("------>KACertSignFunc", hook(tbs.data, tbs.length, out.octets.get(), &out.length, key.data));
     if (out.length > size)
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KACertSignFunc");
     return KACERT_Ok;

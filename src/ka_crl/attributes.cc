@@ -27,7 +27,7 @@ Status setLastReason(Ctx &ctx, Bytes value) {
 }
 
 Status setAuthorityKeyId(Ctx &ctx, Ext &ext, Bytes value) {
-    KA_PASS(setOnce, ext.hasAuthorityKeyId, ext.authorityKeyId.keyId, value);
+    KA_PASS(setOnce(ext.hasAuthorityKeyId, ext.authorityKeyId.keyId, value));
     ext.authorityKeyId.hasKeyId = 1;
     ext.authorityKeyId.critical = 0;
     ctx.hasExtensions = 1;
@@ -35,7 +35,7 @@ Status setAuthorityKeyId(Ctx &ctx, Ext &ext, Bytes value) {
 }
 
 Status setNumber(Ctx &ctx, uint8_t &flag, CrlNumberExtension &field, Bytes value, uint8_t critical) {
-    KA_PASS(setOnce, flag, field.value, value);
+    KA_PASS(setOnce(flag, field.value, value));
     field.value.tag = TagInteger;
     field.critical = critical;
     ctx.hasExtensions = 1;
@@ -43,7 +43,7 @@ Status setNumber(Ctx &ctx, uint8_t &flag, CrlNumberExtension &field, Bytes value
 }
 
 Status setIssuingDist(Ext &ext, Bytes value) {
-    KA_PASS(setOnce, ext.hasIssuingDist, ext.issuingDist.fullName, value);
+    KA_PASS(setOnce(ext.hasIssuingDist, ext.issuingDist.fullName, value));
     ext.issuingDist.critical = 1;
     return KACERT_Ok;
 }
@@ -126,9 +126,8 @@ Attributes<CrlEncodeCtx> crlAttributes() {
 using namespace karil;
 
 int32_t KACert_SetCrlAttributeChar(CrlEncodeCtx *ctx, int32_t id, const uint8_t *value, int32_t length) {
-    KA_FRAME("KACert_SetCrlAttributeChar");
-    KA_PASS(setAttribute, crlAttributes(), ctx, id, value, length, KACERT_InvalidLengthErr);
-    return KA_DONE();
+    return KA_FRAMED("KACert_SetCrlAttributeChar",
+                     setAttribute(crlAttributes(), ctx, id, value, length, KACERT_InvalidLengthErr));
 }
 
 int32_t KACert_GetCrlAttributeChar(CrlDecodeCtx *ctx, int32_t id, uint8_t *result, uint32_t *resultLength) {
@@ -136,6 +135,6 @@ int32_t KACert_GetCrlAttributeChar(CrlDecodeCtx *ctx, int32_t id, uint8_t *resul
     uint32_t untouched = 0;
     if (id == CRL_CERT_NEXT && resultLength == nullptr)
         resultLength = &untouched;
-    KA_PASS(getAttribute, crlAttributes(), ctx, id, result, resultLength);
+    KA_PASS(getAttribute(crlAttributes(), ctx, id, result, resultLength));
     return KA_DONE();
 }

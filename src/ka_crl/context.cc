@@ -64,7 +64,7 @@ int32_t KACert_CreateCrlEncodeCtx(CrlEncodeCtx **out) {
 
 int32_t KACert_CreateCrlDecodeCtx(CrlDecodeCtx **out) {
     KA_FRAME("KACert_CreateCrlDecodeCtx");
-    KA_STEP(KACert_CreateCrlEncodeCtx, out);
+    KA_STEP(KACert_CreateCrlEncodeCtx(out));
     return KA_DONE();
 }
 
@@ -79,7 +79,7 @@ int32_t KACert_DestroyCrlEncodeCtx(CrlEncodeCtx *ctx) {
 
 int32_t KACert_DestroyCrlDecodeCtx(CrlDecodeCtx *ctx) {
     KA_FRAME("KACert_DestroyCrlDecodeCtx");
-    KA_STEP(KACert_DestroyCrlEncodeCtx, ctx);
+    KA_STEP(KACert_DestroyCrlEncodeCtx(ctx));
     return KA_DONE();
 }
 
@@ -87,7 +87,7 @@ int32_t KACert_SetCrlSignFunc(CrlEncodeCtx *ctx, KAHookFunc hook, const void *pa
     KA_FRAME("KACert_SetCrlSignFunc");
     if (ctx == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_PASS(setHook, ctx->signFunc, ctx->signKey, hook, parameter, length);
+    KA_PASS(setHook(ctx->signFunc, ctx->signKey, hook, parameter, length));
     return KA_DONE();
 }
 

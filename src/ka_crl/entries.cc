@@ -44,7 +44,7 @@ Status setReason(RevokedEntry &entry, Bytes value) {
     if (uint64_t{serialSize} + value.size() <= entry.room)
         placePart(reason, value, roomOf(entry) + serialSize);
     else
-        KA_PASS(setTagged, reason, value, TagEnumerated);
+        KA_PASS(setTagged(reason, value, TagEnumerated));
     freeData(entry.reason);
     entry.reason = reason;
     entry.hasEntryExtensions = 1;
@@ -123,10 +123,10 @@ uint8_t *putReason(uint8_t *at, const Anybuf &reason, const EntrySize &size) {
 // SEQUENCE { userCertificate INTEGER, revocationDate Time, crlEntryExtensions OPTIONAL }
 Status putEntry(const RevokedEntry &entry, LocalClock &clock, uint8_t *&at) {
     EntrySize size;
-    KA_PASS(measure, entry, size);
+    KA_PASS(measure(entry, size));
     const Date date = dateOf(entry);
     uint8_t text[TimeLength];
-    KA_STEP_AS(date.words, timeText, date.seconds, clock, text);
+    KA_STEP_AS(date.words, timeText(date.seconds, clock, text));
     at = putHeader(at, TagSequence, size.whole);
     at = putHeader(at, TagInteger, size.serialNumber);
     if (hasSignOctet(entry.serialNumber))
@@ -143,21 +143,21 @@ Status writeEntries(const CrlEncodeCtx &ctx, Anybuf **out) {
     uint64_t total = 0;
     for (const RevokedEntry *entry = ctx.firstRevoked; entry != nullptr; entry = entry->next) {
         EntrySize size;
-        KA_PASS(measure, *entry, size);
+        KA_PASS(measure(*entry, size));
         total += elementSize(size.whole);
     }
     Level ready;
     if (ctx.revokedDer.length > 0)
-        KA_STEP_AS("------>KI_CRL_AddRevokedCert", readSequence, elementOf(ctx.revokedDer), ready);
+        KA_STEP_AS("------>KI_CRL_AddRevokedCert", readSequence(elementOf(ctx.revokedDer), ready));
     total += ready.rest.size();
     Anybuf *node = nullptr;
     uint8_t *at = nullptr;
-    KA_STEP_AS("------>KAsn1_WriteSequence", newElement, TagSequence, total, &node, &at);
+    KA_STEP_AS("------>KAsn1_WriteSequence", newElement(TagSequence, total, &node, &at));
     AnybufPtr list(node);
     at = put(at, ready.rest);
     LocalClock clock;
     for (const RevokedEntry *entry = ctx.firstRevoked; entry != nullptr; entry = entry->next)
-        KA_PASS(putEntry, *entry, clock, at);
+        KA_PASS(putEntry(*entry, clock, at));
     *out = list.release();
     return KACERT_Ok;
 }
@@ -168,7 +168,7 @@ int32_t KI_CRL_EncodeRevokedCRL(const CrlEncodeCtx *ctx, Anybuf **out) {
     KA_FRAME("KI_CRL_EncodeRevokedCRL");
     if (ctx == nullptr || out == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_PASS(writeEntries, *ctx, out);
+    KA_PASS(writeEntries(*ctx, out));
     return KA_DONE();
 }
 
@@ -178,7 +178,7 @@ int32_t KI_CRL_AddRevokedCert(const CrlEncodeCtx *ctx, Anybuf *entries, Anybuf *
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     Chain whole;
     if (ctx->revokedDer.length > 0)
-        KA_STEP(KAsn1_ReadSequence, &ctx->revokedDer, whole.slot());
+        KA_STEP(KAsn1_ReadSequence(&ctx->revokedDer, whole.slot()));
     *whole.slot() = entries;
     whole.moveTo(out);
     return KA_DONE();
@@ -189,9 +189,9 @@ int32_t KI_CRL_WriteEntryExtension(const RevokedEntry *entry, Anybuf **out) {
     if (entry == nullptr || out == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     Chain reason;
-    KA_STEP(KAsn1_WriteEnumerated, &entry->reason, reason.slot());
+    KA_STEP(KAsn1_WriteEnumerated(&entry->reason, reason.slot()));
     Chain extension;
-    KA_PASS(writeExtension, OidReason, 0, *reason.head(), extension.slot());
-    KA_STEP(KAsn1_WriteSequence, extension.head(), out);
+    KA_PASS(writeExtension(OidReason, 0, *reason.head(), extension.slot()));
+    KA_STEP(KAsn1_WriteSequence(extension.head(), out));
     return KA_DONE();
 }

@@ -49,13 +49,10 @@ Attributes<CsrEncodeCtx> csrAttributes() {
 using namespace karil;
 
 int32_t KACert_SetCsrAttributeChar(CsrEncodeCtx *ctx, int32_t id, const uint8_t *value, int32_t length) {
-    KA_FRAME("KACert_SetCsrAttributeChar");
-    KA_PASS(setAttribute, csrAttributes(), ctx, id, value, length, KACERT_MemoryErr);
-    return KA_DONE();
+    return KA_FRAMED("KACert_SetCsrAttributeChar",
+                     setAttribute(csrAttributes(), ctx, id, value, length, KACERT_MemoryErr));
 }
 
 int32_t KACert_GetCsrAttributeChar(CsrDecodeCtx *ctx, int32_t id, uint8_t *result, uint32_t *resultLength) {
-    KA_FRAME("KACert_GetCsrAttributeChar");
-    KA_PASS(getAttribute, csrAttributes(), ctx, id, result, resultLength);
-    return KA_DONE();
+    return KA_FRAMED("KACert_GetCsrAttributeChar", getAttribute(csrAttributes(), ctx, id, result, resultLength));
 }

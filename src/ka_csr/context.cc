@@ -23,8 +23,8 @@ Status setPrivate(CsrEncodeCtx &ctx, Bytes oid, Bytes value) {
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
     node->id = 52;
     node->oid.tag = TagObjectId;
-    KA_STEP_AS("------>KAPR_Malloc", replace, node->oid, oid);
-    KA_STEP_AS("------>KAPR_Malloc", replace, node->value, value);
+    KA_STEP_AS("------>KAPR_Malloc", replace(node->oid, oid));
+    KA_STEP_AS("------>KAPR_Malloc", replace(node->value, value));
     appendAttribute(ctx, std::move(node));
     return KACERT_Ok;
 }
@@ -61,7 +61,7 @@ int32_t KACert_CreateCsrEncodeCtx(CsrEncodeCtx **out) {
 
 int32_t KACert_CreateCsrDecodeCtx(CsrDecodeCtx **out) {
     KA_FRAME("KACert_CreateCsrDecodeCtx");
-    KA_STEP(KACert_CreateCsrEncodeCtx, out);
+    KA_STEP(KACert_CreateCsrEncodeCtx(out));
     return KA_DONE();
 }
 
@@ -76,7 +76,7 @@ int32_t KACert_DestroyCsrEncodeCtx(CsrEncodeCtx *ctx) {
 
 int32_t KACert_DestroyCsrDecodeCtx(CsrDecodeCtx *ctx) {
     KA_FRAME("KACert_DestroyCsrDecodeCtx");
-    KA_STEP(KACert_DestroyCsrEncodeCtx, ctx);
+    KA_STEP(KACert_DestroyCsrEncodeCtx(ctx));
     return KA_DONE();
 }
 
@@ -84,7 +84,7 @@ int32_t KACert_SetCsrSignFunc(CsrEncodeCtx *ctx, KAHookFunc hook, const void *pa
     KA_FRAME("KACert_SetCsrSignFunc");
     if (ctx == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_PASS(setHook, ctx->signFunc, ctx->signKey, hook, parameter, length);
+    KA_PASS(setHook(ctx->signFunc, ctx->signKey, hook, parameter, length));
     return KA_DONE();
 }
 
@@ -117,8 +117,8 @@ int32_t KACert_SetCsrAttributePrivate(CsrEncodeCtx *ctx, const uint8_t *oid, int
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KACERT_InvalidLengthErr");
     if (ctx == nullptr || oid == nullptr || value == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_PASS(setPrivate, *ctx, Bytes(oid, static_cast<size_t>(oidLength)),
-            Bytes(value, static_cast<size_t>(valueLength)));
+    KA_PASS(
+        setPrivate(*ctx, Bytes(oid, static_cast<size_t>(oidLength)), Bytes(value, static_cast<size_t>(valueLength))));
     return KA_DONE();
 }
 

@@ -8,11 +8,11 @@ namespace {
 Status writeAttribute(const CsrAttributeNode &node, Anybuf **out) {
     const AlgorithmRecord type = {node.id, node.oid};
     Chain fields;
-    KA_STEP(KAsn1_WriteObjectId, &type, fields.slot());
+    KA_STEP(KAsn1_WriteObjectId(&type, fields.slot()));
     Chain value;
-    KA_STEP(KAsn1_WriteOctetString, &node.value, value.slot());
-    KA_STEP(KAsn1_WriteSet, value.head(), fields.slot());
-    KA_STEP(KAsn1_WriteSequence, fields.head(), out);
+    KA_STEP(KAsn1_WriteOctetString(&node.value, value.slot()));
+    KA_STEP(KAsn1_WriteSet(value.head(), fields.slot()));
+    KA_STEP(KAsn1_WriteSequence(fields.head(), out));
     return KACERT_Ok;
 }
 
@@ -20,10 +20,10 @@ Status writeAttribute(const CsrAttributeNode &node, Anybuf **out) {
 Status writeAttributes(const CsrEncodeCtx &ctx, Anybuf **out) {
     Chain list;
     for (const CsrAttributeNode *node = ctx.attributes; node != nullptr; node = node->next)
-        KA_PASS(writeAttribute, *node, list.slot());
+        KA_PASS(writeAttribute(*node, list.slot()));
     Chain set;
-    KA_STEP(KAsn1_WriteSet, list.head(), set.slot());
-    KA_STEP(KAsn1_WriteImplicit, set.head(), 0, out);
+    KA_STEP(KAsn1_WriteSet(list.head(), set.slot()));
+    KA_STEP(KAsn1_WriteImplicit(set.head(), 0, out));
     return KACERT_Ok;
 }
 
@@ -31,34 +31,32 @@ Status writeAttributes(const CsrEncodeCtx &ctx, Anybuf **out) {
 Status writeInfo(const CsrEncodeCtx &ctx, Anybuf **out) {
     const Anybuf nothing = {};
     Chain fields;
-    KA_STEP(KAsn1_WriteInteger, static_cast<uint32_t>(ctx.version), fields.slot());
-    KA_STEP(KI_EncodeIssuerSuject, &ctx.subject, fields.slot());
-    KA_PASS(writePublicKey, ctx.publicKeyAlgorithm, ctx.publicKey, fields.slot());
+    KA_STEP(KAsn1_WriteInteger(static_cast<uint32_t>(ctx.version), fields.slot()));
+    KA_STEP(KI_EncodeIssuerSuject(&ctx.subject, fields.slot()));
+    KA_PASS(writePublicKey(ctx.publicKeyAlgorithm, ctx.publicKey, fields.slot()));
     if (ctx.hasAttributes != 0)
-        KA_STEP(KI_Csr_EncodeAttributes, &ctx, fields.slot());
+        KA_STEP(KI_Csr_EncodeAttributes(&ctx, fields.slot()));
     else
-        KA_STEP(KAsn1_WriteExplicit, &nothing, 0, fields.slot());
-    KA_STEP(KAsn1_WriteSequence, fields.head(), out);
+        KA_STEP(KAsn1_WriteExplicit(&nothing, 0, fields.slot()));
+    KA_STEP(KAsn1_WriteSequence(fields.head(), out));
     return KACERT_Ok;
 }
 
 // CertificationRequest ::= SEQUENCE { certificationRequestInfo, signatureAlgorithm, signature BIT STRING }
 Status writeRequest(CsrEncodeCtx &ctx, Anybuf **out) {
     Chain parts;
-    KA_PASS(writeInfo, ctx, parts.slot());
+    KA_PASS(writeInfo(ctx, parts.slot()));
     Signature signature;
-    KA_PASS(signBySize, ctx.signFunc, ctx.signKey, *parts.head(), signature);
-    KA_STEP(KACert_SetCsrAttributeChar, &ctx, CSR_SELF_SIGNATURE, signature.octets.get(),
-            static_cast<int32_t>(signature.length));
+    KA_PASS(signBySize(ctx.signFunc, ctx.signKey, *parts.head(), signature));
+    KA_STEP(KACert_SetCsrAttributeChar(&ctx, CSR_SELF_SIGNATURE, signature.octets.get(),
+                                       static_cast<int32_t>(signature.length)));
     return writeSigned(parts, ctx.outerSignatureAlgorithm, ctx.signature, out);
 }
 
 } // namespace
 
 int32_t KACert_EncodeCsr(CsrEncodeCtx *ctx, uint8_t *result, uint32_t *resultLength) {
-    KA_FRAME("KACert_EncodeCsr");
-    KA_PASS(encodeOnce, ctx, writeRequest, result, resultLength);
-    return KA_DONE();
+    return KA_FRAMED("KACert_EncodeCsr", encodeOnce(ctx, writeRequest, result, resultLength));
 }
 
 int32_t KI_Csr_EncodeAttributes(const CsrEncodeCtx *ctx, Anybuf **out) {
@@ -66,6 +64,6 @@ int32_t KI_Csr_EncodeAttributes(const CsrEncodeCtx *ctx, Anybuf **out) {
     if (ctx == nullptr || out == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     if (ctx->hasAttributes != 0)
-        KA_PASS(writeAttributes, *ctx, out);
+        KA_PASS(writeAttributes(*ctx, out));
     return KA_DONE();
 }

@@ -185,27 +185,19 @@ bool copyPlain(const uint8_t *source, int32_t length, uint8_t *result, uint32_t 
 } // namespace
 
 int32_t KI_Chinese2BmpString(const uint8_t *source, int32_t length, uint8_t *result, uint32_t *resultLength) {
-    KA_FRAME("KI_Chinese2BmpString");
-    KA_PASS(convert, ChineseToBmp, source, length, result, resultLength);
-    return KA_DONE();
+    return KA_FRAMED("KI_Chinese2BmpString", convert(ChineseToBmp, source, length, result, resultLength));
 }
 
 int32_t KI_BmpString2Chinese(const uint8_t *source, int32_t length, uint8_t *result, uint32_t *resultLength) {
-    KA_FRAME("KI_BmpString2Chinese");
-    KA_PASS(convert, BmpToChinese, source, length, result, resultLength);
-    return KA_DONE();
+    return KA_FRAMED("KI_BmpString2Chinese", convert(BmpToChinese, source, length, result, resultLength));
 }
 
 int32_t KI_BmpString2UTF8(const uint8_t *source, int32_t length, uint8_t *result, uint32_t *resultLength) {
-    KA_FRAME("KI_BmpString2UTF8");
-    KA_PASS(convert, BmpToUtf8, source, length, result, resultLength);
-    return KA_DONE();
+    return KA_FRAMED("KI_BmpString2UTF8", convert(BmpToUtf8, source, length, result, resultLength));
 }
 
 int32_t KI_UTF82BmpString(const uint8_t *source, int32_t length, uint8_t *result, uint32_t *resultLength) {
-    KA_FRAME("KI_UTF82BmpString");
-    KA_PASS(convert, Utf8ToBmp, source, length, result, resultLength);
-    return KA_DONE();
+    return KA_FRAMED("KI_UTF82BmpString", convert(Utf8ToBmp, source, length, result, resultLength));
 }
 
 // Two steps by way of BMP text. ASCII is the same at both ends and needs neither.
@@ -215,9 +207,9 @@ int32_t KI_Chinese2UTF8String(const uint8_t *source, int32_t length, uint8_t *re
         return KA_DONE();
     uint8_t bmp[WideLimit];
     uint32_t bmpLength = 0;
-    KA_STEP_AS("------>MKI_Chinese2BmpString函数失败", KI_Chinese2BmpString, source, length, bmp, &bmpLength);
-    KA_STEP_AS("------>KI_BmpString2UTF8函数失败", KI_BmpString2UTF8, bmp, static_cast<int32_t>(bmpLength), result,
-               resultLength);
+    KA_STEP_AS("------>MKI_Chinese2BmpString函数失败", KI_Chinese2BmpString(source, length, bmp, &bmpLength));
+    KA_STEP_AS("------>KI_BmpString2UTF8函数失败",
+               KI_BmpString2UTF8(bmp, static_cast<int32_t>(bmpLength), result, resultLength));
     return KA_DONE();
 }
 
@@ -227,8 +219,8 @@ int32_t KI_UTF8String2Chinese(const uint8_t *source, int32_t length, uint8_t *re
         return KA_DONE();
     uint8_t bmp[WideLimit];
     uint32_t bmpLength = 0;
-    KA_STEP_AS("------>KI_UTF82BmpString函数失败", KI_UTF82BmpString, source, length, bmp, &bmpLength);
-    KA_STEP_AS("------>KI_BmpString2Chinese函数失败", KI_BmpString2Chinese, bmp, static_cast<int32_t>(bmpLength),
-               result, resultLength);
+    KA_STEP_AS("------>KI_UTF82BmpString函数失败", KI_UTF82BmpString(source, length, bmp, &bmpLength));
+    KA_STEP_AS("------>KI_BmpString2Chinese函数失败",
+               KI_BmpString2Chinese(bmp, static_cast<int32_t>(bmpLength), result, resultLength));
     return KA_DONE();
 }
