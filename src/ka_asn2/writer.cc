@@ -31,32 +31,37 @@ void Writer::release() {
     block.reset();
 }
 
-bool Writer::grow(uint64_t needed) {
+void Writer::grow(uint64_t needed) {
     if (needed > UINT32_MAX) {
         fail(KA_FAIL(KACERT_InvalidLengthErr, TooLong));
-        return false;
+        return;
     }
     const uint64_t doubled = capacity == 0 ? nextBlock : uint64_t{capacity} * 2;
     const auto size = static_cast<uint32_t>(doubled < needed ? needed : doubled > UINT32_MAX ? UINT32_MAX : doubled);
     Owned<uint8_t> larger = KA_BLOCK(size);
     if (larger == nullptr) {
         fail(KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc"));
-        return false;
+        return;
     }
     if (used > 0)
         memcpy(larger.get(), block.get(), used);
     release();
     block = std::move(larger);
     capacity = size;
-    return true;
+}
+
+void Writer::reserve(uint64_t size) {
+    if (failure != KACERT_Ok)
+        return;
+    const uint64_t needed = used + size + uint64_t{openConstructs} * LengthRoom;
+    if (needed > capacity || block == nullptr)
+        grow(needed);
 }
 
 // `size` more octets, or null.
 uint8_t *Writer::extend(uint64_t size) {
+    reserve(size);
     if (failure != KACERT_Ok)
-        return nullptr;
-    const uint64_t needed = used + size + uint64_t{openConstructs} * LengthRoom;
-    if ((needed > capacity || block == nullptr) && !grow(needed))
         return nullptr;
     uint8_t *at = block.get() + used;
     used += static_cast<uint32_t>(size);
@@ -100,17 +105,20 @@ void Writer::integer(uint32_t value) {
     element(TagInteger, {octets, integerOctets(value, octets)});
 }
 
-void Writer::number(Bytes magnitude) {
-    if (magnitude.data() == nullptr)
-        return fail(KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL"));
+Status Writer::number(Bytes magnitude) {
+    if (magnitude.data() == nullptr) {
+        fail(KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL"));
+        return failure;
+    }
     const bool sign = !magnitude.empty() && (magnitude[0] & 0x80) != 0;
     uint8_t *at = area(TagInteger, uint64_t{magnitude.size()} + (sign ? 1 : 0));
     if (at == nullptr)
-        return;
+        return failure;
     if (sign)
         *at++ = 0;
     if (!magnitude.empty())
         memcpy(at, magnitude.data(), magnitude.size());
+    return KACERT_Ok;
 }
 
 void Writer::bitString(Bytes bits, uint32_t unusedBits) {

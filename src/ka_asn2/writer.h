@@ -17,6 +17,9 @@ public:
     Writer(const Writer &) = delete;
     Writer &operator=(const Writer &) = delete;
 
+    // Room for that many octets, which a later write need not ask for.
+    void reserve(uint64_t size);
+
     // Elements, or parts of one, that are there already.
     void octets(Bytes ready);
     void element(uint8_t tag, Bytes content);
@@ -25,8 +28,9 @@ public:
     uint8_t *area(uint8_t tag, uint64_t size);
 
     void integer(uint32_t value);
-    // The octets of a number without a sign: a zero is put in front if the first one has its top bit set.
-    void number(Bytes magnitude);
+    // The octets of a number without a sign: a zero is put in front if the first one has its top bit set. A number that
+    // was never set is KACERT_InvalidParamErr.
+    Status number(Bytes magnitude);
     void bitString(Bytes bits, uint32_t unusedBits = 0);
     void octetString(Bytes content) { element(TagOctetString, content); }
     void objectId(Bytes content) { element(TagObjectId, content); }
@@ -50,7 +54,7 @@ private:
     static constexpr uint32_t LengthRoom = 4;
 
     uint8_t *extend(uint64_t size);
-    bool grow(uint64_t needed);
+    void grow(uint64_t needed);
     void release();
     uint32_t normalTag() const;
 

@@ -32,7 +32,7 @@ Status writeNumbers(Writer &out, const uint8_t *block, Fields fields) {
         const Bytes number = withoutZeros({block, size});
         if (number.empty())
             return KACERT_MemoryErr;
-        out.number(number);
+        KA_PASS(out.number(number));
         block += size;
     }
     return KACERT_Ok;
