@@ -183,8 +183,9 @@ KARIL_API int32_t KACert_SetCrlAttributeChar(CrlEncodeCtx *ctx, int32_t id, cons
  * Stores the signing hook and, where `parameter` is not null and `length` above 0, a copy of its octets; an earlier
  * copy is wiped and released. The hook is called twice, both times with the to-be-signed octets and the copy: first
  * with a null output to tell the signature's size, below 10,240 octets, then with an area of that size, which its
- * length holds as well. Departure from KACert_SetCertSignFunc: the size is asked for, and the first call has the
- * parameter too. Returns 0, KACERT_MemoryErr or KACERT_InvalidParamErr for a null context.
+ * length holds as well; both calls have the same length variable. Departure from KACert_SetCertSignFunc: the size is
+ * asked for, and the first call has the parameter too. Returns 0, KACERT_MemoryErr or KACERT_InvalidParamErr for a null
+ * context.
  */
 KARIL_API int32_t KACert_SetCrlSignFunc(CrlEncodeCtx *ctx, KAHookFunc hook, const void *parameter, uint32_t length);
 
@@ -236,8 +237,9 @@ KARIL_API int32_t KI_Crl_EncodeCRLDPs(const CrlEncodeCtx *ctx, Anybuf **out);
 KARIL_API int32_t KACert_DecodeCrl(CrlDecodeCtx *ctx, const uint8_t *der, uint32_t length);
 
 /*
- * The parts of the decoder, with its statuses: a TBSCertList element; the SEQUENCE OF entries, which are appended; the
- * [0] extensions element, whatever its tag; one Extension, of which nothing is taken where its OID is another.
+ * The parts of the decoder, with its statuses: a TBSCertList element; the SEQUENCE OF entries, which are appended (of
+ * an entry that fails, what was read of it stays in the list; a list that cannot be opened appends none); the [0]
+ * extensions element, whatever its tag; one Extension, of which nothing is taken where its OID is another.
  */
 KARIL_API int32_t KI_CRL_DecodeTBS(CrlDecodeCtx *ctx, const Anybuf *tbs);
 KARIL_API int32_t KI_CRL_DecodeRevokedCerts(const Anybuf *list, CrlDecodeCtx *ctx);
