@@ -51,15 +51,13 @@ void Writer::grow(uint64_t needed) {
 }
 
 void Writer::reserve(uint64_t size) {
-    if (failure != KACERT_Ok)
-        return;
     const uint64_t needed = used + size + uint64_t{openConstructs} * LengthRoom;
-    if (needed > capacity || block == nullptr)
+    if ((needed > capacity || block == nullptr) && failure == KACERT_Ok)
         grow(needed);
 }
 
 // `size` more octets, or null.
-uint8_t *Writer::extend(uint64_t size) {
+inline uint8_t *Writer::extend(uint64_t size) {
     reserve(size);
     if (failure != KACERT_Ok)
         return nullptr;
