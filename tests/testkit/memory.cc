@@ -3,6 +3,8 @@
 #include <openssl/crypto.h>
 #include <openssl/err.h>
 
+#include <malloc.h>
+
 namespace karil_test {
 
 namespace {
@@ -16,7 +18,7 @@ struct Meter {
 struct OutOfMemory {};
 
 thread_local Meter meters[2];
-thread_local void (*releaseLook)(const void *block) = nullptr;
+thread_local void (*releaseLook)(const void *block, size_t size) = nullptr;
 thread_local const Sweep *running = nullptr;
 thread_local bool callsAgain = false;
 thread_local bool hindered = false;
@@ -42,7 +44,7 @@ void *give(Pool pool, size_t size) {
 void take(Pool pool, void *block) {
     meter(pool).live -= block != nullptr ? 1 : 0;
     if (releaseLook != nullptr && block != nullptr)
-        releaseLook(block);
+        releaseLook(block, malloc_usable_size(block));
     std::free(block);
 }
 
@@ -76,13 +78,16 @@ bool runOnce(const std::function<void()> &body, long nth, bool forGood) {
     return hindered;
 }
 
-void runAll(const std::function<void()> &body, bool forGood) {
+bool runAll(const std::function<void()> &body, bool forGood) {
+    long failures = 0;
     bool failed = true;
     for (long nth = 1; failed && !testing::Test::HasFailure(); ++nth) {
         SCOPED_TRACE("allocation " + std::to_string(nth) + (forGood ? " and all after it" : " alone") +
                      (callsAgain ? ", calling again" : ""));
         failed = runOnce(body, nth, forGood);
+        failures += failed ? 1 : 0;
     }
+    return failures > 0;
 }
 
 } // namespace
@@ -91,7 +96,7 @@ long liveBlocks(Pool pool) {
     return meter(pool).live;
 }
 
-void onRelease(void (*look)(const void *block)) {
+void onRelease(void (*look)(const void *block, size_t size)) {
     releaseLook = look;
 }
 
@@ -110,19 +115,21 @@ bool isHindered() {
     return running != nullptr && hindered;
 }
 
-void sweep(const std::function<void()> &body, const Sweep &how) {
-    ASSERT_TRUE(isCryptoHooked);
+bool sweep(const std::function<void()> &body, const Sweep &how) {
+    EXPECT_TRUE(isCryptoHooked);
     body();
     running = &how;
+    bool isFailed = false;
     for (const bool again : {false, true})
         for (const bool forGood : {false, true}) {
             callsAgain = again;
             if (how.again || !again)
-                runAll(body, forGood);
+                isFailed = runAll(body, forGood) || isFailed;
         }
     running = nullptr;
     hindered = false;
     body();
+    return isFailed;
 }
 
 bool isToCallAgain(int32_t status) {

@@ -15,7 +15,7 @@ enum class Pool { Library, Crypto };
 // Blocks that were given out and are not released.
 long liveBlocks(Pool pool);
 // Shows the thread's blocks as they are released; null: no more.
-void onRelease(void (*look)(const void *block));
+void onRelease(void (*look)(const void *block, size_t size));
 // The nth allocation from here on fails, the first being 1, and every one after it if `forGood` is set.
 void failAllocation(Pool pool, long nth, bool forGood);
 // Ends the failing. True if an allocation has failed.
@@ -30,8 +30,8 @@ struct Sweep {
 };
 // Runs the body unhindered; then with the nth allocation failing, once and from then on, for n = 1, 2, ... until none
 // fails. The body ends at the first call of TRIED that fails for it, or makes that call again and must hold as a whole.
-// Nothing may leak, and libcrypto's queue of errors stays empty.
-void sweep(const std::function<void()> &body, const Sweep &how = {});
+// Nothing may leak, and libcrypto's queue of errors stays empty. True if an allocation failed at all.
+bool sweep(const std::function<void()> &body, const Sweep &how = {});
 
 // True if a call's status comes from a failed allocation and the call is to be made again; a run that does not call
 // again ends here.
