@@ -42,6 +42,20 @@ bool addSection(const char *family, const char *section);
 // What is wrong with a family's file, or nothing. Sections that no test takes are wrong, too.
 std::string faultOf(const std::string &family, std::istream &stream);
 
+// Takes the steps of a column on a context, "id=octets" or "int id=number"; all but the last must succeed. The status
+// of the last.
+template <class Ctx> int32_t takeAll(Ctx &ctx, const Row &row, std::string_view column) {
+    int32_t status = KACERT_Ok;
+    for (const std::string &step : row.list(column)) {
+        EXPECT_EQ(status, KACERT_Ok) << "before " << step;
+        const std::string value = step.substr(step.find('=') + 1);
+        status = step.rfind("int ", 0) == 0
+                     ? TRIED(Family<Ctx>::setInt(&ctx, std::stoi(step.substr(4)), std::stoi(value)))
+                     : set(ctx, std::stoi(step), row.parse(value));
+    }
+    return status;
+}
+
 #define KIT_ROWS(FAMILY, NAME, HOW)                                                                                    \
     static void FAMILY##NAME(const karil_test::Row &row);                                                              \
     [[maybe_unused]] static const bool FAMILY##NAME##Added = karil_test::addSection(#FAMILY, #NAME);                   \

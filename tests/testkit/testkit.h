@@ -20,6 +20,14 @@ inline std::string answerOf(int32_t status, Anybuf *element) {
     return element != nullptr ? toHex(*element) : "nothing";
 }
 
+// A block of the library's memory, under failing allocations as its own calls are.
+inline void *newBlock(size_t size) {
+    void *block = nullptr;
+    TRIED((block = KAPR_Malloc("test", __LINE__, static_cast<uint32_t>(size))) != nullptr ? KACERT_Ok
+                                                                                          : KACERT_MemoryErr);
+    return block;
+}
+
 // Puts the process into a time zone while it lives.
 struct Zone {
     const char *before = std::getenv("TZ");
