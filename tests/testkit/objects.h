@@ -150,9 +150,11 @@ inline int32_t fixedSignature(const uint8_t *, uint32_t, uint8_t *output, uint32
         std::copy_n("\xAA\xBB\xCC", 3, output);
     return 0;
 }
-// The parameter is the key's record.
+// The parameter is the key's record; a certificate's first call has none.
 inline int32_t signBySha1(const uint8_t *input, uint32_t inputLength, uint8_t *output, uint32_t *outputLength,
                           void *parameter) {
+    if (parameter == nullptr)
+        return 0;
     const auto &key = *static_cast<const RsaPrivateKeyRecord *>(parameter);
     const auto *first = std::find_if(key.modulus, std::end(key.modulus), [](uint8_t octet) { return octet != 0; });
     *outputLength = static_cast<uint32_t>(std::end(key.modulus) - first);
