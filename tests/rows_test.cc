@@ -11,6 +11,10 @@ using namespace karil_test;
 
 namespace {
 
+// Sections that rowsOf() is asked for.
+[[maybe_unused]] const bool areAsked = addSection("Samples", "EverySetting") && addSection("Samples", "Oracle") &&
+                                       addSection("Samples", "Crl") && addSection("Samples", "Request");
+
 TEST(Rows, EveryFileIsWholeAndEverySectionHasItsTest) {
     for (const auto &entry : std::filesystem::directory_iterator(KARIL_VECTORS)) {
         std::ifstream stream(entry.path());

@@ -68,10 +68,12 @@ const bool isCryptoHooked = CRYPTO_set_mem_functions(cryptoMalloc, cryptoRealloc
 bool runOnce(const std::function<void()> &body, long nth, bool forGood) {
     const long before = liveBlocks(Pool::Library);
     failAllocation(running->pool, nth, forGood);
+    spareRoom = 4096;
     try {
         body();
     } catch (const OutOfMemory &) {
     }
+    spareRoom = 0;
     endFailing();
     EXPECT_EQ(liveBlocks(Pool::Library), before);
     EXPECT_EQ(ERR_peek_error(), 0u);
