@@ -14,7 +14,7 @@ names() {
 }
 names src/karil.map 'global:' 'local:' >"$work/listed"
 readelf -W --dyn-syms "$library" |
-    awk '$7 ~ /^[0-9]+$/ && $4 != "OBJECT" { sub(/@.*/, "", $8); print $8 }' | sort >"$work/exported"
+    awk '$5 != "LOCAL" && $7 ~ /^[0-9]+$/ { sub(/@.*/, "", $8); print $8 }' | sort >"$work/exported"
 diff "$work/listed" "$work/exported"
 
 # An exported name that the dynamic linker resolves for the library itself can be taken over.
