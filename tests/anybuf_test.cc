@@ -49,6 +49,9 @@ TEST(Anybuf, CopyTakesEveryFieldAndABlockOfItsOwn) {
 
     const Anybuf none{nullptr, 0, 1, 2, 3, nullptr, nullptr};
     ASSERT_EQ(KI_CopyAnybuf(&copy, &none), KACERT_Ok);
+    const Block<uint8_t> empty(copy.data);
+    EXPECT_NE(empty, nullptr);
+    copy.data = nullptr;
     EXPECT_EQ(memcmp(&copy, &none, sizeof copy), 0);
 }
 

@@ -28,20 +28,35 @@ struct Work {
     uint32_t size() const { return length + Slack; }
 };
 
-// An opening or a closing, in the order of their positions.
+// What the openings after a mark add to an element around them: to its size, and to the octets by which its tail is
+// moved too far back.
+struct Sums {
+    uint32_t size = 0;
+    uint32_t excess = 0;
+};
+
+struct Opening {
+    uint32_t closing; // the index of its closing
+    uint32_t size;    // of its content, once the lengths in it are written
+    uint32_t excess;  // by how much its tail is moved too far back
+};
+
+struct Closing {
+    bool isPaired; // it has its opening
+    uint32_t nextFree;
+    Sums after;
+};
+
+// In the order of their positions.
 struct Mark {
     uint32_t position;
     bool isOpening;
-    bool isPaired; // a closing that has its opening
-    uint32_t link; // of an opening: its closing; of a free closing: the next free one
-    uint32_t size; // of an opening: its content, once the lengths in it are written; of a closing: see Sums
-    uint32_t late; // of an opening: by how much its tail is moved too far back; of a closing: see Sums
-};
+    union {
+        Opening opening;
+        Closing closing;
+    };
 
-// What the openings behind a mark add to an element around them.
-struct Sums {
-    uint32_t size = 0;
-    uint32_t late = 0;
+    bool isPairedClosing() const { return !isOpening && closing.isPaired; }
 };
 
 bool isOpener(uint8_t tag) {
@@ -83,7 +98,7 @@ uint32_t scan(const Work &work, Mark *marks) {
         if (!opens && !closes)
             continue;
         if (marks != nullptr)
-            marks[count] = {static_cast<uint32_t>(i), opens, false, 0, 0, 0};
+            marks[count] = {static_cast<uint32_t>(i), opens, {}};
         ++count;
         if (closes)
             ++i;
@@ -109,23 +124,25 @@ uint32_t countedOctets(uint32_t size) {
 }
 
 // The marks between an opening and its closing: as many openings as closings, all of them pairs.
-uint32_t marksInside(const Mark &opening, uint32_t index) {
-    return opening.link - index - 1;
+uint32_t marksInside(const Opening &opening, uint32_t index) {
+    return opening.closing - index - 1;
 }
 
-// `sums`: of all openings behind this one.
-void measure(Mark &opening, uint32_t index, const Mark &closing, Sums &sums) {
-    opening.size = closing.position - opening.position - 2 - marksInside(opening, index);
+// The opening numbered `index`. `sums`: of all openings after it.
+void measure(std::span<Mark> marks, uint32_t index, Sums &sums) {
+    Opening &opening = marks[index].opening;
+    const Mark &end = marks[opening.closing];
+    opening.size = end.position - marks[index].position - 2 - marksInside(opening, index);
     if (opening.size <= LongestShort)
         return;
-    opening.late = sums.late - closing.late;
-    opening.size += sums.size - closing.size;
+    opening.excess = sums.excess - end.closing.after.excess;
+    opening.size += sums.size - end.closing.after.size;
     sums.size += countedOctets(opening.size);
     // Where the tail goes is computed from sizes that are 2 less.
-    sums.late += countedOctets(opening.size) - countedOctets(opening.size - 2);
+    sums.excess += countedOctets(opening.size) - countedOctets(opening.size - 2);
 }
 
-// Pairs each opening, the last one first, with the first closing behind it that is still free.
+// Pairs each opening, the last one first, with the first closing after it that is still free.
 Status pair(std::span<Mark> marks) {
     const auto none = static_cast<uint32_t>(marks.size());
     uint32_t free = none;
@@ -133,24 +150,24 @@ Status pair(std::span<Mark> marks) {
     for (uint32_t i = none; i-- > 0;) {
         Mark &mark = marks[i];
         if (!mark.isOpening) {
-            mark = {mark.position, false, false, free, sums.size, sums.late};
+            mark.closing = {false, free, sums};
             free = i;
             continue;
         }
         if (free == none)
             return KAPKCS7_IndefiniteFormatErr;
-        Mark &closing = marks[free];
-        mark.link = free;
-        free = closing.link;
+        mark.opening = {free, 0, 0};
+        Closing &closing = marks[free].closing;
+        free = closing.nextFree;
         closing.isPaired = true;
-        measure(mark, i, closing, sums);
+        measure(marks, i, sums);
     }
-    return marks.front().isOpening && marks.back().isPaired ? KACERT_Ok : KAPKCS7_IndefiniteFormatErr;
+    return marks.front().isOpening && marks.back().isPairedClosing() ? KACERT_Ok : KAPKCS7_IndefiniteFormatErr;
 }
 
-// The tail behind an element that starts the input is not in the result, wherever it is moved.
-bool isMovedLate(const Mark &mark) {
-    return mark.isOpening && mark.late > 0 && mark.position > 0;
+// The tail after an element that starts the input is not in the result, wherever it is moved.
+bool isMovedTooFar(const Mark &mark) {
+    return mark.isOpening && mark.opening.excess > 0 && mark.position > 0;
 }
 
 // Moves the octets from `from` to the end, leaving zeros behind them.
@@ -166,15 +183,15 @@ void moveTail(Work &work, uint32_t from, uint32_t to) {
 // of the elements around are no longer where they are looked for.
 Status moveTails(Work &work, std::span<const Mark> marks) {
     for (const Mark &mark : marks)
-        if (mark.isPaired)
+        if (mark.isPairedClosing())
             memset(work.octets() + mark.position, TakenOut, 2);
     uint64_t moved = 0;
     for (auto i = static_cast<uint32_t>(marks.size()); i-- > 0;) {
         const Mark &mark = marks[i];
         if (!mark.isOpening || mark.position == 0)
             continue;
-        const uint32_t from = marks[mark.link].position - marksInside(mark, i) + 2;
-        const uint32_t to = from - 2 + mark.late;
+        const uint32_t from = marks[mark.opening.closing].position - marksInside(mark.opening, i) + 2;
+        const uint32_t to = from - 2 + mark.opening.excess;
         moved += work.end - from;
         if (moved > MostMoved || uint64_t{work.end} + to - from > uint64_t{work.length} + MovingSlack)
             return KAPKCS7_IndefiniteFormatErr;
@@ -189,7 +206,7 @@ void closeGaps(Work &work, std::span<const Mark> marks) {
     uint32_t from = 0;
     uint32_t to = 0;
     for (const Mark &mark : marks) {
-        if (!mark.isPaired)
+        if (!mark.isPairedClosing())
             continue;
         memmove(octets + to, octets + from, mark.position - from);
         to += mark.position - from;
@@ -199,7 +216,7 @@ void closeGaps(Work &work, std::span<const Mark> marks) {
 }
 
 Status takeOutClosings(Work &work, std::span<const Mark> marks) {
-    if (std::ranges::any_of(marks, isMovedLate))
+    if (std::ranges::any_of(marks, isMovedTooFar))
         return moveTails(work, marks);
     closeGaps(work, marks);
     return KACERT_Ok;
@@ -225,8 +242,8 @@ Status writeLengths(Work &work, std::span<const Mark> marks) {
     uint64_t growth = 0;
     uint32_t closings = 0;
     for (const Mark &mark : marks) {
-        growth += mark.isOpening ? extraOctets(mark.size) : 0;
-        closings += mark.isPaired ? 1 : 0;
+        growth += mark.isOpening ? extraOctets(mark.opening.size) : 0;
+        closings += mark.isPairedClosing() ? 1 : 0;
     }
     if (work.end + growth > work.size())
         return KAPKCS7_IndefiniteFormatErr;
@@ -235,21 +252,21 @@ Status writeLengths(Work &work, std::span<const Mark> marks) {
     work.end += static_cast<uint32_t>(growth);
     for (auto i = marks.size(); i-- > 0;) {
         const Mark &mark = marks[i];
-        closings -= mark.isPaired ? 1 : 0;
+        closings -= mark.isPairedClosing() ? 1 : 0;
         if (!mark.isOpening)
             continue;
         const uint32_t field = mark.position - 2 * closings + 1;
         memmove(octets + field + 1 + growth, octets + field + 1, end - field - 1);
-        growth -= extraOctets(mark.size);
-        writeLength(octets + field + growth, mark.size);
+        growth -= extraOctets(mark.opening.size);
+        writeLength(octets + field + growth, mark.opening.size);
         end = field;
     }
     return KACERT_Ok;
 }
 
 Status convert(Work &work, std::span<Mark> marks) {
-    KA_PASS(pair, marks);
-    KA_PASS(takeOutClosings, work, marks);
+    KA_PASS(pair(marks));
+    KA_PASS(takeOutClosings(work, marks));
     return writeLengths(work, marks);
 }
 
@@ -277,17 +294,14 @@ Status makeDefinite(Work &work, const Output &output) {
     if (staysAsItIs(work.octets()))
         return KACERT_Ok;
     const uint64_t count = scan(work, nullptr);
-    if (count * sizeof(Mark) > UINT32_MAX)
-        return KAPKCS7_IndefiniteFormatErr;
-    const auto blockSize = static_cast<uint32_t>(count * sizeof(Mark));
-    const Owned<Mark> block(count == 0 ? nullptr : static_cast<Mark *>(KAPR_Malloc(KA_SOURCE, __LINE__, blockSize)));
+    const Owned<Mark> block(count == 0 ? nullptr : KA_CREATE_WITH((count - 1) * sizeof(Mark), Mark));
     if (count > 0 && block == nullptr)
         return KAPKCS7_IndefiniteFormatErr;
     const std::span<Mark> marks(block.get(), scan(work, block.get()));
     uint64_t size = work.length;
     if (!marks.empty() && !isInsideDefinite(work.octets(), marks.front().position)) {
-        KA_PASS(convert, work, marks);
-        KA_PASS(sizeOfResult, work, size);
+        KA_PASS(convert(work, marks));
+        KA_PASS(sizeOfResult(work, size));
     }
     output.set(work.octets(), size);
     return KACERT_Ok;
@@ -299,12 +313,11 @@ int32_t KAsn1_IndefiniteToDefinite(const uint8_t *input, uint32_t length, uint8_
     KA_FRAME("KAsn1_IndefiniteToDefinite");
     if ((input == nullptr && length > 0) || output == nullptr || outputLength == nullptr || length > INT32_MAX - Slack)
         return KAPKCS7_IndefiniteFormatErr;
-    Work work = {Owned<uint8_t>(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, length + Slack))), length,
-                 length + 1};
+    Work work = {KA_BLOCK(length + Slack), length, length + 1};
     if (work.block == nullptr)
         return KAPKCS7_IndefiniteFormatErr;
     if (length > 0)
         memcpy(work.octets(), input, length);
-    KA_PASS(makeDefinite, work, {output, outputLength});
+    KA_PASS(makeDefinite(work, {output, outputLength}));
     return KA_DONE();
 }

@@ -37,7 +37,6 @@ RsaPtr loadKey(const RsaPublicKeyRecord &record) {
     return key;
 }
 
-// The primes only where both are there: with zeros in their place the key would be of no use.
 bool loadPrimes(RSA *key, const RsaPrivateKeyRecord &record) {
     Number p = load(record.prime1);
     Number q = load(record.prime2);
@@ -46,8 +45,6 @@ bool loadPrimes(RSA *key, const RsaPrivateKeyRecord &record) {
     Number inverse = load(record.coefficient);
     if (p == nullptr || q == nullptr || dp == nullptr || dq == nullptr || inverse == nullptr)
         return false;
-    if (BN_is_zero(p.get()) && BN_is_zero(q.get()))
-        return true;
     RSA_set0_factors(key, p.release(), q.release());
     RSA_set0_crt_params(key, dp.release(), dq.release(), inverse.release());
     return true;

@@ -22,13 +22,6 @@ namespace {
 constexpr size_t LineSize = 64;
 constexpr size_t DashesSize = 5;
 
-// A block of `size` octets, or null where there is none of that size.
-Owned<uint8_t> newArea(uint64_t size) {
-    if (size > UINT32_MAX)
-        return nullptr;
-    return Owned<uint8_t>(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, static_cast<uint32_t>(size))));
-}
-
 uint8_t *putLine(uint8_t *at, Bytes line) {
     memcpy(at, line.data(), line.size());
     at[line.size()] = '\r';
@@ -88,7 +81,7 @@ int32_t DER2PEM_data_format(const uint8_t *der, uint32_t length, uint8_t *output
     const uint64_t size = encodedSize(length);
     if (lineSize(first) + size + (size + LineSize - 1) / LineSize * 2 + lineSize(last) > UINT32_MAX)
         return Refused;
-    const Owned<uint8_t> area = newArea(size + 1);
+    const Owned<uint8_t> area = KA_BLOCK(size + 1);
     if (area == nullptr || base64_encode(der, length, area.get()) != KACERT_Ok)
         return Refused;
     uint8_t *at = first.empty() ? output : putLine(output, first);
@@ -109,7 +102,7 @@ int32_t PEM2DER_data_format(const uint8_t *pem, uint32_t length, uint8_t *output
     Bytes body;
     if (pem == nullptr || output == nullptr || !findBody({pem, length}, body))
         return Refused;
-    const Owned<uint8_t> area = newArea(uint64_t{body.size()} + 1);
+    const Owned<uint8_t> area = KA_BLOCK(uint64_t{body.size()} + 1);
     if (area == nullptr)
         return Refused;
     return decodeBase64(copyBody(body, area.get()), output, outputLength);
