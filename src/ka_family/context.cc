@@ -10,7 +10,8 @@ Status checkPointers(std::initializer_list<const void *> pointers) {
 }
 
 Status createRecord(const void *out, uint32_t size, void *&record) {
-    KA_PASS(checkPointers({out}));
+    if (out == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     record = KAPR_Malloc(KA_SOURCE, __LINE__, size);
     return record != nullptr ? KACERT_Ok : KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
 }
