@@ -49,7 +49,6 @@ inline const Octets &issuerCertificate() {
     static const Octets der = [] {
         const CertPtr ctx = filledByIssuer<CertEncodeCtx>();
         KI_FreeName(std::exchange(ctx->subject.next, nullptr));
-        ctx->subjectLast = nullptr;
         must(set(*ctx, CERT_SUBJECT_COMMONNAME, "Root") == KACERT_Ok, "a name can be set");
         must(set(*ctx, CERT_SUBJECTPUBLICKEYINFO, issuerPublicKey()) == KACERT_Ok, "a key can be set");
         must(KACert_SetCertAttributeInt(ctx.get(), CERT_VALIDTO, 2145916800) == KACERT_Ok, "as far as dates go");

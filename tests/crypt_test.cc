@@ -109,7 +109,7 @@ TEST(Crypt, BlocksPassToAndFromLibcrypto) {
     EXPECT_EQ(run(KA_PrivateKeyDecryptFunc_Ref, {}, &secret), "failed");
 }
 
-// Without its primes a key works by its exponent, without the exponent by its primes.
+// A key works by its primes; without them it does not work by its exponent.
 TEST(Crypt, LibcryptoVerifiesSignatures) {
     const auto &[open, secret] = keyPair();
     const Pkey key = keyOf(secret);
@@ -122,7 +122,7 @@ TEST(Crypt, LibcryptoVerifiesSignatures) {
     const std::pair<KAHookFunc, Octets> rows[] = {
         {sign<KA_DIGEST_MD2>, InfoMd2}, {sign<KA_DIGEST_MD5>, InfoMd5}, {sign<KA_DIGEST_SHA1>, InfoSha1}};
     for (const auto &[hook, info] : rows)
-        for (const RsaPrivateKeyRecord *record : {&secret, &std::as_const(noPrimes), &std::as_const(noExponent)}) {
+        for (const RsaPrivateKeyRecord *record : {&secret, &std::as_const(noExponent)}) {
             const Octets signature = hex(run(hook, text("abc"), record));
             const PkeyCtx ctx(EVP_PKEY_CTX_new(key.get(), nullptr));
             EXPECT_EQ(EVP_PKEY_verify_init(ctx.get()), 1);
@@ -131,7 +131,8 @@ TEST(Crypt, LibcryptoVerifiesSignatures) {
         }
     RsaPrivateKeyRecord onePrime = secret;
     put(onePrime.prime2, {});
-    EXPECT_EQ(run(sign<KA_DIGEST_SHA1>, text("abc"), &onePrime), "failed"); // it does not go by its exponent
+    for (const RsaPrivateKeyRecord *record : {&std::as_const(noPrimes), &std::as_const(onePrime)})
+        EXPECT_EQ(run(sign<KA_DIGEST_SHA1>, text("abc"), record), "failed");
 }
 
 // Only the end of the opened block counts. libcrypto signs the block, so that it can hold anything.

@@ -10,20 +10,19 @@ Status writeConstructed(Tag tag, const Anybuf *first, Anybuf **out) {
     if (out == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     uint64_t size = 0;
+    for (const Anybuf *node = first; node != nullptr; node = node->next)
+        size += node->length;
+    Writer whole(0);
+    uint8_t *position = whole.area(tag, size);
+    KA_STEP_AS("------>KASN1_LOW_CREATEUINT8", whole.status());
     for (const Anybuf *node = first; node != nullptr; node = node->next) {
         if (node->data == nullptr && node->length > 0)
             return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-        size += node->length;
-    }
-    Anybuf *whole = nullptr;
-    uint8_t *position = nullptr;
-    KA_STEP_AS("------>KASN1_LOW_CREATEUINT8", newElement, tag, size, &whole, &position);
-    for (const Anybuf *node = first; node != nullptr; node = node->next) {
         if (node->length > 0)
             memcpy(position, node->data, node->length);
         position += node->length;
     }
-    *out = whole;
+    KA_STEP_AS("------>KASN1_LOW_CREATEUINT8", whole.moveTo(out));
     return KACERT_Ok;
 }
 
@@ -33,7 +32,7 @@ Status copyLevel(Level level, Anybuf **first) {
     Anybuf *last = nullptr;
     while (!level.empty()) {
         Anybuf **slot = chain.slot();
-        KA_STEP_AS("------>KASN1_LOW_CREATEUINT8", newNode, level.take(), slot);
+        KA_STEP_AS("------>KASN1_LOW_CREATEUINT8", newNode(level.take(), slot));
         (*slot)->prev = last;
         last = *slot;
     }
@@ -45,52 +44,41 @@ Status readLevel(const Anybuf *source, Status (*open)(const Element &, Level &),
     if (source == nullptr || source->data == nullptr || first == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     Level level;
-    KA_PASS(open, elementOf(*source), level);
+    KA_PASS(open(elementOf(*source), level));
     return copyLevel(level, first);
 }
 
 // `content` under a context tag, without pad or unused-bits octet.
-Status writeTagged(uint32_t tagOctet, const Anybuf &content, Anybuf **out) {
-    Anybuf *node = nullptr;
-    uint8_t *position = nullptr;
-    KA_STEP(KAsn1_Low_WriteTagAndLength, &content, tagOctet, &node, &position);
-    if (content.length > 0)
-        memcpy(position, content.data, content.length);
-    *out = node;
+Status writeTagged(uint32_t tagOctet, Bytes content, Anybuf **out) {
+    Writer element(0);
+    element.element(static_cast<uint8_t>(tagOctet), content);
+    KA_STEP_AS("------>KAsn1_Low_WriteTagAndLength", element.moveTo(out));
     return KACERT_Ok;
 }
 
 } // namespace
 
 int32_t KAsn1_WriteSequence(const Anybuf *first, Anybuf **out) {
-    KA_FRAME("KAsn1_WriteSequence");
-    KA_PASS(writeConstructed, TagSequence, first, out);
-    return KA_DONE();
+    return KA_FRAMED("KAsn1_WriteSequence", writeConstructed(TagSequence, first, out));
 }
 
 int32_t KAsn1_WriteSet(const Anybuf *first, Anybuf **out) {
-    KA_FRAME("KAsn1_WriteSet");
-    KA_PASS(writeConstructed, TagSet, first, out);
-    return KA_DONE();
+    return KA_FRAMED("KAsn1_WriteSet", writeConstructed(TagSet, first, out));
 }
 
 int32_t KAsn1_ReadSequence(const Anybuf *source, Anybuf **first) {
-    KA_FRAME("KAsn1_ReadSequence");
-    KA_PASS(readLevel, source, readSequence, first);
-    return KA_DONE();
+    return KA_FRAMED("KAsn1_ReadSequence", readLevel(source, readSequence, first));
 }
 
 int32_t KAsn1_ReadSet(const Anybuf *source, Anybuf **first) {
-    KA_FRAME("KAsn1_ReadSet");
-    KA_PASS(readLevel, source, readSet, first);
-    return KA_DONE();
+    return KA_FRAMED("KAsn1_ReadSet", readLevel(source, readSet, first));
 }
 
 int32_t KAsn1_WriteExplicit(const Anybuf *source, uint32_t number, Anybuf **out) {
     KA_FRAME("KAsn1_WriteExplicit");
     if (source == nullptr || out == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_PASS(writeTagged, number | 0xA0, *source, out);
+    KA_PASS(writeTagged(number | 0xA0, bytesOf(*source), out));
     return KA_DONE();
 }
 
@@ -98,7 +86,7 @@ int32_t KAsn1_ReadExplicit(const Anybuf *source, Anybuf **out, uint32_t *tag) {
     KA_FRAME("KAsn1_ReadExplicit");
     if (tag == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_PASS(KAsn1_ReadOctetString, source, out);
+    KA_PASS(KAsn1_ReadOctetString(source, out));
     *tag = (*out)->tag;
     return KA_DONE();
 }
@@ -108,9 +96,9 @@ int32_t KAsn1_WriteImplicit(const Anybuf *source, uint32_t number, Anybuf **out)
     if (source == nullptr || source->data == nullptr || out == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     Element value;
-    KA_STEP_AS("------>KAsn1_Low_ReadTagAndLength", readValue, elementOf(*source), value);
+    KA_STEP_AS("------>KAsn1_Low_ReadTagAndLength", readValue(elementOf(*source), value));
     const bool constructed = source->tag == NormalSequence || source->tag == NormalSet;
-    KA_PASS(writeTagged, number | (constructed ? 0xA0 : 0x80), borrow(value.bytes), out);
+    KA_PASS(writeTagged(number | (constructed ? 0xA0 : 0x80), value.bytes, out));
     return KA_DONE();
 }
 
@@ -119,11 +107,11 @@ int32_t KAsn1_ReadImplicit(const Anybuf *source, Anybuf **first, uint32_t *numbe
     if (source == nullptr || source->data == nullptr || first == nullptr || number == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     Implicit value;
-    KA_PASS(readImplicit, elementOf(*source), value);
+    KA_PASS(readImplicit(elementOf(*source), value));
     if (value.constructed)
-        KA_STEP_AS("------>KASN1_LOW_CREATEUINT8", copyLevel, value.level, first);
+        KA_STEP_AS("------>KASN1_LOW_CREATEUINT8", copyLevel(value.level, first));
     else
-        KA_STEP_AS("------>KASN1_LOW_CREATEUINT8", newNode, value.content, first);
+        KA_STEP_AS("------>KASN1_LOW_CREATEUINT8", newNode(value.content, first));
     *number = value.number;
     return KA_DONE();
 }

@@ -1,5 +1,5 @@
 // A scanner for two octets that open an element and two that close one. It knows of elements only that one of a few
-// primitive tags can be passed over right behind an opening.
+// primitive tags can be skipped directly after an opening.
 #include "karil/indefinite.h"
 
 #include "ka_asn2.h"
@@ -14,11 +14,11 @@ namespace {
 constexpr uint8_t IndefiniteLength = 0x80;
 constexpr uint8_t TakenOut = 0xAA;
 constexpr uint32_t LongestShort = 0x7F;
-constexpr uint32_t Slack = 500;       // zeros behind the input: the scan looks at no more than 11 of them
+constexpr uint32_t Slack = 500;       // zeros after the input: the scan looks at no more than 11 of them
 constexpr uint32_t MovingSlack = 200; // of these, what moves with the input
 constexpr uint64_t MostMoved = uint64_t{1} << 32;
 
-// The octets that are worked on. All behind `end` are zero.
+// The octets that are worked on. All after `end` are zero.
 struct Work {
     Owned<uint8_t> block;
     uint32_t length; // of the input
@@ -28,20 +28,35 @@ struct Work {
     uint32_t size() const { return length + Slack; }
 };
 
-// An opening or a closing, in the order of their positions.
+// What the openings after a mark add to an element around them: to its size, and to the octets by which its tail is
+// moved too far back.
+struct Sums {
+    uint32_t size = 0;
+    uint32_t excess = 0;
+};
+
+struct Opening {
+    uint32_t closing; // the index of its closing
+    uint32_t size;    // of its content, once the lengths in it are written
+    uint32_t excess;  // by how much its tail is moved too far back
+};
+
+struct Closing {
+    bool isPaired; // it has its opening
+    uint32_t nextFree;
+    Sums after;
+};
+
+// In the order of their positions.
 struct Mark {
     uint32_t position;
     bool isOpening;
-    bool isPaired; // a closing that has its opening
-    uint32_t link; // of an opening: its closing; of a free closing: the next free one
-    uint32_t size; // of an opening: its content, once the lengths in it are written; of a closing: see Sums
-    uint32_t late; // of an opening: by how much its tail is moved too far back; of a closing: see Sums
-};
+    union {
+        Opening opening;
+        Closing closing;
+    };
 
-// What the openings behind a mark add to an element around them.
-struct Sums {
-    uint32_t size = 0;
-    uint32_t late = 0;
+    bool isPairedClosing() const { return !isOpening && closing.isPaired; }
 };
 
 bool isOpener(uint8_t tag) {
@@ -52,7 +67,7 @@ bool isPrimitive(uint8_t tag) {
     return tag >= TagInteger && tag <= TagObjectId;
 }
 
-// What an element has behind the first octet of its length, which is at `at`.
+// The octets of an element after the first octet of its length, which is at `at`.
 uint64_t restOf(const uint8_t *at) {
     if (*at <= IndefiniteLength)
         return *at;
@@ -61,7 +76,7 @@ uint64_t restOf(const uint8_t *at) {
 }
 
 // A definite element with a single short child. The value of a long length is not used, but the cell for it is asked
-// for: where there is none, the input is left as it is.
+// for: without one, the input is left as it is.
 bool staysAsItIs(const uint8_t *octets) {
     if (!isOpener(octets[0]) || octets[1] == IndefiniteLength)
         return false;
@@ -73,7 +88,7 @@ bool staysAsItIs(const uint8_t *octets) {
     return status != KACERT_Ok;
 }
 
-// Counts the marks, and stores them where `marks` is given.
+// Counts the marks, and stores them if `marks` is given.
 uint32_t scan(const Work &work, Mark *marks) {
     const uint8_t *octets = work.octets();
     uint32_t count = 0;
@@ -83,7 +98,7 @@ uint32_t scan(const Work &work, Mark *marks) {
         if (!opens && !closes)
             continue;
         if (marks != nullptr)
-            marks[count] = {static_cast<uint32_t>(i), opens, false, 0, 0, 0};
+            marks[count] = {static_cast<uint32_t>(i), opens, {}};
         ++count;
         if (closes)
             ++i;
@@ -103,29 +118,31 @@ bool isInsideDefinite(const uint8_t *octets, uint32_t position) {
     return false;
 }
 
-// The octets that `size` is counted as where an outer length is computed.
+// The octets that `size` counts as when an outer length is computed.
 uint32_t countedOctets(uint32_t size) {
     return size <= 0xFF ? 1 : size <= 0xFFFF ? 2 : size <= 0xFFFFFF ? 3 : 4;
 }
 
 // The marks between an opening and its closing: as many openings as closings, all of them pairs.
-uint32_t marksInside(const Mark &opening, uint32_t index) {
-    return opening.link - index - 1;
+uint32_t marksInside(const Opening &opening, uint32_t index) {
+    return opening.closing - index - 1;
 }
 
-// `sums`: of all openings behind this one.
-void measure(Mark &opening, uint32_t index, const Mark &closing, Sums &sums) {
-    opening.size = closing.position - opening.position - 2 - marksInside(opening, index);
+// The opening numbered `index`. `sums`: of all openings after it.
+void measure(std::span<Mark> marks, uint32_t index, Sums &sums) {
+    Opening &opening = marks[index].opening;
+    const Mark &end = marks[opening.closing];
+    opening.size = end.position - marks[index].position - 2 - marksInside(opening, index);
     if (opening.size <= LongestShort)
         return;
-    opening.late = sums.late - closing.late;
-    opening.size += sums.size - closing.size;
+    opening.excess = sums.excess - end.closing.after.excess;
+    opening.size += sums.size - end.closing.after.size;
     sums.size += countedOctets(opening.size);
-    // Where the tail goes is computed from sizes that are 2 less.
-    sums.late += countedOctets(opening.size) - countedOctets(opening.size - 2);
+    // The new place of the tail is computed from sizes that are 2 less.
+    sums.excess += countedOctets(opening.size) - countedOctets(opening.size - 2);
 }
 
-// Pairs each opening, the last one first, with the first closing behind it that is still free.
+// Pairs each opening, the last one first, with the first closing after it that is still free.
 Status pair(std::span<Mark> marks) {
     const auto none = static_cast<uint32_t>(marks.size());
     uint32_t free = none;
@@ -133,27 +150,27 @@ Status pair(std::span<Mark> marks) {
     for (uint32_t i = none; i-- > 0;) {
         Mark &mark = marks[i];
         if (!mark.isOpening) {
-            mark = {mark.position, false, false, free, sums.size, sums.late};
+            mark.closing = {false, free, sums};
             free = i;
             continue;
         }
         if (free == none)
             return KAPKCS7_IndefiniteFormatErr;
-        Mark &closing = marks[free];
-        mark.link = free;
-        free = closing.link;
+        mark.opening = {free, 0, 0};
+        Closing &closing = marks[free].closing;
+        free = closing.nextFree;
         closing.isPaired = true;
-        measure(mark, i, closing, sums);
+        measure(marks, i, sums);
     }
-    return marks.front().isOpening && marks.back().isPaired ? KACERT_Ok : KAPKCS7_IndefiniteFormatErr;
+    return marks.front().isOpening && marks.back().isPairedClosing() ? KACERT_Ok : KAPKCS7_IndefiniteFormatErr;
 }
 
-// The tail behind an element that starts the input is not in the result, wherever it is moved.
-bool isMovedLate(const Mark &mark) {
-    return mark.isOpening && mark.late > 0 && mark.position > 0;
+// The tail after an element that starts the input is not in the result, wherever it is moved.
+bool isMovedTooFar(const Mark &mark) {
+    return mark.isOpening && mark.opening.excess > 0 && mark.position > 0;
 }
 
-// Moves the octets from `from` to the end, leaving zeros behind them.
+// Moves the octets from `from` to the end, leaving zeros after them.
 void moveTail(Work &work, uint32_t from, uint32_t to) {
     const uint32_t end = work.end + to - from;
     memmove(work.octets() + to, work.octets() + from, work.end - from);
@@ -162,19 +179,19 @@ void moveTail(Work &work, uint32_t from, uint32_t to) {
     work.end = end;
 }
 
-// Takes the paired closings out by moving the tail for each of them. Where a move goes too far back, the closings
-// of the elements around are no longer where they are looked for.
+// Takes the paired closings out by moving the tail for each of them. If a move goes too far back, the closings
+// of the elements around are no longer at their places.
 Status moveTails(Work &work, std::span<const Mark> marks) {
     for (const Mark &mark : marks)
-        if (mark.isPaired)
+        if (mark.isPairedClosing())
             memset(work.octets() + mark.position, TakenOut, 2);
     uint64_t moved = 0;
     for (auto i = static_cast<uint32_t>(marks.size()); i-- > 0;) {
         const Mark &mark = marks[i];
         if (!mark.isOpening || mark.position == 0)
             continue;
-        const uint32_t from = marks[mark.link].position - marksInside(mark, i) + 2;
-        const uint32_t to = from - 2 + mark.late;
+        const uint32_t from = marks[mark.opening.closing].position - marksInside(mark.opening, i) + 2;
+        const uint32_t to = from - 2 + mark.opening.excess;
         moved += work.end - from;
         if (moved > MostMoved || uint64_t{work.end} + to - from > uint64_t{work.length} + MovingSlack)
             return KAPKCS7_IndefiniteFormatErr;
@@ -183,13 +200,13 @@ Status moveTails(Work &work, std::span<const Mark> marks) {
     return KACERT_Ok;
 }
 
-// The same in one pass, where every move goes back by just the closing.
+// The same in one pass, for moves that go back by just the closing.
 void closeGaps(Work &work, std::span<const Mark> marks) {
     uint8_t *octets = work.octets();
     uint32_t from = 0;
     uint32_t to = 0;
     for (const Mark &mark : marks) {
-        if (!mark.isPaired)
+        if (!mark.isPairedClosing())
             continue;
         memmove(octets + to, octets + from, mark.position - from);
         to += mark.position - from;
@@ -199,13 +216,13 @@ void closeGaps(Work &work, std::span<const Mark> marks) {
 }
 
 Status takeOutClosings(Work &work, std::span<const Mark> marks) {
-    if (std::ranges::any_of(marks, isMovedLate))
+    if (std::ranges::any_of(marks, isMovedTooFar))
         return moveTails(work, marks);
     closeGaps(work, marks);
     return KACERT_Ok;
 }
 
-// The octets of a length behind the one that stands in the place of 80.
+// The octets of a length after the one that takes the place of 80.
 uint32_t extraOctets(uint32_t size) {
     uint8_t octets[5];
     return size <= LongestShort ? 0 : integerOctets(size, octets);
@@ -219,14 +236,14 @@ void writeLength(uint8_t *at, uint32_t size) {
     memcpy(at, octets, count);
 }
 
-// From the last opening back, so that each stretch between two of them moves once. An opening stands where taking out
-// all closings in front of it would leave it.
+// From the last opening back, so that each stretch between two of them moves once. An opening stands at the place that
+// taking out all closings in front of it would leave it.
 Status writeLengths(Work &work, std::span<const Mark> marks) {
     uint64_t growth = 0;
     uint32_t closings = 0;
     for (const Mark &mark : marks) {
-        growth += mark.isOpening ? extraOctets(mark.size) : 0;
-        closings += mark.isPaired ? 1 : 0;
+        growth += mark.isOpening ? extraOctets(mark.opening.size) : 0;
+        closings += mark.isPairedClosing() ? 1 : 0;
     }
     if (work.end + growth > work.size())
         return KAPKCS7_IndefiniteFormatErr;
@@ -235,21 +252,21 @@ Status writeLengths(Work &work, std::span<const Mark> marks) {
     work.end += static_cast<uint32_t>(growth);
     for (auto i = marks.size(); i-- > 0;) {
         const Mark &mark = marks[i];
-        closings -= mark.isPaired ? 1 : 0;
+        closings -= mark.isPairedClosing() ? 1 : 0;
         if (!mark.isOpening)
             continue;
         const uint32_t field = mark.position - 2 * closings + 1;
         memmove(octets + field + 1 + growth, octets + field + 1, end - field - 1);
-        growth -= extraOctets(mark.size);
-        writeLength(octets + field + growth, mark.size);
+        growth -= extraOctets(mark.opening.size);
+        writeLength(octets + field + growth, mark.opening.size);
         end = field;
     }
     return KACERT_Ok;
 }
 
 Status convert(Work &work, std::span<Mark> marks) {
-    KA_PASS(pair, marks);
-    KA_PASS(takeOutClosings, work, marks);
+    KA_PASS(pair(marks));
+    KA_PASS(takeOutClosings(work, marks));
     return writeLengths(work, marks);
 }
 
@@ -277,17 +294,14 @@ Status makeDefinite(Work &work, const Output &output) {
     if (staysAsItIs(work.octets()))
         return KACERT_Ok;
     const uint64_t count = scan(work, nullptr);
-    if (count * sizeof(Mark) > UINT32_MAX)
-        return KAPKCS7_IndefiniteFormatErr;
-    const auto blockSize = static_cast<uint32_t>(count * sizeof(Mark));
-    const Owned<Mark> block(count == 0 ? nullptr : static_cast<Mark *>(KAPR_Malloc(KA_SOURCE, __LINE__, blockSize)));
+    const Owned<Mark> block(count == 0 ? nullptr : KA_CREATE_WITH((count - 1) * sizeof(Mark), Mark));
     if (count > 0 && block == nullptr)
         return KAPKCS7_IndefiniteFormatErr;
     const std::span<Mark> marks(block.get(), scan(work, block.get()));
     uint64_t size = work.length;
     if (!marks.empty() && !isInsideDefinite(work.octets(), marks.front().position)) {
-        KA_PASS(convert, work, marks);
-        KA_PASS(sizeOfResult, work, size);
+        KA_PASS(convert(work, marks));
+        KA_PASS(sizeOfResult(work, size));
     }
     output.set(work.octets(), size);
     return KACERT_Ok;
@@ -299,12 +313,11 @@ int32_t KAsn1_IndefiniteToDefinite(const uint8_t *input, uint32_t length, uint8_
     KA_FRAME("KAsn1_IndefiniteToDefinite");
     if ((input == nullptr && length > 0) || output == nullptr || outputLength == nullptr || length > INT32_MAX - Slack)
         return KAPKCS7_IndefiniteFormatErr;
-    Work work = {Owned<uint8_t>(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, length + Slack))), length,
-                 length + 1};
+    Work work = {KA_BLOCK(length + Slack), length, length + 1};
     if (work.block == nullptr)
         return KAPKCS7_IndefiniteFormatErr;
     if (length > 0)
         memcpy(work.octets(), input, length);
-    KA_PASS(makeDefinite, work, {output, outputLength});
+    KA_PASS(makeDefinite(work, {output, outputLength}));
     return KA_DONE();
 }

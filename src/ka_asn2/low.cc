@@ -54,20 +54,9 @@ const uint8_t *bareLength(const uint8_t *at, uint32_t &length, uint32_t &octets)
         return nullptr;
     octets = count + 1;
     length = 0;
-    // The octet behind 0x80 is read as the length, although the field is reported as one octet.
+    // The octet after 0x80 is read as the length, although the field is reported as one octet.
     for (count = count == 0 ? 1 : count; count > 0; --count)
         length = length << 8 | *at++;
-    return at;
-}
-
-uint8_t *writeLength(uint8_t *at, uint32_t length, uint32_t octets) {
-    if (octets == 1) {
-        *at++ = static_cast<uint8_t>(length);
-        return at;
-    }
-    *at++ = static_cast<uint8_t>(0x80 | (octets - 1));
-    for (uint32_t shift = 8 * (octets - 1); shift > 0; shift -= 8)
-        *at++ = static_cast<uint8_t>(length >> (shift - 8));
     return at;
 }
 
@@ -93,38 +82,6 @@ uint32_t integerValue(Bytes octets) {
     return value;
 }
 
-uint64_t elementSize(uint64_t content) {
-    return content > UINT32_MAX ? content : 1 + KAsn1_Low_Count_LengthOfSize(static_cast<uint32_t>(content)) + content;
-}
-
-uint8_t *putHeader(uint8_t *at, uint8_t tag, uint64_t content) {
-    const auto size = static_cast<uint32_t>(content);
-    *at++ = tag;
-    return writeLength(at, size, KAsn1_Low_Count_LengthOfSize(size));
-}
-
-Status newElement(uint32_t tagOctet, uint64_t size, Anybuf **out, uint8_t **position) {
-    if (size > UINT32_MAX)
-        return KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_Count_LengthOfSize");
-    const uint32_t octets = KAsn1_Low_Count_LengthOfSize(static_cast<uint32_t>(size));
-    const uint64_t total = 1 + octets + size;
-    const uint64_t block = sizeof(Anybuf) + 1 + total;
-    if (block > UINT32_MAX)
-        return KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_Count_LengthOfSize");
-    auto *node = static_cast<Anybuf *>(KAPR_Malloc(KA_SOURCE, __LINE__, static_cast<uint32_t>(block)));
-    if (node == nullptr)
-        return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-    node->data = inlineData(*node);
-    node->form = 2;
-    node->length = static_cast<uint32_t>(total);
-    const auto tag = static_cast<uint8_t>(tagOctet);
-    node->tag = (tag & 0x80) != 0 ? tag : tag & 0x1Fu;
-    node->data[0] = tag;
-    *position = writeLength(node->data + 1, static_cast<uint32_t>(size), octets);
-    *out = node;
-    return KACERT_Ok;
-}
-
 } // namespace karil
 
 int32_t KAsn1_Low_GetTagInfo(const uint8_t **cursor, uint32_t **tag, uint32_t **octets) {
@@ -132,9 +89,9 @@ int32_t KAsn1_Low_GetTagInfo(const uint8_t **cursor, uint32_t **tag, uint32_t **
     if (cursor == nullptr || *cursor == nullptr || tag == nullptr || octets == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     uint32_t value = 0;
-    const uint8_t *behind = bareTag(*cursor, value);
-    KA_PASS(storeCells, value, static_cast<uint32_t>(behind - *cursor), tag, octets);
-    *cursor = behind;
+    const uint8_t *after = bareTag(*cursor, value);
+    KA_PASS(storeCells(value, static_cast<uint32_t>(after - *cursor), tag, octets));
+    *cursor = after;
     return KA_DONE();
 }
 
@@ -144,11 +101,11 @@ int32_t KAsn1_Low_GetLengthInfo(const uint8_t **cursor, uint32_t **length, uint3
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     uint32_t value = 0;
     uint32_t size = 0;
-    const uint8_t *behind = bareLength(*cursor, value, size);
-    if (behind == nullptr)
+    const uint8_t *after = bareLength(*cursor, value, size);
+    if (after == nullptr)
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_GetLengthInfo");
-    KA_PASS(storeCells, value, size, length, octets);
-    *cursor = behind;
+    KA_PASS(storeCells(value, size, length, octets));
+    *cursor = after;
     return KA_DONE();
 }
 
@@ -218,16 +175,13 @@ int32_t KAsn1_Low_WriteTagAndLength(const Anybuf *source, uint32_t tag, Anybuf *
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     const bool bits = octet == TagBitString;
     const bool sign = octet == TagInteger && source->length > 0 && (source->data[0] & 0x80) != 0;
-    Anybuf *node = nullptr;
-    uint8_t *at = nullptr;
-    KA_PASS(newElement, octet, uint64_t{source->length} + (bits || sign ? 1 : 0), &node, &at);
-    if (bits) {
-        node->unusedBits = source->unusedBits;
+    Writer element(0);
+    uint8_t *at = element.area(octet, uint64_t{source->length} + (bits || sign ? 1 : 0));
+    KA_PASS(element.moveTo(out, bits ? source->unusedBits : 0));
+    if (bits)
         *at++ = static_cast<uint8_t>(source->unusedBits);
-    }
     if (sign)
         *at++ = 0;
-    *out = node;
     *position = at;
     return KA_DONE();
 }
@@ -237,9 +191,9 @@ int32_t KAsn1_Low_ReadTagAndLength(const Anybuf *source, const uint8_t **cursor,
     if (source == nullptr || cursor == nullptr || *cursor == nullptr || out == nullptr || content == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     Element value;
-    KA_PASS(readValue, {source->tag, {*cursor, source->length}}, value);
+    KA_PASS(readValue({source->tag, {*cursor, source->length}}, value));
     Anybuf *node = nullptr;
-    KA_PASS(newNode, value, &node);
+    KA_PASS(newNode(value, &node));
     node->unusedBits = source->tag == TagBitString ? source->unusedBits : 0;
     *cursor = value.bytes.data();
     *content = node->data;
@@ -253,7 +207,7 @@ int32_t KAsn1_Low_IntToChar(uint32_t value, uint8_t **octets, uint32_t **count) 
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     uint8_t work[5];
     const uint32_t size = integerOctets(value, work);
-    Owned<uint8_t> block(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, size)));
+    Owned<uint8_t> block = KA_BLOCK(size);
     Cell cell = newCell(size);
     if (block == nullptr || cell == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");

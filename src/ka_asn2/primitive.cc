@@ -6,28 +6,37 @@ using namespace karil;
 
 namespace {
 
-Status writeContent(const Anybuf *source, Tag tag, Anybuf **out) {
+// Writes one element and hands it out.
+template <class Write> Status writeOne(Anybuf **out, uint32_t unusedBits, const Write &write) {
     if (out == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    Anybuf *node = nullptr;
-    uint8_t *position = nullptr;
-    KA_STEP(KAsn1_Low_WriteTagAndLength, source, tag, &node, &position);
-    if (source->length > 0)
-        memcpy(position, source->data, source->length);
-    *out = node;
+    Writer element(0);
+    write(element);
+    return element.moveTo(out, unusedBits);
+}
+
+Status writeString(const Anybuf *source, Tag tag, Anybuf **out) {
+    if (source == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    KA_STEP_AS("------>KAsn1_Low_WriteTagAndLength",
+               writeOne(out, 0, [&](Writer &element) { element.element(tag, bytesOf(*source)); }));
     return KACERT_Ok;
 }
 
-// An element whose content is at hand, without the rules that WriteTagAndLength has for its tag.
-Status writePlain(Tag tag, Bytes content, Anybuf **out) {
-    if (out == nullptr)
+Status writeNumber(const Anybuf *source, Anybuf **out) {
+    if (source == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    Anybuf *node = nullptr;
-    uint8_t *position = nullptr;
-    KA_STEP_AS("------>KAPR_Malloc", newElement, tag, content.size(), &node, &position);
-    if (!content.empty())
-        memcpy(position, content.data(), content.size());
-    *out = node;
+    KA_STEP_AS("------>KAsn1_Low_WriteTagAndLength",
+               writeOne(out, 0, [&](Writer &element) { element.number(bytesOf(*source)); }));
+    return KACERT_Ok;
+}
+
+Status writeBits(const Anybuf *source, Anybuf **out) {
+    if (source == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    const uint32_t unusedBits = source->unusedBits;
+    KA_STEP_AS("------>KAsn1_Low_WriteTagAndLength",
+               writeOne(out, unusedBits, [&](Writer &element) { element.bitString(bytesOf(*source), unusedBits); }));
     return KACERT_Ok;
 }
 
@@ -36,9 +45,9 @@ Status readString(const Anybuf *source, Anybuf **out) {
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     const Element element = elementOf(*source);
     Element value;
-    KA_STEP_AS("------>KAsn1_Low_ReadTagAndLength", readValue, element, value);
+    KA_STEP_AS("------>KAsn1_Low_ReadTagAndLength", readValue(element, value));
     Anybuf *node = nullptr;
-    KA_STEP_AS("------>KAsn1_Low_ReadTagAndLength", newNode, value, &node);
+    KA_STEP_AS("------>KAsn1_Low_ReadTagAndLength", newNode(value, &node));
     node->unusedBits = source->tag == TagBitString ? source->unusedBits : 0;
     *out = node;
     return KACERT_Ok;
@@ -46,71 +55,84 @@ Status readString(const Anybuf *source, Anybuf **out) {
 
 } // namespace
 
-namespace karil {
-
-Status writeOid(Bytes oid, Anybuf **out) {
-    const AlgorithmRecord record = borrowOid(oid);
-    return KAsn1_WriteObjectId(&record, out);
+int32_t KAsn1_WriteIntegerArray(const Anybuf *source, Anybuf **out) {
+    return KA_FRAMED("KAsn1_WriteIntegerArray", writeNumber(source, out));
 }
 
-Status writeAlgorithm(const AlgorithmRecord &algorithm, Anybuf **out) {
-    Chain fields;
-    KA_STEP(KAsn1_WriteObjectId, &algorithm, fields.slot());
-    KA_STEP(KAsn1_WriteNull, fields.slot());
-    KA_STEP(KAsn1_WriteSequence, fields.head(), out);
-    return KACERT_Ok;
+int32_t KAsn1_WriteBitString(const Anybuf *source, Anybuf **out) {
+    return KA_FRAMED("KAsn1_WriteBitString", writeBits(source, out));
 }
 
-} // namespace karil
+int32_t KAsn1_WriteOctetString(const Anybuf *source, Anybuf **out) {
+    return KA_FRAMED("KAsn1_WriteOctetString", writeString(source, TagOctetString, out));
+}
 
-#define KA_WRITER(NAME, TAG)                                                                                           \
-    int32_t NAME(const Anybuf *source, Anybuf **out) {                                                                 \
-        KA_FRAME(#NAME);                                                                                               \
-        KA_PASS(writeContent, source, TAG, out);                                                                       \
-        return KA_DONE();                                                                                              \
-    }
+int32_t KAsn1_WriteCharString(const Anybuf *source, Anybuf **out) {
+    return KA_FRAMED("KAsn1_WriteCharString", writeString(source, TagPrintableString, out));
+}
 
-KA_WRITER(KAsn1_WriteIntegerArray, TagInteger)
-KA_WRITER(KAsn1_WriteOctetString, TagOctetString)
-KA_WRITER(KAsn1_WriteBitString, TagBitString)
-KA_WRITER(KAsn1_WriteCharString, TagPrintableString)
-KA_WRITER(KAsn1_WriteBmpString, TagBmpString)
-KA_WRITER(KAsn1_WriteUTF8String, TagUtf8String)
-KA_WRITER(KAsn1_WriteEnumerated, TagEnumerated)
-KA_WRITER(KAsn1_WriteIa5String, TagIa5String)
+int32_t KAsn1_WriteBmpString(const Anybuf *source, Anybuf **out) {
+    return KA_FRAMED("KAsn1_WriteBmpString", writeString(source, TagBmpString, out));
+}
 
-#define KA_READER(NAME)                                                                                                \
-    int32_t NAME(const Anybuf *source, Anybuf **out) {                                                                 \
-        KA_FRAME(#NAME);                                                                                               \
-        KA_PASS(readString, source, out);                                                                              \
-        return KA_DONE();                                                                                              \
-    }
+int32_t KAsn1_WriteUTF8String(const Anybuf *source, Anybuf **out) {
+    return KA_FRAMED("KAsn1_WriteUTF8String", writeString(source, TagUtf8String, out));
+}
 
-KA_READER(KAsn1_ReadOctetString)
-KA_READER(KAsn1_ReadBitString)
-KA_READER(KAsn1_ReadCharString)
-KA_READER(KAsn1_ReadBmpString)
-KA_READER(KAsn1_ReadUTF8String)
-KA_READER(KAsn1_ReadPrintableString)
-KA_READER(KAsn1_ReadEnumerated)
-KA_READER(KAsn1_ReadIa5String)
+int32_t KAsn1_WriteEnumerated(const Anybuf *source, Anybuf **out) {
+    return KA_FRAMED("KAsn1_WriteEnumerated", writeString(source, TagEnumerated, out));
+}
+
+int32_t KAsn1_WriteIa5String(const Anybuf *source, Anybuf **out) {
+    return KA_FRAMED("KAsn1_WriteIa5String", writeString(source, TagIa5String, out));
+}
+
+int32_t KAsn1_ReadOctetString(const Anybuf *source, Anybuf **out) {
+    return KA_FRAMED("KAsn1_ReadOctetString", readString(source, out));
+}
+
+int32_t KAsn1_ReadBitString(const Anybuf *source, Anybuf **out) {
+    return KA_FRAMED("KAsn1_ReadBitString", readString(source, out));
+}
+
+int32_t KAsn1_ReadCharString(const Anybuf *source, Anybuf **out) {
+    return KA_FRAMED("KAsn1_ReadCharString", readString(source, out));
+}
+
+int32_t KAsn1_ReadBmpString(const Anybuf *source, Anybuf **out) {
+    return KA_FRAMED("KAsn1_ReadBmpString", readString(source, out));
+}
+
+int32_t KAsn1_ReadUTF8String(const Anybuf *source, Anybuf **out) {
+    return KA_FRAMED("KAsn1_ReadUTF8String", readString(source, out));
+}
+
+int32_t KAsn1_ReadPrintableString(const Anybuf *source, Anybuf **out) {
+    return KA_FRAMED("KAsn1_ReadPrintableString", readString(source, out));
+}
+
+int32_t KAsn1_ReadEnumerated(const Anybuf *source, Anybuf **out) {
+    return KA_FRAMED("KAsn1_ReadEnumerated", readString(source, out));
+}
+
+int32_t KAsn1_ReadIa5String(const Anybuf *source, Anybuf **out) {
+    return KA_FRAMED("KAsn1_ReadIa5String", readString(source, out));
+}
 
 int32_t KAsn1_WritePrintableString(const Anybuf *source, Anybuf **out) {
     KA_FRAME("KAsn1_WritePrintableString");
     if (source == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     if (source->tag == TagBmpString)
-        KA_STEP(KAsn1_WriteBmpString, source, out);
+        KA_STEP(KAsn1_WriteBmpString(source, out));
     else
-        KA_STEP(KAsn1_WriteCharString, source, out);
+        KA_STEP(KAsn1_WriteCharString(source, out));
     return KA_DONE();
 }
 
 int32_t KAsn1_WriteInteger(uint32_t value, Anybuf **out) {
     KA_FRAME("KAsn1_WriteInteger");
-    uint8_t octets[5];
-    const uint32_t size = integerOctets(value, octets);
-    KA_STEP_AS("------>KAsn1_Low_IntToChar", writePlain, TagInteger, Bytes(octets, size), out);
+    KA_STEP_AS("------>KAsn1_Low_IntToChar", writeOne(out, 0, [&](Writer &element) { element.integer(value); }));
     return KA_DONE();
 }
 
@@ -118,23 +140,16 @@ int32_t KAsn1_WriteBoolean(const uint8_t *value, Anybuf **out) {
     KA_FRAME("KAsn1_WriteBoolean");
     if (value == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    const uint8_t octet = *value != 0 ? 0xFF : 0;
-    KA_STEP_AS("------>KAPR_Malloc", writePlain, TagBoolean, Bytes(&octet, 1), out);
+    KA_PASS(writeOne(out, 0, [&](Writer &element) { element.boolean(*value != 0); }));
     return KA_DONE();
 }
 
 int32_t KAsn1_WriteNull(Anybuf **out) {
-    KA_FRAME("KAsn1_WriteNull");
-    KA_STEP_AS("------>KAPR_Malloc", writePlain, TagNull, Bytes{}, out);
-    return KA_DONE();
+    return KA_FRAMED("KAsn1_WriteNull", writeOne(out, 0, [](Writer &element) { element.null(); }));
 }
 
 int32_t KAsn1_WriteObjectId(const AlgorithmRecord *source, Anybuf **out) {
-    KA_FRAME("KAsn1_WriteObjectId");
-    if (source == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_PASS(writeContent, &source->oid, TagObjectId, out);
-    return KA_DONE();
+    return KA_FRAMED("KAsn1_WriteObjectId", writeString(source != nullptr ? &source->oid : nullptr, TagObjectId, out));
 }
 
 int32_t KAsn1_ReadIntegerArray(const Anybuf *source, Anybuf *out) {
@@ -142,7 +157,7 @@ int32_t KAsn1_ReadIntegerArray(const Anybuf *source, Anybuf *out) {
     if (out == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     Anybuf *node = nullptr;
-    KA_PASS(readString, source, &node);
+    KA_PASS(readString(source, &node));
     const Owned<Anybuf> shell(node);
     *out = *shell;
     return KA_DONE();
@@ -152,7 +167,7 @@ int32_t KAsn1_ReadInteger(const Anybuf *source, uint32_t *value) {
     KA_FRAME("KAsn1_ReadInteger");
     if (source == nullptr || source->data == nullptr || value == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_PASS(readInteger, elementOf(*source), *value);
+    KA_PASS(readInteger(elementOf(*source), *value));
     return KA_DONE();
 }
 
@@ -160,7 +175,7 @@ int32_t KAsn1_ReadBoolean(const Anybuf *source, uint8_t *value) {
     KA_FRAME("KAsn1_ReadBoolean");
     if (source == nullptr || source->data == nullptr || value == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_PASS(readBoolean, elementOf(*source), *value);
+    KA_PASS(readBoolean(elementOf(*source), *value));
     return KA_DONE();
 }
 
@@ -172,7 +187,7 @@ int32_t KAsn1_ReadObjectId(const Anybuf *source, AlgorithmRecord **out) {
     if (record == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
     Anybuf *node = nullptr;
-    KA_PASS(readString, source, &node);
+    KA_PASS(readString(source, &node));
     const Owned<Anybuf> shell(node);
     record->oid = *shell;
     *out = record.release();

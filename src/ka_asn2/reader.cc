@@ -9,7 +9,7 @@ struct Header {
     uint32_t tagOctets = 0;
     uint32_t lengthOctets = 0;
     uint32_t length = 0;
-    uint32_t contentAt = 0; // one behind tag and length field for the 0x80 reading
+    uint32_t contentAt = 0; // one after tag and length field for the 0x80 reading
 
     uint64_t total() const { return uint64_t{tagOctets} + lengthOctets + length; }
     uint64_t contentEnd() const { return uint64_t{contentAt} + length; }
@@ -42,7 +42,7 @@ Status readTag(Bytes bytes, Status shortage, Header &out) {
 }
 
 Status readHeader(Bytes bytes, Status shortage, Header &out) {
-    KA_PASS(readTag, bytes, shortage, out);
+    KA_PASS(readTag(bytes, shortage, out));
     const Bytes field = bytes.subspan(out.tagOctets);
     if (field.empty())
         return KA_FAIL(shortage, "------>KAsn1_Low_GetLengthInfo");
@@ -107,7 +107,7 @@ inline Bytes open(Bytes bytes, const char *words, Opening &out) {
 
 Status nextLong(Bytes &rest, Element &out, Status shortage, const char *words) {
     Header header;
-    KA_PASS(readHeader, rest, shortage, header);
+    KA_PASS(readHeader(rest, shortage, header));
     if (header.total() > rest.size())
         return KA_FAIL(shortage, words);
     const auto total = static_cast<size_t>(header.total());
@@ -123,7 +123,7 @@ Status checkLevel(Bytes content, const char *words) {
         if (const size_t size = shortSize(content); size != 0)
             content = content.subspan(size);
         else
-            KA_PASS(nextLong, content, inner, KACERT_InvalidLengthErr, words);
+            KA_PASS(nextLong(content, inner, KACERT_InvalidLengthErr, words));
     return KACERT_Ok;
 }
 
@@ -135,18 +135,18 @@ constexpr char Overrun[] = "------>KAsn1_Low_GetLengthInfo";
 
 Status checkTag(Bytes bytes, uint32_t tag, const char *words) {
     Header header;
-    KA_PASS(readTag, bytes, KACERT_LengthNotEqualErr, header);
+    KA_PASS(readTag(bytes, KACERT_LengthNotEqualErr, header));
     return (header.tag & 0xFF) == tag ? KACERT_Ok : KA_FAIL(KACERT_InvalidTagErr, words);
 }
 
 Status openLevel(const Element &source, uint32_t tag, const LevelWords &words, Level &out) {
     if (!hasShortTag(source.bytes, tag))
-        KA_PASS(checkTag, source.bytes, tag, words.tag);
+        KA_PASS(checkTag(source.bytes, tag, words.tag));
     Opening opening;
     const Bytes content = open(source.bytes, "------>KACERT_LengthNotEqualErr", opening);
     if (opening.status != KACERT_Ok)
         return opening.status;
-    KA_PASS(checkLevel, content, words.overrun);
+    KA_PASS(checkLevel(content, words.overrun));
     out.rest = content;
     out.isKept = source.isKept;
     return KACERT_Ok;
@@ -155,18 +155,17 @@ Status openLevel(const Element &source, uint32_t tag, const LevelWords &words, L
 } // namespace
 
 Status next(Bytes &rest, Element &out, Status shortage, const char *words) {
-    const size_t size = shortSize(rest);
-    if (size == 0)
+    const Element element = takeShort(rest);
+    if (!element.present())
         return nextLong(rest, out, shortage, words);
-    out = {shortTag(rest[0]), rest.first(size)};
-    rest = rest.subspan(size);
+    out = element;
     return KACERT_Ok;
 }
 
 Element Level::takeLong() {
     Element element;
-    if (!rest.empty() && nextLong(rest, element, KACERT_InvalidLengthErr, Overrun) == KACERT_Ok)
-        element.isKept = isKept;
+    if (!rest.empty() && nextLong(rest, element, KACERT_InvalidLengthErr, Overrun) != KACERT_Ok)
+        rest = {};
     return element;
 }
 
@@ -197,10 +196,10 @@ Status readSet(const Element &source, Level &out) {
 }
 
 Status readTyped(const Element &source, Element &oid, Level &fields, Status empty, const char *words) {
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, source, fields);
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(source, fields));
     if (fields.empty())
         return KA_FAIL(empty, words);
-    KA_STEP_AS("------>KAsn1_ReadObjectId", readValue, fields.take(), oid);
+    KA_STEP_AS("------>KAsn1_ReadObjectId", readValue(fields.take(), oid));
     return KACERT_Ok;
 }
 
@@ -217,16 +216,16 @@ Status readImplicit(const Element &source, Implicit &out) {
     return checkLevel(out.level.rest, Overrun);
 }
 
-Status behindHeader(Bytes source, Bytes &out) {
+Status afterHeader(Bytes source, Bytes &out) {
     Header header;
-    KA_PASS(readHeader, source, KACERT_LengthNotEqualErr, header);
+    KA_PASS(readHeader(source, KACERT_LengthNotEqualErr, header));
     out = source.subspan(header.contentAt);
     return KACERT_Ok;
 }
 
 Status readInteger(const Element &source, uint32_t &value) {
     Header header;
-    KA_PASS(readHeader, source.bytes, KACERT_LengthNotEqualErr, header);
+    KA_PASS(readHeader(source.bytes, KACERT_LengthNotEqualErr, header));
     if (header.total() > source.bytes.size())
         return KA_FAIL(KACERT_LengthNotEqualErr, "------>KAsn1_Low_GetLengthInfo");
     if (header.contentEnd() > source.bytes.size())
@@ -237,7 +236,7 @@ Status readInteger(const Element &source, uint32_t &value) {
 
 Status readBoolean(const Element &source, uint8_t &value) {
     Element content;
-    KA_STEP_AS("------>KAsn1_Low_ReadTagAndLength", readValue, source, content);
+    KA_STEP_AS("------>KAsn1_Low_ReadTagAndLength", readValue(source, content));
     if (!content.present())
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_ReadTagAndLength");
     value = content.bytes[0];

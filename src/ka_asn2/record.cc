@@ -1,20 +1,16 @@
-// What becomes of octets that were read: copies, or parts of a block that a context keeps.
 #include "ka_asn2.h"
 
 #include <string.h>
 
 struct KeptOctets {
     KeptOctets *next;
-    // The octets stand behind.
+    // The octets follow.
 };
 
 namespace karil {
 
 Status keep(KeptOctets *&kept, const Element &source, Element &out) {
-    if (source.bytes.size() > UINT32_MAX - sizeof(KeptOctets))
-        return KA_FAIL(KACERT_InvalidLengthErr, "------>KAPR_Malloc");
-    const auto size = static_cast<uint32_t>(sizeof(KeptOctets) + source.bytes.size());
-    auto *block = static_cast<KeptOctets *>(KAPR_Malloc(KA_SOURCE, __LINE__, size));
+    auto *block = KA_CREATE_WITH(source.bytes.size(), KeptOctets);
     if (block == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
     auto *octets = reinterpret_cast<uint8_t *>(block + 1);
@@ -36,28 +32,26 @@ void freeKept(KeptOctets *kept) {
 
 Status newNode(const Element &value, Anybuf **out) {
     Anybuf *record = nullptr;
-    KA_STEP(KAsn1_Low_CreateAnyBuf, &record);
+    KA_STEP(KAsn1_Low_CreateAnyBuf(&record));
     AnybufPtr node(record);
-    KA_PASS(store, *node, {value.tag, value.bytes});
+    node->tag = value.tag;
+    if (value.present())
+        KA_PASS(store(*node, {value.tag, value.bytes}));
     *out = node.release();
     return KACERT_Ok;
 }
 
 Status store(Anybuf &record, const Element &value) {
-    const auto length = static_cast<uint32_t>(value.bytes.size());
     if (value.isKept) {
-        freeData(record);
-        auto *data = value.present() ? const_cast<uint8_t *>(value.bytes.data()) : nullptr;
-        record = {data, length, 0, FormPart, value.tag, nullptr, nullptr};
+        setPart(record, value.bytes, value.tag);
         return KACERT_Ok;
     }
-    Owned<uint8_t> data;
-    if (value.present()) {
-        data.reset(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, length)));
-        if (data == nullptr)
-            return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
+    const auto length = static_cast<uint32_t>(value.bytes.size());
+    Owned<uint8_t> data = KA_BLOCK(length);
+    if (data == nullptr)
+        return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
+    if (length > 0)
         memcpy(data.get(), value.bytes.data(), length);
-    }
     freeData(record);
     record = {data.release(), length, 0, 2, value.tag, nullptr, nullptr};
     return KACERT_Ok;

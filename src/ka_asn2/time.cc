@@ -35,7 +35,7 @@ int64_t offsetAt(int64_t seconds) {
     return localtime_r(&at, &local) != nullptr ? local.tm_gmtoff : INT64_MAX;
 }
 
-// The offset that holds from a day before the day of `asUtc` to a day behind it, or INT64_MAX where it changes.
+// The offset that holds from a day before the day of `asUtc` to a day after it, or INT64_MAX if it changes.
 int64_t offsetAround(int64_t asUtc, LocalClock &clock) {
     lookUp(clock);
     const int64_t day = asUtc / Day;
@@ -50,11 +50,11 @@ int64_t offsetAround(int64_t asUtc, LocalClock &clock) {
     return offset;
 }
 
-// mktime, for a zone that was looked up. Where the offset changes within days, mktime itself says what holds.
+// mktime, for a zone that was looked up. If the offset changes within these days, mktime itself is asked.
 int64_t localToSeconds(tm local, LocalClock &clock) {
     const int64_t asUtc = (daysBefore(local.tm_year + int64_t{1900}, local.tm_mon) + local.tm_mday - 1) * Day +
                           local.tm_hour * int64_t{3600} + local.tm_min * int64_t{60} + local.tm_sec;
-    // No time behind 2038 is good, so that a day has 32 bits.
+    // No time after 2038 is good, so a day has 32 bits.
     const bool isInRange = asUtc >= 0 && asUtc <= INT32_MAX + Day;
     const int64_t offset = isInRange ? offsetAround(asUtc, clock) : INT64_MAX;
     return offset == INT64_MAX ? mktime(&local) : asUtc - offset;
@@ -78,18 +78,18 @@ Status textTime(Bytes text, LocalClock &clock, int32_t &time) {
     return KACERT_Ok;
 }
 
-// The text behind tag and length field. The element's own length is not looked at.
+// The text after tag and length field. The element's own length is not looked at.
 Status readText(const Element &source, LocalClock &clock, int32_t &time) {
     Bytes text;
-    KA_PASS(behindHeader, source.bytes, text);
-    KA_STEP_AS("------>KAsn1_Low_CtoITime", textTime, text, clock, time);
+    KA_PASS(afterHeader(source.bytes, text));
+    KA_STEP_AS("------>KAsn1_Low_CtoITime", textTime(text, clock, time));
     return KACERT_Ok;
 }
 
 Status writeTime(const int32_t *time, Tag tag, Anybuf **out) {
     if (time == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_STEP(KAsn1_Low_WriteLongTime, *time, tag, out);
+    KA_STEP(KAsn1_Low_WriteLongTime(*time, tag, out));
     (*out)->tag = tag;
     return KACERT_Ok;
 }
@@ -130,7 +130,7 @@ Status timeText(int32_t time, LocalClock &clock, uint8_t (&text)[TimeLength]) {
 Status readTime(const Element &source, uint32_t tag, LocalClock &clock, int32_t &time) {
     if ((source.tag & 0xFF) != tag)
         return KACERT_InvalidTagErr;
-    KA_STEP_AS("------>KAsn1_Low_ReadLongTime", readText, source, clock, time);
+    KA_STEP_AS("------>KAsn1_Low_ReadLongTime", readText(source, clock, time));
     return KACERT_Ok;
 }
 
@@ -162,8 +162,8 @@ int32_t KAsn1_Low_ItoCTime(int32_t time, uint8_t **text, uint32_t **length) {
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     uint8_t work[TimeLength];
     LocalClock clock;
-    KA_PASS(timeText, time, clock, work);
-    Owned<uint8_t> block(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, TimeLength)));
+    KA_PASS(timeText(time, clock, work));
+    Owned<uint8_t> block = KA_BLOCK(TimeLength);
     Owned<uint32_t> cell(KA_CREATE(uint32_t));
     if (block == nullptr || cell == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
@@ -178,11 +178,13 @@ int32_t KAsn1_Low_CtoITime(const uint8_t *text, uint32_t length, int32_t **time)
     KA_FRAME("KAsn1_Low_CtoITime");
     if (text == nullptr || time == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    LocalClock clock;
+    int32_t seconds = 0;
+    KA_PASS(textTime({text, length == 0 ? TimeLength : length}, clock, seconds));
     Owned<int32_t> cell(KA_CREATE(int32_t));
     if (cell == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-    LocalClock clock;
-    KA_PASS(textTime, {text, length == 0 ? TimeLength : length}, clock, *cell);
+    *cell = seconds;
     *time = cell.release();
     return KA_DONE();
 }
@@ -193,11 +195,11 @@ int32_t KAsn1_Low_WriteLongTime(int32_t time, uint32_t tag, Anybuf **out) {
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     uint8_t text[TimeLength];
     LocalClock clock;
-    KA_STEP_AS("------>KAsn1_Low_ItoCTime", timeText, time, clock, text);
+    KA_STEP_AS("------>KAsn1_Low_ItoCTime", timeText(time, clock, text));
+    Writer element(0);
+    element.element(static_cast<uint8_t>(tag), text);
     Anybuf *node = nullptr;
-    uint8_t *position = nullptr;
-    KA_STEP_AS("------>KAPR_Malloc", newElement, tag, TimeLength, &node, &position);
-    memcpy(position, text, TimeLength);
+    KA_STEP_AS("------>KAPR_Malloc", element.moveTo(&node));
     node->tag = tag & 0x1F;
     *out = node;
     return KA_DONE();
@@ -208,30 +210,22 @@ int32_t KAsn1_Low_ReadLongTime(const Anybuf *source, int32_t *time) {
     if (source == nullptr || source->data == nullptr || time == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     LocalClock clock;
-    KA_PASS(readText, elementOf(*source), clock, *time);
+    KA_PASS(readText(elementOf(*source), clock, *time));
     return KA_DONE();
 }
 
 int32_t KAsn1_WriteUtcTime(const int32_t *time, Anybuf **out) {
-    KA_FRAME("KAsn1_WriteUtcTime");
-    KA_PASS(writeTime, time, TagUtcTime, out);
-    return KA_DONE();
+    return KA_FRAMED("KAsn1_WriteUtcTime", writeTime(time, TagUtcTime, out));
 }
 
 int32_t KAsn1_WriteGeneralizedTime(const int32_t *time, Anybuf **out) {
-    KA_FRAME("KAsn1_WriteGeneralizedTime");
-    KA_PASS(writeTime, time, TagGeneralizedTime, out);
-    return KA_DONE();
+    return KA_FRAMED("KAsn1_WriteGeneralizedTime", writeTime(time, TagGeneralizedTime, out));
 }
 
 int32_t KAsn1_ReadUtcTime(const Anybuf *source, int32_t *time) {
-    KA_FRAME("KAsn1_ReadUtcTime");
-    KA_PASS(checkedTime, source, TagUtcTime, time);
-    return KA_DONE();
+    return KA_FRAMED("KAsn1_ReadUtcTime", checkedTime(source, TagUtcTime, time));
 }
 
 int32_t KAsn1_ReadGeneralizedTime(const Anybuf *source, int32_t *time) {
-    KA_FRAME("KAsn1_ReadGeneralizedTime");
-    KA_PASS(checkedTime, source, TagGeneralizedTime, time);
-    return KA_DONE();
+    return KA_FRAMED("KAsn1_ReadGeneralizedTime", checkedTime(source, TagGeneralizedTime, time));
 }

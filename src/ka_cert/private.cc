@@ -7,14 +7,9 @@ namespace {
 Status appendPrivate(CertEncodeCtx &ctx, Bytes oid, uint8_t critical, Bytes value) {
     CertExtensions &ext = ctx.extensions;
     ctx.hasExtensions = 1;
-    NodePtr<PrivateExtensionNode> node(KA_CREATE(PrivateExtensionNode));
-    if (node == nullptr)
-        return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-    node->id = 52;
+    NodePtr<PrivateExtensionNode> node;
+    KA_PASS(createPair(node, oid, value));
     node->critical = critical;
-    node->oid.tag = TagObjectId;
-    KA_STEP_AS("------>KAPR_Malloc", replace, node->oid, oid);
-    KA_STEP_AS("------>KAPR_Malloc", replace, node->value, value);
     append<&PrivateExtensionNode::next>(ext.privateExtensions, ctx.privateExtensionsLast, node.release());
     ext.hasPrivate = 1;
     return KACERT_Ok;
@@ -33,8 +28,8 @@ int32_t KACert_EncodeChar(const uint8_t *value, int32_t length, Anybuf **out) {
     KA_FRAME("KACert_EncodeChar");
     if (length < 0 || (value == nullptr) != (length == 0))
         return KA_FAIL(-1, "------>KACert_EncodeChar");
-    KA_STEP_AS("------>KAsn1_WritePrintableString", writeValue, KAsn1_WritePrintableString, value,
-               static_cast<uint32_t>(length), TagPrintableString, out);
+    KA_STEP_AS("------>KAsn1_WritePrintableString",
+               writeValue(KAsn1_WritePrintableString, value, static_cast<uint32_t>(length), TagPrintableString, out));
     return KA_DONE();
 }
 
@@ -42,20 +37,17 @@ int32_t UnsignedChar2OCTET(const uint8_t *value, int32_t length, Anybuf **out) {
     KA_FRAME("UnsignedChar2OCTET");
     if (value == nullptr || length < 1)
         return KA_FAIL(KACERT_InvalidParamErr, "------>UnsignedChar2OCTET");
-    KA_STEP_AS("------>KAsn1_WriteOctetString", writeValue, KAsn1_WriteOctetString, value,
-               static_cast<uint32_t>(length), TagOctetString, out);
+    KA_STEP_AS("------>KAsn1_WriteOctetString",
+               writeValue(KAsn1_WriteOctetString, value, static_cast<uint32_t>(length), TagOctetString, out));
     return KA_DONE();
 }
 
 int32_t KACert_SetCertAttributePrivate(CertEncodeCtx *ctx, const uint8_t *oid, int32_t oidLength, uint8_t critical,
                                        const uint8_t *value, int32_t valueLength) {
     KA_FRAME("KACert_SetCertAttributePrivate");
-    if (oidLength < 1 || valueLength < 1)
-        return KA_FAIL(KACERT_InvalidLengthErr, "------>KACERT_InvalidLengthErr");
-    if (ctx == nullptr || oid == nullptr || value == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_PASS(appendPrivate, *ctx, Bytes(oid, static_cast<size_t>(oidLength)), critical,
-            Bytes(value, static_cast<size_t>(valueLength)));
+    KA_PASS(checkPair(ctx, oid, oidLength, value, valueLength));
+    KA_PASS(appendPrivate(*ctx, Bytes(oid, static_cast<size_t>(oidLength)), critical,
+                          Bytes(value, static_cast<size_t>(valueLength))));
     return KA_DONE();
 }
 
@@ -67,27 +59,25 @@ int32_t KACert_SetCertAttributePrivate_ForValue(CertEncodeCtx *ctx, const uint8_
         return KA_FAIL(KACERT_InvalidParamErr, "------>certAttributiValue或者certAttributeValueLen Err");
     Chain element;
     if (type == TagPrintableString)
-        KA_STEP(KACert_EncodeChar, value, valueLength, element.slot());
+        KA_STEP(KACert_EncodeChar(value, valueLength, element.slot()));
     else
-        KA_STEP(UnsignedChar2OCTET, value, valueLength, element.slot());
+        KA_STEP(UnsignedChar2OCTET(value, valueLength, element.slot()));
     const Bytes whole = bytesOf(*element.head());
     if (whole.size() > INT32_MAX)
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KACERT_InvalidLengthErr");
-    KA_STEP(KACert_SetCertAttributePrivate, ctx, oid, oidLength, critical, whole.data(),
-            static_cast<int32_t>(whole.size()));
+    KA_STEP(KACert_SetCertAttributePrivate(ctx, oid, oidLength, critical, whole.data(),
+                                           static_cast<int32_t>(whole.size())));
     return KA_DONE();
 }
 
 int32_t KACert_GetCertAttributePrivate(const CertDecodeCtx *ctx, uint32_t *index, uint8_t *oid, uint32_t *oidLength,
                                        uint32_t *critical, uint8_t *value, uint32_t *valueLength) {
     KA_FRAME("KACert_GetCertAttributePrivate");
-    if (ctx == nullptr || index == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    KA_PASS(checkPointers({ctx, index}));
     const PrivateExtensionNode *node = numbered(ctx->extensions.privateExtensions, *index);
     if (node == nullptr)
         return KA_DONE();
-    if (oidLength == nullptr || critical == nullptr || valueLength == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    KA_PASS(checkPointers({oidLength, critical, valueLength}));
     handOut(node->oid, oid, oidLength);
     handOut(node->value, value, valueLength);
     *critical = node->critical;

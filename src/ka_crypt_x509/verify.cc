@@ -79,20 +79,20 @@ template <const auto &Of> struct Object {
     ~Object() { Of.destroy(ctx); }
 
     Status open(Bytes der) {
-        KA_STEP_AS(Of.createWords, Of.create, &ctx);
-        KA_STEP_AS(Of.decodeWords, Of.decode, ctx, der.data(), static_cast<uint32_t>(der.size()));
+        KA_STEP_AS(Of.createWords, Of.create(&ctx));
+        KA_STEP_AS(Of.decodeWords, Of.decode(ctx, der.data(), static_cast<uint32_t>(der.size())));
         return KACERT_Ok;
     }
     Status lengthOf(int32_t id, uint32_t &length) const {
         length = 0;
-        KA_STEP_AS(Of.getWords, Of.get, ctx, id, nullptr, &length);
+        KA_STEP_AS(Of.getWords, Of.get(ctx, id, nullptr, &length));
         return KACERT_Ok;
     }
     template <uint32_t Size> Status get(int32_t id, Octets<Size> &out) const {
-        KA_PASS(lengthOf, id, out.length);
+        KA_PASS(lengthOf(id, out.length));
         if (out.length > Size)
             return KA_FAIL(KACERT_InvalidLengthErr, Of.getWords);
-        KA_STEP_AS(Of.getWords, Of.get, ctx, id, out.data, &out.length);
+        KA_STEP_AS(Of.getWords, Of.get(ctx, id, out.data, &out.length));
         return KACERT_Ok;
     }
 };
@@ -117,22 +117,22 @@ Status findDigest(Bytes oid, int32_t &digestId) {
 
 template <const auto &Of> Status readDigest(const Object<Of> &object, Check &check) {
     Octets<LargestOid> oid;
-    KA_PASS(object.get, Of.algorithm, oid);
+    KA_PASS(object.get(Of.algorithm, oid));
     return findDigest(oid.bytes(), check.digestId);
 }
 
 template <const auto &Of> Status readSigned(const Object<Of> &object, Check &check) {
-    KA_PASS(object.get, Of.signature, check.signature);
-    KA_PASS(object.lengthOf, Of.tbs, check.tbsLength);
-    check.tbs.reset(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, check.tbsLength)));
+    KA_PASS(object.get(Of.signature, check.signature));
+    KA_PASS(object.lengthOf(Of.tbs, check.tbsLength));
+    check.tbs = KA_BLOCK(check.tbsLength);
     if (check.tbs == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-    KA_STEP_AS(Of.getWords, Of.get, object.ctx, Of.tbs, check.tbs.get(), &check.tbsLength);
+    KA_STEP_AS(Of.getWords, Of.get(object.ctx, Of.tbs, check.tbs.get(), &check.tbsLength));
     return KACERT_Ok;
 }
 
 Status readKey(Bytes der, Check &check) {
-    KA_STEP(KA_Decode_PublicKey, check.key.modulus, der.data(), static_cast<int32_t>(der.size()));
+    KA_STEP(KA_Decode_PublicKey(check.key.modulus, der.data(), static_cast<int32_t>(der.size())));
     check.key.bits = der.size() > SmallKey ? 2048 : 1024;
     return KACERT_Ok;
 }
@@ -146,9 +146,9 @@ Status verify(const Check &check) {
     return KACERT_Ok;
 }
 
-// The DN attributes answer nothing where no text can be made; here that must not pass for an empty name.
+// The DN attributes answer nothing if no text can be made. Here that must not count as an empty name.
 Status readName(const NameRecord &head, Scratch &text) {
-    KA_STEP(KI_GetDN, &text.record, &head);
+    KA_STEP(KI_GetDN(&text.record, &head));
     return KACERT_Ok;
 }
 
@@ -159,13 +159,13 @@ struct Validity {
 
 Status readTime(const CertDecodeCtx *ctx, int32_t id, uint32_t &time) {
     int32_t value = 0;
-    KA_STEP(KACert_GetCertAttributeInt, ctx, id, &value);
+    KA_STEP(KACert_GetCertAttributeInt(ctx, id, &value));
     time = static_cast<uint32_t>(value);
     return KACERT_Ok;
 }
 
 Status readValidity(const CertDecodeCtx *ctx, Validity &validity) {
-    KA_PASS(readTime, ctx, CERT_VALIDFROM, validity.from);
+    KA_PASS(readTime(ctx, CERT_VALIDFROM, validity.from));
     return readTime(ctx, CERT_VALIDTO, validity.to);
 }
 
@@ -178,15 +178,15 @@ struct Issuer {
 
 Status readIssuer(Bytes der, Issuer &issuer) {
     Object<Certificates> certificate;
-    KA_PASS(certificate.open, der);
-    KA_PASS(readName, certificate.ctx->subject, issuer.name);
-    KA_PASS(certificate.get, CERT_SUBJECTPUBLICKEYINFO, issuer.key);
+    KA_PASS(certificate.open(der));
+    KA_PASS(readName(certificate.ctx->subject, issuer.name));
+    KA_PASS(certificate.get(CERT_SUBJECTPUBLICKEYINFO, issuer.key));
     return readValidity(certificate.ctx, issuer.validity);
 }
 
 Status compareNames(const Issuer &issuer, const NameRecord &head) {
     Scratch name;
-    KA_PASS(readName, head, name);
+    KA_PASS(readName(head, name));
     if (!equal(bytesOf(issuer.name.record), bytesOf(name.record)))
         return KA_FAIL(KACERT_DnNotEqualErr, "------>KACERT_DnNotEqualErr");
     return KACERT_Ok;
@@ -195,7 +195,7 @@ Status compareNames(const Issuer &issuer, const NameRecord &head) {
 Status checkTimes(const Object<Certificates> &subject, const Issuer &issuer) {
     const auto now = static_cast<uint32_t>(time(nullptr));
     Validity own;
-    KA_PASS(readValidity, subject.ctx, own);
+    KA_PASS(readValidity(subject.ctx, own));
     if (own.from < issuer.validity.from || own.from > now || own.to > issuer.validity.to || own.to < now)
         return KA_FAIL(KACERT_TimeOutRangeErr, "------>KACERT_TimeOutRangeErr");
     return KACERT_Ok;
@@ -209,37 +209,37 @@ template <const auto &Of> Status verifyIssued(Bytes issuerDer, Bytes der) {
     if (issuerDer.data() == nullptr || der.data() == nullptr)
         return KA_FAIL(KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
     Issuer issuer;
-    KA_PASS(readIssuer, issuerDer, issuer);
+    KA_PASS(readIssuer(issuerDer, issuer));
     Object<Of> object;
-    KA_PASS(object.open, der);
-    KA_PASS(compareNames, issuer, object.ctx->issuer);
-    KA_PASS(checkTimes, object, issuer);
+    KA_PASS(object.open(der));
+    KA_PASS(compareNames(issuer, object.ctx->issuer));
+    KA_PASS(checkTimes(object, issuer));
     Check check;
-    KA_PASS(readDigest, object, check);
-    KA_PASS(readSigned, object, check);
-    KA_PASS(readKey, issuer.key.bytes(), check);
+    KA_PASS(readDigest(object, check));
+    KA_PASS(readSigned(object, check));
+    KA_PASS(readKey(issuer.key.bytes(), check));
     return verify(check);
 }
 
 Status verifyRequest(Bytes der) {
     Object<Requests> request;
-    KA_PASS(request.open, der);
+    KA_PASS(request.open(der));
     Check check;
-    KA_PASS(readDigest, request, check);
+    KA_PASS(readDigest(request, check));
     Octets<LargestKey> key;
-    KA_PASS(request.get, CSR_SUBJECTPUBLICKEYINFO, key);
-    KA_PASS(readKey, key.bytes(), check);
-    KA_PASS(readSigned, request, check);
+    KA_PASS(request.get(CSR_SUBJECTPUBLICKEYINFO, key));
+    KA_PASS(readKey(key.bytes(), check));
+    KA_PASS(readSigned(request, check));
     return verify(check);
 }
 
 // The area holds whatever the text may decode to, which has fewer octets than the text.
 Status verifyPemRequest(const uint8_t *pem, uint32_t length) {
-    const Owned<uint8_t> der(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, length)));
+    const Owned<uint8_t> der = KA_BLOCK(length);
     if (der == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
     uint32_t size = 0;
-    KA_STEP_AS("------>PEM2DER_data_format Err", PEM2DER_data_format, pem, length, der.get(), &size);
+    KA_STEP_AS("------>PEM2DER_data_format Err", PEM2DER_data_format(pem, length, der.get(), &size));
     if (size > LargestPemRequest)
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KACERT_InvalidLengthErr");
     if (size < SmallestPemRequest)
@@ -250,15 +250,11 @@ Status verifyPemRequest(const uint8_t *pem, uint32_t length) {
 } // namespace
 
 int32_t KA_VerifyCert(const uint8_t *issuer, uint32_t issuerLength, const uint8_t *subject, uint32_t subjectLength) {
-    KA_FRAME("KA_VerifyCert");
-    KA_PASS(verifyIssued<Certificates>, {issuer, issuerLength}, {subject, subjectLength});
-    return KA_DONE();
+    return KA_FRAMED("KA_VerifyCert", verifyIssued<Certificates>({issuer, issuerLength}, {subject, subjectLength}));
 }
 
 int32_t KA_VerifyCrl(const uint8_t *issuer, uint32_t issuerLength, const uint8_t *crl, uint32_t crlLength) {
-    KA_FRAME("KA_VerifyCrl");
-    KA_PASS(verifyIssued<Crls>, {issuer, issuerLength}, {crl, crlLength});
-    return KA_DONE();
+    return KA_FRAMED("KA_VerifyCrl", verifyIssued<Crls>({issuer, issuerLength}, {crl, crlLength}));
 }
 
 int32_t KA_VerifyCsr_Sign(const uint8_t *request, int32_t length) {
@@ -266,8 +262,8 @@ int32_t KA_VerifyCsr_Sign(const uint8_t *request, int32_t length) {
     if (request == nullptr || length < 1)
         return KA_FAIL(KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
     if (request[0] == 0x30)
-        KA_PASS(verifyRequest, {request, static_cast<size_t>(length)});
+        KA_PASS(verifyRequest({request, static_cast<size_t>(length)}));
     else
-        KA_PASS(verifyPemRequest, request, static_cast<uint32_t>(length));
+        KA_PASS(verifyPemRequest(request, static_cast<uint32_t>(length)));
     return KA_DONE();
 }

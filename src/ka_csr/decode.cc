@@ -4,32 +4,29 @@ namespace karil {
 
 namespace {
 
-constexpr char NotEnd[] = "------>KACERT_CsrNotEndErr";
-
 Status takeField(Level &fields, Element &out) {
-    return takeOr(fields, out, KACERT_CsrNotEndErr, NotEnd);
+    return takeField(fields, out, KACERT_CsrNotEndErr, "------>KACERT_CsrNotEndErr");
 }
 
 // Attribute ::= SEQUENCE { type OBJECT IDENTIFIER, values SET OF ANY }, of which the first value is taken
 Status readAttribute(const Element &element, CsrAttributeNode &node) {
     Level fields;
     Element type;
-    KA_PASS(readTyped, element, type, fields);
-    KA_STEP_AS("------>KI_CopyAlgorithm", store, node.oid, type);
+    KA_PASS(readTyped(element, type, fields));
+    KA_STEP_AS("------>KI_CopyAlgorithm", store(node.oid, type));
     if (fields.empty())
         return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadSet");
     Level values;
-    KA_STEP_AS("------>KAsn1_ReadSet", readSet, fields.take(), values);
+    KA_STEP_AS("------>KAsn1_ReadSet", readSet(fields.take(), values));
     if (!values.empty())
-        KA_STEP_AS("------>KI_CopyAnybuf", store, node.value, values.take());
+        KA_STEP_AS("------>KI_CopyAnybuf", store(node.value, values.take()));
     return KACERT_Ok;
 }
 
 Status decodeAttribute(const Element &element, CsrDecodeCtx &ctx) {
-    CsrAttributePtr node(KA_CREATE(CsrAttributeNode));
-    if (node == nullptr)
-        return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-    KA_PASS(readAttribute, element, *node);
+    NodePtr<CsrAttributeNode> node;
+    KA_PASS(createNode(node));
+    KA_PASS(readAttribute(element, *node));
     appendAttribute(ctx, std::move(node));
     return KACERT_Ok;
 }
@@ -37,37 +34,44 @@ Status decodeAttribute(const Element &element, CsrDecodeCtx &ctx) {
 // Attributes ::= [0] IMPLICIT SET OF Attribute, with whatever tag number. A primitive value stands for one attribute.
 Status decodeAttributes(const Element &element, CsrDecodeCtx &ctx) {
     Implicit set;
-    KA_STEP_AS("------>KAsn1_ReadImplicit", readImplicit, element, set);
+    KA_STEP_AS("------>KAsn1_ReadImplicit", readImplicit(element, set));
     if (!set.constructed && set.content.present())
         return decodeAttribute(set.content, ctx);
     while (!set.level.empty())
-        KA_PASS(decodeAttribute, set.level.take(), ctx);
+        KA_PASS(decodeAttribute(set.level.take(), ctx));
     return KACERT_Ok;
 }
 
 // CertificationRequestInfo ::= SEQUENCE { version, subject, subjectPKInfo, attributes OPTIONAL }
 Status decodeInfo(const Element &info, CsrDecodeCtx &ctx) {
-    KA_STEP_AS("------>KI_CopyAnybuf", store, ctx.tbs, info);
+    KA_STEP_AS("------>KI_CopyAnybuf", store(ctx.tbs, info));
     Level fields;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, info, fields);
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(info, fields));
     Element field;
-    KA_PASS(takeField, fields, field);
+    KA_PASS(takeField(fields, field));
     uint32_t version = 0;
-    KA_STEP_AS("------>KAsn1_ReadInteger", readInteger, field, version);
+    KA_STEP_AS("------>KAsn1_ReadInteger", readInteger(field, version));
     ctx.version = static_cast<int32_t>(version);
-    KA_PASS(takeField, fields, field);
-    KA_STEP_AS("------>KI_DecodeIssuerSubject", decodeName, field, ctx.subject);
-    KA_PASS(takeField, fields, field);
-    KA_STEP_AS("------>KI_DecodePubKey", readPublicKey, field, ctx.publicKeyAlgorithm, ctx.publicKey);
+    KA_PASS(takeField(fields, field));
+    KA_STEP_AS("------>KI_DecodeIssuerSubject", decodeName(field, ctx.subject));
+    KA_PASS(takeField(fields, field));
+    KA_STEP_AS("------>KI_DecodePubKey", readPublicKey(field, ctx.publicKeyAlgorithm, ctx.publicKey));
     if (!fields.empty())
-        KA_STEP_AS("------>KI_CSR_DecodeAttribute", decodeAttributes, fields.take(), ctx);
+        KA_STEP_AS("------>KI_CSR_DecodeAttribute", decodeAttributes(fields.take(), ctx));
     return KACERT_Ok;
 }
 
 // CertificationRequest ::= SEQUENCE { certificationRequestInfo, signatureAlgorithm, signature BIT STRING }
 Status decodeRequest(Bytes der, CsrDecodeCtx &ctx) {
-    constexpr SignedFrame Frame = {KACERT_CsrNotEndErr, NotEnd, "------>KI_CSR_DecodeTBS", KACERT_MemoryErr};
-    return decodeSigned(der, ctx, Frame, decodeInfo);
+    Level parts;
+    KA_PASS(openObject(der, ctx.kept, ctx.encoded, parts));
+    Element part;
+    KA_PASS(takeField(parts, part));
+    KA_STEP_AS("------>KI_CSR_DecodeTBS", decodeInfo(part, ctx));
+    KA_PASS(takeField(parts, part));
+    KA_PASS(readAlgorithm(part, ctx.outerSignatureAlgorithm));
+    KA_PASS(takeField(parts, part));
+    return readBits(part, ctx.signature);
 }
 
 } // namespace
@@ -77,19 +81,13 @@ Status decodeRequest(Bytes der, CsrDecodeCtx &ctx) {
 using namespace karil;
 
 int32_t KACert_DecodeCsr(CsrDecodeCtx *ctx, const uint8_t *der, uint32_t length) {
-    KA_FRAME("KACert_DecodeCsr");
-    KA_PASS(decodeWhole, ctx, der, length, decodeRequest);
-    return KA_DONE();
+    return KA_FRAMED("KACert_DecodeCsr", decodeWhole(ctx, der, length, decodeRequest));
 }
 
 int32_t KI_CSR_DecodeTBS(CsrDecodeCtx *ctx, const Anybuf *tbs) {
-    KA_FRAME("KI_CSR_DecodeTBS");
-    KA_PASS(decodeKept, tbs, ctx, decodeInfo);
-    return KA_DONE();
+    return KA_FRAMED("KI_CSR_DecodeTBS", decodeKept(tbs, ctx, decodeInfo));
 }
 
 int32_t KI_CSR_DecodeAttributes(CsrDecodeCtx *ctx, const Anybuf *attributes) {
-    KA_FRAME("KI_CSR_DecodeAttributes");
-    KA_PASS(decodeKept, attributes, ctx, decodeAttributes);
-    return KA_DONE();
+    return KA_FRAMED("KI_CSR_DecodeAttributes", decodeKept(attributes, ctx, decodeAttributes));
 }

@@ -22,37 +22,29 @@ Bytes withoutZeros(Bytes field) {
     return field;
 }
 
+// Room for any key that a block holds. The octets are secret.
+constexpr uint32_t KeyRoom = 2048;
+constexpr bool Wiped = true;
+
 // INTEGER for each field of the block
-Status writeNumbers(const uint8_t *block, Fields fields, SecretChain &numbers) {
+Status writeNumbers(Writer &out, const uint8_t *block, Fields fields) {
     for (const uint32_t size : fields) {
         const Bytes number = withoutZeros({block, size});
         if (number.empty())
             return KACERT_MemoryErr;
-        const Anybuf source = borrow(number, TagInteger);
-        KA_PASS(KAsn1_WriteIntegerArray, &source, numbers.slot());
+        KA_PASS(out.number(number));
         block += size;
     }
     return KACERT_Ok;
 }
 
-// SEQUENCE of the elements of `parts`, handed out.
-Status giveSequence(const SecretChain &parts, uint8_t *result, uint32_t *resultLength) {
-    SecretChain sequence;
-    KA_PASS(KAsn1_WriteSequence, parts.head(), sequence.slot());
-    const Bytes whole = bytesOf(*sequence.head());
-    *resultLength = static_cast<uint32_t>(whole.size());
-    if (result != nullptr)
-        memcpy(result, whole.data(), whole.size());
-    return KACERT_Ok;
-}
-
-// An INTEGER for each field, right-aligned. `missing`: answered where there are fewer.
+// An INTEGER for each field, right-aligned. `missing`: answered if there are fewer.
 Status readNumbers(Level integers, uint8_t *block, Fields fields, Status missing) {
     for (const uint32_t size : fields) {
         if (integers.empty())
             return missing;
         Element number;
-        KA_PASS(readValue, integers.take(), number);
+        KA_PASS(readValue(integers.take(), number));
         if (number.bytes.size() > size)
             return KACERT_InvalidLengthErr;
         if (number.present())
@@ -82,14 +74,14 @@ Status readKey(uint8_t *block, const uint8_t *der, int32_t length, Status (*read
 // RSAPublicKey ::= SEQUENCE { modulus, publicExponent }
 Status readPublic(const Element &key, uint8_t *block) {
     Level integers;
-    KA_PASS(readSequence, key, integers);
+    KA_PASS(readSequence(key, integers));
     return readNumbers(integers, block, PublicFields, KACERT_InvalidParamErr);
 }
 
 // RSAPrivateKey ::= SEQUENCE { version, modulus, publicExponent, privateExponent, prime1, prime2, ... }
 Status readPrivate(const Element &key, uint8_t *block) {
     Level integers;
-    KA_PASS(readSequence, key, integers);
+    KA_PASS(readSequence(key, integers));
     integers.take(); // the version
     return readNumbers(integers, block, PrivateFields, KACERT_InvalidPrivateKeyErr);
 }
@@ -104,18 +96,22 @@ int32_t KA_Encode_PublicKey(const uint8_t *numbers, uint8_t *result, uint32_t *r
     const bool hasExponent = !withoutZeros(block.subspan(PublicFields[0])).empty();
     if (hasModulus && !hasExponent)
         return KACERT_Ok;
-    SecretChain integers;
-    KA_PASS(writeNumbers, numbers, PublicFields, integers);
-    return giveSequence(integers, result, resultLength);
+    Writer key(KeyRoom, Wiped);
+    Construct sequence(key, TagSequence);
+    KA_PASS(writeNumbers(key, numbers, PublicFields));
+    sequence.close();
+    return handOut(key, result, resultLength);
 }
 
 int32_t KA_Encode_PrivateKey(const uint8_t *numbers, uint8_t *result, uint32_t *resultLength) {
     if (numbers == nullptr || resultLength == nullptr)
         return nullPointer();
-    SecretChain integers;
-    KA_PASS(KAsn1_WriteInteger, 0u, integers.slot());
-    KA_PASS(writeNumbers, numbers, PrivateFields, integers);
-    return giveSequence(integers, result, resultLength);
+    Writer key(KeyRoom, Wiped);
+    Construct sequence(key, TagSequence);
+    key.integer(0);
+    KA_PASS(writeNumbers(key, numbers, PrivateFields));
+    sequence.close();
+    return handOut(key, result, resultLength);
 }
 
 int32_t KA_Decode_PublicKey(uint8_t *numbers, const uint8_t *der, int32_t length) {
@@ -129,10 +125,11 @@ int32_t KA_Decode_PrivateKey(uint8_t *numbers, const uint8_t *der, int32_t lengt
 int32_t KI_PKCS1to8KEY(const uint8_t *key, uint32_t length, uint8_t *result, uint32_t *resultLength) {
     if (key == nullptr || result == nullptr || resultLength == nullptr)
         return nullPointer();
-    const Anybuf octets = borrow({key, length}, TagOctetString);
-    SecretChain fields;
-    KA_PASS(KAsn1_WriteInteger, 1u, fields.slot());
-    KA_PASS(writeOid, OidRsaEncryption, fields.slot());
-    KA_PASS(KAsn1_WriteOctetString, &octets, fields.slot());
-    return giveSequence(fields, result, resultLength);
+    Writer wrapped(KeyRoom, Wiped);
+    Construct sequence(wrapped, TagSequence);
+    wrapped.integer(1);
+    wrapped.objectId(OidRsaEncryption);
+    wrapped.octetString({key, length});
+    sequence.close();
+    return handOut(wrapped, result, resultLength);
 }

@@ -2,18 +2,9 @@
 
 namespace karil {
 
-uint8_t *placePart(Anybuf &record, Bytes value, uint8_t *at) {
-    if (!value.empty())
-        memmove(at, value.data(), value.size());
-    record.data = at;
-    record.length = static_cast<uint32_t>(value.size());
-    record.form = FormPart;
-    return at + value.size();
-}
-
 Status replace(Anybuf &record, Bytes value) {
     Anybuf fresh = {};
-    KA_STEP(KI_SetAttributeCharValue, &fresh, value.data(), static_cast<uint32_t>(value.size()));
+    KA_STEP(KI_SetAttributeCharValue(&fresh, value.data(), static_cast<uint32_t>(value.size())));
     fresh.tag = record.tag;
     KI_ClearAnybuf(&record);
     record = fresh;
@@ -28,12 +19,6 @@ void wipe(void *block, size_t size) {
 void clearSecret(Anybuf &record) {
     wipe(record.data, record.length);
     KI_ClearAnybuf(&record);
-}
-
-void freeSecret(Anybuf *first) {
-    for (const Anybuf *node = first; node != nullptr; node = node->next)
-        wipe(node->data, node->length);
-    KI_FreeAnybuf(first);
 }
 
 } // namespace karil
@@ -76,17 +61,14 @@ void KI_FreeAnybuf(Anybuf *first) {
 int32_t KI_CopyAnybuf(Anybuf *destination, const Anybuf *source) {
     if (destination == nullptr || source == nullptr || (source->data == nullptr && source->length > 0))
         return KA_FAIL(KACERT_InvalidParamErr, "------>KI_CopyAnybuf");
-    uint8_t *data = nullptr;
-    if (source->data != nullptr) {
-        data = static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, source->length));
-        if (data == nullptr)
-            return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-        memcpy(data, source->data, source->length);
-    }
+    Owned<uint8_t> data = KA_BLOCK(source->length);
+    if (data == nullptr)
+        return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
+    if (source->length > 0)
+        memcpy(data.get(), source->data, source->length);
     *destination = *source;
-    destination->data = data;
-    if (source->form == FormPart)
-        destination->form = 2;
+    destination->data = data.release();
+    destination->form = formOfCopy(source->form);
     return KACERT_Ok;
 }
 
@@ -96,7 +78,7 @@ int32_t KI_SetAttributeCharValue(Anybuf *record, const uint8_t *value, uint32_t 
     const uint32_t tag = record->tag;
     *record = Anybuf{};
     record->tag = tag;
-    record->data = static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, length));
+    record->data = KA_BLOCK(length).release();
     if (record->data == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
     if (length > 0)
@@ -108,7 +90,7 @@ int32_t KI_SetAttributeCharValue(Anybuf *record, const uint8_t *value, uint32_t 
 int32_t KI_CopyAlgorithm(AlgorithmRecord *destination, const AlgorithmRecord *source) {
     if (destination == nullptr || source == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>KI_CopyAlgorithm");
-    KA_STEP(KI_CopyAnybuf, &destination->oid, &source->oid);
+    KA_STEP(KI_CopyAnybuf(&destination->oid, &source->oid));
     destination->id = source->id;
     return KACERT_Ok;
 }

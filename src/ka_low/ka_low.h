@@ -4,6 +4,9 @@
 #include "karil/base.h"
 #include "karil/text.h"
 
+#include "part.h"
+#include "step.h"
+
 #include <memory>
 #include <span>
 #include <string.h>
@@ -11,7 +14,6 @@
 namespace karil {
 
 using Bytes = std::span<const uint8_t>;
-using Status = int32_t;
 
 template <auto F> struct By {
     void operator()(auto *block) const noexcept { F(block); }
@@ -19,30 +21,16 @@ template <auto F> struct By {
 using AnybufPtr = std::unique_ptr<Anybuf, By<KI_FreeAnybuf>>; // a node and its chain
 template <class T> using Owned = std::unique_ptr<T, By<KAPR_Free>>;
 
-inline void trace(const char *source, int line, const char *words) {
-    KAPR_DebugMessage("kacert.log", source, line, words);
+// A zeroed T with `room` octets after it, or null. The caller's Owned or a record of the library frees it.
+template <class T> [[nodiscard]] T *create(const char *source, int line, uint64_t room = 0) {
+    const uint64_t size = sizeof(T) + room;
+    return size > UINT32_MAX ? nullptr : static_cast<T *>(KAPR_Malloc(source, line, static_cast<uint32_t>(size)));
 }
 
-[[nodiscard]] inline Status failed(const char *source, int line, Status status, const char *words) {
-    trace(source, line, words);
-    return status;
-}
-
-// The frame of an exported call: its Begin line, and its End line where it succeeds.
-struct Frame {
-    const char *source;
-    int line;
-    const char *endWords;
-
-    Frame(const char *from, int at, const char *begin, const char *end) : source(from), line(at), endWords(end) {
-        trace(from, at, begin);
-    }
-    [[nodiscard]] Status end() const { return failed(source, line, KACERT_Ok, endWords); }
-};
-
-// A zeroed T, or null. The caller's Owned or a record of the library frees it.
-template <class T> [[nodiscard]] T *create(const char *source, int line) {
-    return static_cast<T *>(KAPR_Malloc(source, line, sizeof(T)));
+// A zeroed block of `size` octets, or null.
+[[nodiscard]] inline Owned<uint8_t> newBlock(const char *source, int line, uint64_t size) {
+    void *block = size > UINT32_MAX ? nullptr : KAPR_Malloc(source, line, static_cast<uint32_t>(size));
+    return Owned<uint8_t>(static_cast<uint8_t *>(block));
 }
 
 inline Bytes bytesOf(const Anybuf &record) {
@@ -55,31 +43,13 @@ inline bool equal(Bytes left, Bytes right) {
            (left.empty() || (left.back() == right.back() && memcmp(left.data(), right.data(), left.size()) == 0));
 }
 
-// `form` of a record whose data is part of a block that its owner keeps, so that it is not freed with the record.
-constexpr uint32_t FormPart = 0x80000002;
-
-// Where the data of a heap node stands that has it in its own block. No allocator gives an odd address, so that data
-// in a block of its own is never taken for it.
-inline uint8_t *inlineData(Anybuf &node) {
-    return reinterpret_cast<uint8_t *>(&node + 1) + 1;
-}
-
-// Copies octets to `at`, which is in a block that the record's owner keeps. Gives where they end.
-uint8_t *placePart(Anybuf &record, Bytes value, uint8_t *at);
-
-// All that frees the data of a record does it here.
-inline void freeData(Anybuf &record) {
-    if (record.data != nullptr && record.form != FormPart && record.data != inlineData(record))
-        KAPR_Free(record.data);
-}
-
 // Sets an embedded record to a copy of `value`, keeping its tag, and releases what stood there before.
 [[nodiscard]] Status replace(Anybuf &record, Bytes value);
 
 // Zeroes `size` octets in a way that the compiler keeps: for keys, passwords and what is derived from them.
 void wipe(void *block, size_t size);
 
-// Octets that are wiped where they go out of scope: digests, opened blocks, the numbers of keys.
+// Octets that are wiped at the end of their scope: digests, opened blocks, the numbers of keys.
 template <uint32_t Size> struct Secret {
     uint8_t octets[Size] = {};
 
@@ -88,9 +58,6 @@ template <uint32_t Size> struct Secret {
 
 // KI_ClearAnybuf for a record that holds a key: its bytes are wiped first.
 void clearSecret(Anybuf &record);
-
-// KI_FreeAnybuf for a chain that holds key octets: they are wiped first.
-void freeSecret(Anybuf *first);
 
 // Frees a record's data when it goes out of scope.
 struct Scratch {
@@ -102,13 +69,13 @@ struct Scratch {
     ~Scratch() { KI_ClearAnybuf(&record); }
 };
 
-// A chain that is being written. slot() is where the next writer puts its node, or chain of nodes.
-template <auto Free> class ChainOf {
+// A chain that is being built. slot() is where the next node goes, or the next chain of nodes.
+class Chain {
 public:
-    ChainOf() = default;
-    ChainOf(const ChainOf &) = delete;
-    ChainOf &operator=(const ChainOf &) = delete;
-    ~ChainOf() { Free(first); }
+    Chain() = default;
+    Chain(const Chain &) = delete;
+    Chain &operator=(const Chain &) = delete;
+    ~Chain() { KI_FreeAnybuf(first); }
 
     Anybuf **slot() {
         while (*tail != nullptr)
@@ -126,11 +93,10 @@ private:
     Anybuf *first = nullptr;
     Anybuf **tail = &first;
 };
-using Chain = ChainOf<KI_FreeAnybuf>;
-using SecretChain = ChainOf<freeSecret>; // of elements that hold key octets
 
 // Appends to a singly linked list whose link member is `Link`. `hint` is the last node, as far as its owner knows:
-// nodes that others hung behind it are passed, so that an append is O(1) and a stale hint does no harm.
+// nodes that the library added after it are skipped, so that an append is O(1). For lists that only the library
+// touches.
 template <auto Link, class Node> void append(Node *&first, Node *&hint, Node *node) {
     if (first == nullptr) {
         first = hint = node;
@@ -145,23 +111,6 @@ template <auto Link, class Node> void append(Node *&first, Node *&hint, Node *no
 
 } // namespace karil
 
-#define KA_FRAME(NAME)                                                                                                 \
-    const ::karil::Frame ka_frame(KA_SOURCE, __LINE__, "======>" NAME " Begin", "======>" NAME " End")
-#define KA_DONE() ka_frame.end()
-#define KA_FAIL(STATUS, WORDS) ::karil::failed(KA_SOURCE, __LINE__, STATUS, WORDS)
-#define KA_TRACE(WORDS) ::karil::trace(KA_SOURCE, __LINE__, WORDS)
 #define KA_CREATE(TYPE) ::karil::create<TYPE>(KA_SOURCE, __LINE__)
-
-// Runs FUNCTION(ARGS...). A status other than 0 is traced with WORDS, or as "------>FUNCTION", and returned.
-#define KA_STEP_AS(WORDS, FUNCTION, ...)                                                                               \
-    do {                                                                                                               \
-        if (const ::karil::Status ka_status = FUNCTION(__VA_ARGS__); ka_status != KACERT_Ok)                           \
-            return KA_FAIL(ka_status, WORDS);                                                                          \
-    } while (false)
-// The same for a function that traces its failures itself.
-#define KA_PASS(FUNCTION, ...)                                                                                         \
-    do {                                                                                                               \
-        if (const ::karil::Status ka_status = FUNCTION(__VA_ARGS__); ka_status != KACERT_Ok)                           \
-            return ka_status;                                                                                          \
-    } while (false)
-#define KA_STEP(FUNCTION, ...) KA_STEP_AS("------>" #FUNCTION, FUNCTION, __VA_ARGS__)
+#define KA_CREATE_WITH(ROOM, TYPE) ::karil::create<TYPE>(KA_SOURCE, __LINE__, ROOM)
+#define KA_BLOCK(SIZE) ::karil::newBlock(KA_SOURCE, __LINE__, SIZE)

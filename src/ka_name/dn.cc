@@ -36,8 +36,8 @@ void findLatest(const NameRecord &head, Latest &latest) {
 }
 
 Status addField(Line &line, const char *key, Bytes value) {
-    KA_PASS(line.add, key);
-    KA_PASS(line.add, value);
+    KA_PASS(line.add(key));
+    KA_PASS(line.add(value));
     return line.add(",");
 }
 
@@ -45,7 +45,7 @@ Status addField(Line &line, const char *key, Bytes value) {
 Status addUnits(Line &line, const char *key, const NameRecord &head) {
     for (const NameRecord *record = head.next; record != nullptr; record = record->next)
         if (record->id == KA_NAME_ORGANIZATIONALUNIT && record->value.data != nullptr && record->value.length > 0)
-            KA_PASS(addField, line, key, bytesOf(record->value));
+            KA_PASS(addField(line, key, bytesOf(record->value)));
     return KACERT_Ok;
 }
 
@@ -57,9 +57,9 @@ Status writeLine(const NameRecord &head, Line &line) {
         if (latest[i] == nullptr)
             continue;
         if (attributes[i].kind == KA_NAME_ORGANIZATIONALUNIT)
-            KA_PASS(addUnits, line, attributes[i].key, head);
+            KA_PASS(addUnits(line, attributes[i].key, head));
         else
-            KA_PASS(addField, line, attributes[i].key, bytesOf(latest[i]->value));
+            KA_PASS(addField(line, attributes[i].key, bytesOf(latest[i]->value)));
     }
     return KACERT_Ok;
 }
@@ -71,7 +71,7 @@ int32_t KI_GetDN(Anybuf *result, const NameRecord *head) {
     if (result == nullptr || head == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     Line line;
-    KA_PASS(writeLine, *head, line);
+    KA_PASS(writeLine(*head, line));
     if (line.length == 0)
         return KA_DONE();
     const uint32_t length = line.length - 1;

@@ -31,96 +31,87 @@ const Slot *slotOf(uint32_t form) {
     return nullptr;
 }
 
-Status writeKind(Anybuf &value, Tag tag, int32_t (*write)(const Anybuf *, Anybuf **), Anybuf **out) {
-    value.tag = tag;
-    return write(&value, out);
-}
-
-Status writeBmp(const Anybuf &value, Anybuf **out) {
-    Scratch bmp;
-    KA_STEP_AS("------>KI_Chinese2BmpString", convertText, KI_Chinese2BmpString, elementOf(value), TagBmpString,
-               bmp.record);
-    return KAsn1_WritePrintableString(&bmp.record, out);
-}
-
-Status writeUtf8(const Anybuf &value, Anybuf **out) {
-    if (value.length > INT32_MAX)
-        return KA_FAIL(KACERT_InvalidLengthErr, "------>KI_EnCodeUtf8");
-    KA_STEP(KI_EnCodeUtf8, value.data, static_cast<int32_t>(value.length), out);
+Status writeBmp(Writer &out, Bytes text) {
+    Converted bmp;
+    KA_STEP_AS("------>KI_Chinese2BmpString", bmp.from(KI_Chinese2BmpString, text));
+    out.element(TagBmpString, bmp.bytes());
     return KACERT_Ok;
 }
 
-Status writeOtherValue(GeneralNameRecord &names, bool plural, Anybuf **out) {
+// The kinds that are written as they are: the tag of the value's record says which one it became.
+Status writeOtherValue(Writer &out, GeneralNameRecord &names, bool plural) {
     Anybuf &value = names.otherNameValue;
-    switch (names.otherNameKind) {
+    const uint32_t kind = names.otherNameKind;
+    switch (kind) {
     case TagBitString:
-        return writeKind(value, TagBitString, KAsn1_WriteBitString, out);
+        value.tag = kind;
+        out.bitString(bytesOf(value), value.unusedBits);
+        return KACERT_Ok;
     case TagOctetString:
-        return writeKind(value, TagOctetString, KAsn1_WriteOctetString, out);
     case TagPrintableString:
-        return writeKind(value, TagPrintableString, KAsn1_WritePrintableString, out);
     case TagIa5String:
-        return writeKind(value, TagIa5String, KAsn1_WriteIa5String, out);
+        value.tag = kind;
+        out.element(static_cast<uint8_t>(kind), bytesOf(value));
+        return KACERT_Ok;
     case TagBmpString:
-        return writeBmp(value, out);
+        return writeBmp(out, bytesOf(value));
     default:
         break;
     }
-    if (names.otherNameKind != TagUtf8String || !plural)
-        return writeUtf8(value, out);
-    Chain utf8;
-    KA_PASS(writeUtf8, value, utf8.slot());
-    KA_STEP(KAsn1_WriteExplicit, utf8.head(), 0, out);
+    if (value.length > INT32_MAX)
+        return KA_FAIL(KACERT_InvalidLengthErr, "------>KI_EnCodeUtf8");
+    if (kind != TagUtf8String || !plural) {
+        KA_STEP_AS("------>KI_EnCodeUtf8", writeUtf8(out, bytesOf(value)));
+        return KACERT_Ok;
+    }
+    const Construct wrapper(out, 0xA0);
+    KA_STEP_AS("------>KI_EnCodeUtf8", writeUtf8(out, bytesOf(value)));
     return KACERT_Ok;
 }
 
 // The dotted text as an OBJECT IDENTIFIER, through a work area of 128 octets.
-Status writeOtherType(const Anybuf &text, Anybuf **out) {
+Status writeOtherType(Writer &out, const Anybuf &text) {
     if (text.length > INT32_MAX)
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KACert_GetOIDValue");
     const char *dotted = reinterpret_cast<const char *>(text.data);
     const auto length = static_cast<int32_t>(text.length);
     uint8_t octets[128];
     uint32_t size = 0;
-    KA_STEP(KACert_GetOIDValue, dotted, length, nullptr, &size);
+    KA_STEP(KACert_GetOIDValue(dotted, length, nullptr, &size));
     if (size > sizeof octets)
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KACert_GetOIDValue");
-    KA_STEP(KACert_GetOIDValue, dotted, length, octets, &size);
-    KA_STEP_AS("------>KAsn1_WriteObjectId", writeOid, Bytes(octets, size), out);
+    KA_STEP(KACert_GetOIDValue(dotted, length, octets, &size));
+    out.objectId({octets, size});
     return KACERT_Ok;
 }
 
 // OtherName ::= [0] IMPLICIT SEQUENCE { type-id OBJECT IDENTIFIER, value }
-Status writeOtherName(GeneralNameRecord &names, bool plural, Anybuf **out) {
+Status writeOtherName(Writer &out, GeneralNameRecord &names, bool plural) {
     if (names.otherNameType.data == nullptr || names.otherNameType.length == 0)
         return KA_FAIL(KACERT_InvalidParamErr, "------>没有设置CERT_SUBJECT_ALT_OTHERNAME_TYPEID属性值");
     if (names.otherNameValue.data == nullptr || names.otherNameValue.length == 0)
         return KA_FAIL(KACERT_InvalidParamErr, "------>没有设置CERT_SUBJECT_ALT_OTHERNAME_VALUE属性值");
-    Chain fields;
-    KA_PASS(writeOtherType, names.otherNameType, fields.slot());
-    KA_PASS(writeOtherValue, names, plural, fields.slot());
-    Chain sequence;
-    KA_STEP(KAsn1_WriteSequence, fields.head(), sequence.slot());
-    KA_STEP(KAsn1_WriteImplicit, sequence.head(), OtherName, out);
-    return KACERT_Ok;
+    const Construct sequence(out, 0xA0 | OtherName);
+    KA_PASS(writeOtherType(out, names.otherNameType));
+    return writeOtherValue(out, names, plural);
 }
 
 // directoryName [4] EXPLICIT Name
-Status writeDirectoryName(const NameRecord &head, Anybuf **out) {
-    Chain name;
-    KA_STEP(KI_EncodeIssuerSuject, &head, name.slot());
-    KA_STEP(KAsn1_WriteExplicit, name.head(), DirectoryName, out);
+Status writeDirectoryName(Writer &out, const NameRecord &head) {
+    const Construct wrapper(out, 0xA0 | DirectoryName);
+    KA_STEP_AS("------>KI_EncodeIssuerSuject", encodeName(out, head));
     return KACERT_Ok;
 }
 
-// The singular function writes an address as an IA5String, the plural one as an OCTET STRING: once retagged, the
-// octets are the same.
-Status writeForm(GeneralNameRecord &names, uint32_t form, bool plural, Anybuf **out) {
+// The singular function writes an address as an IA5String, the plural one as an OCTET STRING: under their context tag
+// the octets are the same.
+Status writeForm(Writer &out, GeneralNameRecord &names, uint32_t form, bool plural) {
     if (form == OtherName)
-        return writeOtherName(names, plural, out);
+        return writeOtherName(out, names, plural);
     if (form == DirectoryName)
-        return writeDirectoryName(names.directoryName, out);
-    return writeTaggedIa5(names.*slotOf(form)->field, form, out);
+        return writeDirectoryName(out, names.directoryName);
+    out.element(static_cast<uint8_t>(0x80 | form), bytesOf(names.*slotOf(form)->field));
+    return KACERT_Ok;
 }
 
 bool isCarried(uint32_t form) {
@@ -129,30 +120,32 @@ bool isCarried(uint32_t form) {
 
 Status readDirectoryName(const Element &element, NameRecord &head) {
     Element name;
-    KA_STEP_AS("------>KAsn1_ReadExplicit", readValue, element, name);
-    KA_STEP_AS("------>KI_DecodeIssuerSubject", decodeName, name, head);
+    KA_STEP_AS("------>KAsn1_ReadExplicit", readValue(element, name));
+    KA_STEP_AS("------>KI_DecodeIssuerSubject", decodeName(name, head));
     return KACERT_Ok;
 }
 
 Status readSlot(const Element &element, const Slot &slot, GeneralNameRecord &names) {
     Element value;
-    KA_STEP_AS(slot.decodeWords, readValue, element, value);
-    KA_STEP_AS(slot.copyWords, store, names.*slot.field, value);
+    KA_STEP_AS(slot.decodeWords, readValue(element, value));
+    KA_STEP_AS(slot.copyWords, store(names.*slot.field, value));
     return KACERT_Ok;
 }
 
 } // namespace
 
-Status writeTaggedIa5(const Anybuf &text, uint32_t number, Anybuf **out) {
-    Chain string;
-    KA_STEP(KAsn1_WriteIa5String, &text, string.slot());
-    KA_STEP(KAsn1_WriteImplicit, string.head(), number, out);
+// GeneralNames ::= SEQUENCE OF GeneralName
+Status encodeGeneralNames(Writer &out, GeneralNameRecord &names) {
+    const Construct list(out, TagSequence);
+    for (uint32_t form = 0; form < Forms; ++form)
+        if (names.present[form] != 0 && isCarried(form))
+            KA_PASS(writeForm(out, names, form, true));
     return KACERT_Ok;
 }
 
 Status decodeGeneralNames(const Element &source, GeneralNameRecord &names, uint8_t &found) {
     Level level;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, source, level);
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(source, level));
     uint8_t taken = 0;
     while (!level.empty()) {
         const Element element = level.take();
@@ -161,9 +154,9 @@ Status decodeGeneralNames(const Element &source, GeneralNameRecord &names, uint8
         if ((slot == nullptr && form != DirectoryName) || names.present[form] != 0)
             continue;
         if (slot != nullptr)
-            KA_PASS(readSlot, element, *slot, names);
+            KA_PASS(readSlot(element, *slot, names));
         else
-            KA_PASS(readDirectoryName, element, names.directoryName);
+            KA_PASS(readDirectoryName(element, names.directoryName));
         names.present[form] = 1;
         taken = 1;
     }
@@ -192,7 +185,9 @@ int32_t KI_EncodeGeneralName(GeneralNameRecord *names, Anybuf **out) {
         ++form;
     if (form == Forms)
         return KA_FAIL(KACERT_AttributeNotSupportErr, "------>KACERT_AttributeNotSupportErr");
-    KA_PASS(writeForm, *names, form, false, out);
+    Writer name;
+    KA_PASS(writeForm(name, *names, form, false));
+    KA_PASS(name.moveTo(out));
     return KA_DONE();
 }
 
@@ -200,11 +195,9 @@ int32_t KI_EncodeGeneralNameS(GeneralNameRecord *names, Anybuf **out) {
     KA_FRAME("KI_EncodeGeneralNameS");
     if (names == nullptr || out == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>pGenName is Null.");
-    Chain elements;
-    for (uint32_t form = 0; form < Forms; ++form)
-        if (names->present[form] != 0 && isCarried(form))
-            KA_PASS(writeForm, *names, form, true, elements.slot());
-    KA_STEP(KAsn1_WriteSequence, elements.head(), out);
+    Writer list;
+    KA_PASS(encodeGeneralNames(list, *names));
+    KA_STEP_AS("------>KAsn1_WriteSequence", list.moveTo(out));
     return KA_DONE();
 }
 
@@ -216,6 +209,6 @@ int32_t KI_DecodeGeneralNameS(const Anybuf *source, GeneralNameRecord *names, ui
     KA_FRAME("KI_DecodeGeneralNameS");
     if (source == nullptr || source->data == nullptr || names == nullptr || found == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>pGenName is Null.");
-    KA_PASS(decodeGeneralNames, elementOf(*source), *names, *found);
+    KA_PASS(decodeGeneralNames(elementOf(*source), *names, *found));
     return KA_DONE();
 }

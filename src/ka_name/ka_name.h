@@ -23,8 +23,9 @@ std::span<const NameAttribute, NameKinds> nameAttributes();
 const NameAttribute *attributeOfKind(uint32_t kind);
 const NameAttribute *attributeOfOid(Bytes oid);
 
-// Appends an attribute of the table with a copy of `value`, tag 19. `hint`: see append().
-[[nodiscard]] Status appendName(NameRecord &head, NameRecord *&hint, uint32_t kind, Bytes value);
+// Appends an attribute of the table with a copy of `value`, tag 19. The list is walked from its head: a caller may free
+// or fill a name by itself, so that no hint to its end would hold.
+[[nodiscard]] Status appendName(NameRecord &head, uint32_t kind, Bytes value);
 
 // The first attribute of the kind, or null.
 const NameRecord *findName(const NameRecord &head, uint32_t kind);
@@ -34,12 +35,29 @@ const NameRecord *findName(const NameRecord &head, uint32_t kind);
 // Frees what the slots hold, for a record that goes itself.
 void freeGeneralNames(GeneralNameRecord &names);
 
-// An IA5String, with its tag replaced by [number] IMPLICIT.
-[[nodiscard]] Status writeTaggedIa5(const Anybuf &text, uint32_t number, Anybuf **out);
+// The wire strings' tags are set in the records of `head`.
+[[nodiscard]] Status encodeName(Writer &out, const NameRecord &head);
+[[nodiscard]] Status encodeGeneralNames(Writer &out, GeneralNameRecord &names);
 
-// Runs one of the conversions of text.h. The result replaces what stood in `out`, with the tag given; it is the text
-// itself where that is kept and the conversion leaves it as it is.
+// What the conversions of text.h take and answer.
 using Conversion = int32_t (*)(const uint8_t *, int32_t, uint8_t *, uint32_t *);
-[[nodiscard]] Status convertText(Conversion convert, const Element &text, uint32_t tag, Anybuf &out);
+
+// A converted text.
+class Converted {
+public:
+    [[nodiscard]] Status from(Conversion convert, Bytes text);
+    Bytes bytes() const { return {octets, size}; }
+
+private:
+    uint8_t octets[2048];
+    uint32_t size = 0;
+};
+
+// UTF8String
+[[nodiscard]] Status writeUtf8(Writer &out, Bytes text);
+
+// Converts a text that was read. The result replaces what stood in `out`, with the tag given; it is the text itself if
+// that is kept and the conversion leaves it as it is.
+[[nodiscard]] Status storeConverted(Conversion convert, const Element &text, uint32_t tag, Anybuf &out);
 
 } // namespace karil

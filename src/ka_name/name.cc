@@ -20,72 +20,76 @@ bool isPrintable(Bytes text) {
     return true;
 }
 
-Status writeAttributeValue(NameRecord &record, Anybuf **out) {
+// A printable value, or any other as BMP text.
+Status writeText(Writer &out, NameRecord &record, bool isPrintableKind) {
+    if (isPrintableKind || isPrintable(bytesOf(record.value))) {
+        record.value.tag = TagPrintableString;
+        out.element(TagPrintableString, bytesOf(record.value));
+        return KACERT_Ok;
+    }
+    Converted bmp;
+    KA_STEP_AS("------>KI_Chinese2BmpString", bmp.from(KI_Chinese2BmpString, bytesOf(record.value)));
+    out.element(TagBmpString, bmp.bytes());
+    return KACERT_Ok;
+}
+
+Status writeAttributeValue(Writer &out, NameRecord &record) {
     if (record.value.data == nullptr && record.value.length > 0)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     const NameAttribute *attribute = attributeOfKind(record.id);
     const WireString wire = attribute != nullptr ? attribute->wire : WireString::ByContent;
-    if (wire == WireString::Ia5) {
-        record.value.tag = TagIa5String;
-        return KAsn1_WriteIa5String(&record.value, out);
-    }
-    if (wire == WireString::Printable || isPrintable(bytesOf(record.value))) {
-        record.value.tag = TagPrintableString;
-        return KAsn1_WritePrintableString(&record.value, out);
-    }
-    Scratch bmp;
-    KA_STEP_AS("------>KI_Chinese2BmpString", convertText, KI_Chinese2BmpString, elementOf(record.value), TagBmpString,
-               bmp.record);
-    return KAsn1_WritePrintableString(&bmp.record, out);
+    if (wire != WireString::Ia5)
+        return writeText(out, record, wire == WireString::Printable);
+    record.value.tag = TagIa5String;
+    out.element(TagIa5String, bytesOf(record.value));
+    return KACERT_Ok;
 }
 
 // RelativeDistinguishedName ::= SET { SEQUENCE { type OBJECT IDENTIFIER, value ANY } }
-Status writeRdn(NameRecord &record, Anybuf **out) {
-    const AlgorithmRecord type = {record.id, record.oid};
-    Chain fields;
-    if (KAsn1_WriteObjectId(&type, fields.slot()) != KACERT_Ok)
+Status writeRdn(Writer &out, NameRecord &record) {
+    const Construct set(out, TagSet);
+    const Construct attribute(out, TagSequence);
+    out.objectId(bytesOf(record.oid));
+    if (out.status() != KACERT_Ok)
         return KA_FAIL(KACERT_MemoryErr, "------>KAsn1_WriteObjectId");
-    KA_STEP_AS("------>KAsn1_WritePrintableString函数失败", writeAttributeValue, record, fields.slot());
-    Chain attribute;
-    KA_STEP(KAsn1_WriteSequence, fields.head(), attribute.slot());
-    KA_STEP(KAsn1_WriteSet, attribute.head(), out);
+    KA_STEP_AS("------>KAsn1_WritePrintableString函数失败", writeAttributeValue(out, record));
     return KACERT_Ok;
 }
 
 Status readAttributeValue(const Element &element, Anybuf &value) {
     uint32_t tag = 0;
-    KA_STEP(KAsn1_Low_ReadDNTag, element.bytes.data(), &tag);
+    KA_STEP(KAsn1_Low_ReadDNTag(element.bytes.data(), &tag));
     Element content;
     switch (tag) {
     case TagBmpString:
-        KA_STEP_AS("------>KAsn1_ReadPrintableString", readValue, element, content);
-        KA_STEP_AS("------>KI_BmpString2Chinese", convertText, KI_BmpString2Chinese, content, TagBmpString, value);
+        KA_STEP_AS("------>KAsn1_ReadPrintableString", readValue(element, content));
+        KA_STEP_AS("------>KI_BmpString2Chinese", storeConverted(KI_BmpString2Chinese, content, TagBmpString, value));
         return KACERT_Ok;
     case TagUtf8String:
-        KA_STEP_AS("------>KAsn1_ReadUTF8String", readValue, element, content);
-        KA_STEP_AS("------>KI_UTF8String2Chinese", convertText, KI_UTF8String2Chinese, content, TagBmpString, value);
+        KA_STEP_AS("------>KAsn1_ReadUTF8String", readValue(element, content));
+        KA_STEP_AS("------>KI_UTF8String2Chinese", storeConverted(KI_UTF8String2Chinese, content, TagBmpString, value));
         return KACERT_Ok;
     case TagIa5String:
-        KA_STEP_AS("------>KAsn1_ReadIa5String", readValue, element, content);
+        KA_STEP_AS("------>KAsn1_ReadIa5String", readValue(element, content));
         break;
     default:
-        KA_STEP_AS("------>KAsn1_ReadPrintableString", readValue, element, content);
+        KA_STEP_AS("------>KAsn1_ReadPrintableString", readValue(element, content));
         break;
     }
-    KA_STEP_AS("------>KI_CopyAnybuf", store, value, content);
+    KA_STEP_AS("------>KI_CopyAnybuf", store(value, content));
     return KACERT_Ok;
 }
 
 // `rdn`: SET { SEQUENCE { type, value } ... }, of which the first attribute is taken.
 Status readRdn(const Element &rdn, NameRecord &record) {
     Level attributes;
-    KA_STEP_AS("------>KAsn1_ReadSet", readSet, rdn, attributes);
+    KA_STEP_AS("------>KAsn1_ReadSet", readSet(rdn, attributes));
     if (attributes.empty())
         return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadSequence");
     Level fields;
     Element type;
-    KA_PASS(readTyped, attributes.take(), type, fields);
-    KA_STEP_AS("------>KI_CopyAnybuf", store, record.oid, type);
+    KA_PASS(readTyped(attributes.take(), type, fields));
+    KA_STEP_AS("------>KI_CopyAnybuf", store(record.oid, type));
     const NameAttribute *attribute = attributeOfOid(type.bytes);
     record.id = attribute != nullptr ? attribute->kind : 0;
     return readAttributeValue(fields.take(), record.value);
@@ -93,20 +97,18 @@ Status readRdn(const Element &rdn, NameRecord &record) {
 
 } // namespace
 
-Status appendName(NameRecord &head, NameRecord *&hint, uint32_t kind, Bytes value) {
+Status appendName(NameRecord &head, uint32_t kind, Bytes value) {
     const Bytes oid = attributeOfKind(kind)->oid;
-    const uint64_t size = uint64_t{sizeof(NameRecord)} + oid.size() + value.size();
-    if (size > UINT32_MAX)
-        return KA_FAIL(KACERT_InvalidLengthErr, "------>KAPR_Malloc");
-    auto *record = static_cast<NameRecord *>(KAPR_Malloc(KA_SOURCE, __LINE__, static_cast<uint32_t>(size)));
+    NameRecord *record = KA_CREATE_WITH(uint64_t{oid.size()} + value.size(), NameRecord);
     if (record == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
     record->id = kind;
-    auto *behind = reinterpret_cast<uint8_t *>(record + 1);
-    behind = placePart(record->oid, oid, behind);
-    placePart(record->value, value, behind);
+    auto *at = reinterpret_cast<uint8_t *>(record + 1);
+    at = placePart(record->oid, oid, at);
+    placePart(record->value, value, at);
     record->value.tag = TagPrintableString;
-    append<&NameRecord::next>(head.next, hint, record);
+    NameRecord *last = nullptr;
+    append<&NameRecord::next>(head.next, last, record);
     return KACERT_Ok;
 }
 
@@ -119,15 +121,23 @@ const NameRecord *findName(const NameRecord &head, uint32_t kind) {
 
 Status decodeName(const Element &source, NameRecord &head) {
     Level rdns;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence, source, rdns);
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(source, rdns));
     NameRecord *last = nullptr;
     while (!rdns.empty()) {
         NameRecord *record = KA_CREATE(NameRecord);
         if (record == nullptr)
             return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
         append<&NameRecord::next>(head.next, last, record);
-        KA_PASS(readRdn, rdns.take(), *record);
+        KA_PASS(readRdn(rdns.take(), *record));
     }
+    return KACERT_Ok;
+}
+
+// Name ::= SEQUENCE OF RelativeDistinguishedName
+Status encodeName(Writer &out, const NameRecord &head) {
+    const Construct name(out, TagSequence);
+    for (NameRecord *record = head.next; record != nullptr; record = record->next)
+        KA_PASS(writeRdn(out, *record));
     return KACERT_Ok;
 }
 
@@ -140,10 +150,9 @@ int32_t KI_EncodeIssuerSuject(const NameRecord *head, Anybuf **out) {
     if (head == nullptr || out == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     *out = nullptr;
-    Chain rdns;
-    for (NameRecord *record = head->next; record != nullptr; record = record->next)
-        KA_PASS(writeRdn, *record, rdns.slot());
-    KA_STEP(KAsn1_WriteSequence, rdns.head(), out);
+    Writer name;
+    KA_PASS(encodeName(name, *head));
+    KA_STEP_AS("------>KAsn1_WriteSequence", name.moveTo(out));
     return KA_DONE();
 }
 
@@ -151,7 +160,7 @@ int32_t KI_DecodeIssuerSubject(const Anybuf *source, NameRecord *head) {
     KA_FRAME("KI_DecodeIssuerSubject");
     if (source == nullptr || source->data == nullptr || head == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_PASS(decodeName, elementOf(*source), *head);
+    KA_PASS(decodeName(elementOf(*source), *head));
     return KA_DONE();
 }
 

@@ -111,7 +111,7 @@ Status parse(std::span<const Target> fields, const uint8_t *text, int32_t length
         return Refused;
     if (length < 1)
         return KACERT_Ok;
-    Area area; // a value may go where the text stands
+    Area area; // a value may go into the text's own place
     area.add({text, static_cast<size_t>(length)});
     findValues(area.text(), fields);
     return KACERT_Ok;
@@ -132,7 +132,7 @@ int32_t KA_GenerateDN(const uint8_t *c, int32_t cLength, const uint8_t *o, int32
         {KeyL, l, lLength},    {KeyPa, pa, paLength},
         {KeyPc, pc, pcLength}, {KeyPhone, phone, phoneLength},
     };
-    KA_STEP_AS("------>KA_GenerateDN", generate, fields, output, outputLength);
+    KA_STEP_AS("------>KA_GenerateDN", generate(fields, output, outputLength));
     return KA_DONE();
 }
 
@@ -156,7 +156,7 @@ int32_t KA_GenerateDN_ForMultOu(const uint8_t *e, int32_t eLength, const uint8_t
         {KeyPhone, phone, phoneLength},
         {KeyIdCard, idCard, idCardLength},
     };
-    KA_STEP_AS("------>KA_GenerateDN_ForMultOu", generate, fields, output, outputLength);
+    KA_STEP_AS("------>KA_GenerateDN_ForMultOu", generate(fields, output, outputLength));
     return KA_DONE();
 }
 
@@ -172,7 +172,7 @@ int32_t KA_ParseDN(uint8_t *c, int32_t *cLength, uint8_t *o, int32_t *oLength, u
         {KeyL, l, lLength},    {KeyPa, pa, paLength},
         {KeyPc, pc, pcLength}, {KeyPhone, phone, phoneLength},
     };
-    KA_STEP_AS("------>KA_ParseDN", parse, fields, text, textLength);
+    KA_STEP_AS("------>KA_ParseDN", parse(fields, text, textLength));
     return KA_DONE();
 }
 
@@ -195,6 +195,6 @@ int32_t KA_ParseDN_ForMultOu(uint8_t *c, int32_t *cLength, uint8_t *o, int32_t *
         {KeyPhone, phone, phoneLength},
         {KeyIdCard, idCard, idCardLength},
     };
-    KA_STEP_AS("------>KA_ParseDN_ForMultOu", parse, fields, text, textLength);
+    KA_STEP_AS("------>KA_ParseDN_ForMultOu", parse(fields, text, textLength));
     return KA_DONE();
 }

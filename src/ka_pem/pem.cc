@@ -4,12 +4,12 @@
 
 namespace karil {
 
-bool split(Bytes text, uint8_t octet, Bytes &front, Bytes &behind) {
+bool split(Bytes text, uint8_t octet, Bytes &front, Bytes &after) {
     const auto *at = text.empty() ? nullptr : static_cast<const uint8_t *>(memchr(text.data(), octet, text.size()));
     if (at == nullptr)
         return false;
     front = text.first(static_cast<size_t>(at - text.data()));
-    behind = text.subspan(front.size() + 1);
+    after = text.subspan(front.size() + 1);
     return true;
 }
 
@@ -21,13 +21,6 @@ namespace {
 
 constexpr size_t LineSize = 64;
 constexpr size_t DashesSize = 5;
-
-// A block of `size` octets, or null where there is none of that size.
-Owned<uint8_t> newArea(uint64_t size) {
-    if (size > UINT32_MAX)
-        return nullptr;
-    return Owned<uint8_t>(static_cast<uint8_t *>(KAPR_Malloc(KA_SOURCE, __LINE__, static_cast<uint32_t>(size))));
-}
 
 uint8_t *putLine(uint8_t *at, Bytes line) {
     memcpy(at, line.data(), line.size());
@@ -43,26 +36,26 @@ uint64_t lineSize(Bytes line) {
 // Passes over the next five octets that start with a hyphen.
 bool passDashes(Bytes &text) {
     Bytes front;
-    Bytes behind;
-    if (!split(text, '-', front, behind))
+    Bytes after;
+    if (!split(text, '-', front, after))
         return false;
-    text = behind.subspan(std::min(DashesSize - 1, behind.size()));
+    text = after.subspan(std::min(DashesSize - 1, after.size()));
     return true;
 }
 
 // What stands between header and footer, or all of a text without a hyphen.
 bool findBody(Bytes text, Bytes &body) {
-    Bytes behind = text;
+    Bytes after = text;
     body = text;
-    if (!passDashes(behind))
+    if (!passDashes(after))
         return true;
-    return passDashes(behind) && split(behind, '-', body, behind);
+    return passDashes(after) && split(after, '-', body, after);
 }
 
 // Copies the body without its line ends, as far as a zero octet.
 Bytes copyBody(Bytes body, uint8_t *area) {
-    Bytes behind;
-    split(body, 0, body, behind);
+    Bytes after;
+    split(body, 0, body, after);
     uint8_t *at = area;
     for (const uint8_t octet : body) {
         *at = octet;
@@ -88,7 +81,7 @@ int32_t DER2PEM_data_format(const uint8_t *der, uint32_t length, uint8_t *output
     const uint64_t size = encodedSize(length);
     if (lineSize(first) + size + (size + LineSize - 1) / LineSize * 2 + lineSize(last) > UINT32_MAX)
         return Refused;
-    const Owned<uint8_t> area = newArea(size + 1);
+    const Owned<uint8_t> area = KA_BLOCK(size + 1);
     if (area == nullptr || base64_encode(der, length, area.get()) != KACERT_Ok)
         return Refused;
     uint8_t *at = first.empty() ? output : putLine(output, first);
@@ -109,7 +102,7 @@ int32_t PEM2DER_data_format(const uint8_t *pem, uint32_t length, uint8_t *output
     Bytes body;
     if (pem == nullptr || output == nullptr || !findBody({pem, length}, body))
         return Refused;
-    const Owned<uint8_t> area = newArea(uint64_t{body.size()} + 1);
+    const Owned<uint8_t> area = KA_BLOCK(uint64_t{body.size()} + 1);
     if (area == nullptr)
         return Refused;
     return decodeBase64(copyBody(body, area.get()), output, outputLength);
