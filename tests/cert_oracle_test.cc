@@ -97,10 +97,13 @@ template <class T> std::string derOf(int (*write)(const T *, unsigned char **), 
     return octets;
 }
 
-time_t timeOf(const ASN1_TIME *time) {
-    tm fields = {};
-    ASN1_TIME_to_tm(time, &fields);
-    return timegm(&fields);
+// In 64 bits, whatever a time_t has.
+int64_t timeOf(const ASN1_TIME *time) {
+    const std::unique_ptr<ASN1_TIME, decltype(&ASN1_TIME_free)> epoch(ASN1_TIME_set(nullptr, 0), ASN1_TIME_free);
+    int days = 0;
+    int seconds = 0;
+    ASN1_TIME_diff(&days, &seconds, epoch.get(), time);
+    return days * int64_t{86400} + seconds;
 }
 
 TEST(CertOracle, SystemCertificatesDecodeAsLibcryptoReadsThem) {
