@@ -51,7 +51,6 @@ inline const Octets &issuerCertificate() {
         const CertPtr ctx = newCert();
         fillBase(*ctx);
         KI_FreeName(std::exchange(ctx->subject.next, nullptr));
-        ctx->subjectLast = nullptr;
         must(setChar(*ctx, CERT_SUBJECT_COMMONNAME, bytesOf("Root")) == KACERT_Ok, "a name can be set");
         must(setChar(*ctx, CERT_SUBJECTPUBLICKEYINFO, issuerPublicKey()) == KACERT_Ok, "a key can be set");
         must(KACert_SetCertAttributeInt(ctx.get(), CERT_VALIDTO, 2145916800) == KACERT_Ok, "as far as dates go");

@@ -19,7 +19,6 @@ void removeNames(const CertPtr &ctx) {
     KI_FreeName(ctx->issuer.next);
     KI_FreeName(ctx->subject.next);
     ctx->issuer.next = ctx->subject.next = nullptr;
-    ctx->issuerLast = ctx->subjectLast = nullptr;
 }
 
 TEST(CertEncode, MinimalCertificateOctetByOctet) {

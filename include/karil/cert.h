@@ -206,6 +206,18 @@ KARIL_API int32_t KACert_DecodeCert(CertDecodeCtx *ctx, const uint8_t *der, uint
 KARIL_API int32_t KI_Cert_DecodeTBS(CertDecodeCtx *ctx, const Anybuf *tbs);
 
 /*
+ * Decodes a SubjectPublicKeyInfo element (RFC 5280 4.1.2.7), as certificates and requests hold one. `algorithm`: its
+ * oid becomes the first element of the AlgorithmIdentifier as it stands, tag and length included; its id is not
+ * written. `key`: becomes the content of the BIT STRING. Both are embedded records, prepared with KI_InitAnybuf; what
+ * they held is released, what they receive is freed with KI_ClearAnybuf. Departure: parameters are not read, and the
+ * first element is not checked to be an OBJECT IDENTIFIER. Returns 0; KACERT_LengthNotEqualErr for a `source` whose
+ * header disagrees with its octets; KACERT_InvalidTagErr; KACERT_InvalidLengthErr; KACERT_MemoryErr;
+ * KACERT_InvalidParamErr for a null pointer, `source` without octets included, and for a missing algorithm or key.
+ * After a failure `algorithm` may be set, `key` is as it was.
+ */
+KARIL_API int32_t KI_DecodePubKey(const Anybuf *source, AlgorithmRecord *algorithm, Anybuf *key);
+
+/*
  * Stores CERT_VERSION (0 where there is none), CERT_VALIDFROM or CERT_VALIDTO in `*value`. The times are those of a
  * decoded UTCTime: a GeneralizedTime, and a context that was not decoded, answer 0.
  * Returns 0; KACERT_AttributeNotSupportErr for any other id; KACERT_InvalidParamErr.

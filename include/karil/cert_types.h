@@ -161,6 +161,9 @@ KARIL_SIZE_32(CertExtensions, 736);
  * A certificate, built or decoded. Made by KACert_CreateCertEncodeCtx or KACert_CreateCertDecodeCtx, and freed with
  * all it holds by the destroy function of either name. Every Anybuf is embedded; those that decoding fills hold parts
  * of the octets that the context keeps until it is destroyed.
+ * The lists of the extensions are the context's own: only the library appends to them and frees them. The names
+ * (issuer, subject, the directory names) may also be filled by KI_DecodeIssuerSubject, or freed by KI_FreeName with the
+ * head's next then set to null.
  */
 typedef struct CertEncodeCtx {
     uint8_t hasVersion;
@@ -186,11 +189,7 @@ typedef struct CertEncodeCtx {
     Anybuf subjectDer; /* subject as a ready Name element */
     Anybuf issuerDer;  /* issuer as a ready Name element */
 
-    /* The library's own. Where the lists above end, as far as it knows: */
-    NameRecord *issuerLast;
-    NameRecord *subjectLast;
-    NameRecord *subjectAltLast;
-    NameRecord *issuerAltLast;
+    /* The library's own. Where lists that it alone touches end, as far as it knows: */
     PolicyQualifierNode *cpsLast;
     DefinedUsageNode *definedOidsLast;
     DistributionPointNode *crlDistPointsLast;
@@ -198,7 +197,7 @@ typedef struct CertEncodeCtx {
     PrivateExtensionNode *privateExtensionsLast;
     struct KeptOctets *kept; /* what was decoded; records hold parts of it */
 } CertEncodeCtx;
-KARIL_SIZE_32(CertEncodeCtx, 1324);
+KARIL_SIZE_32(CertEncodeCtx, 1308);
 
 /* The same record under the name that decoding uses. */
 typedef CertEncodeCtx CertDecodeCtx;

@@ -102,7 +102,8 @@ KARIL_SIZE_32(CrlExtensions, 132);
 /*
  * A CRL, built or decoded. Made by KACert_CreateCrlEncodeCtx or KACert_CreateCrlDecodeCtx, and freed with all it holds
  * by the destroy function of either name. Every Anybuf is embedded and owns its data, but for serial numbers and
- * reasons, which may stand in their entry's own block.
+ * reasons, which may stand in their entry's own block. The list of entries is the context's own: only the library
+ * appends to it and frees it. The issuer may also be filled or freed as in CertEncodeCtx.
  */
 typedef struct CrlEncodeCtx {
     uint8_t hasVersion;
@@ -127,12 +128,11 @@ typedef struct CrlEncodeCtx {
     Anybuf issuerDer;  /* issuer as a ready Name element */
     Anybuf revokedDer; /* ready SEQUENCE OF entries */
 
-    /* The library's own. Where the lists above end, as far as it knows: */
-    NameRecord *issuerLast;
+    /* The library's own. Where lists that it alone touches end, as far as it knows: */
     RevokedEntry *revokedLast;
     struct KeptOctets *kept; /* what was decoded; records hold parts of it */
 } CrlEncodeCtx;
-KARIL_SIZE_32(CrlEncodeCtx, 516);
+KARIL_SIZE_32(CrlEncodeCtx, 512);
 
 /* The same record under the name that decoding uses. */
 typedef CrlEncodeCtx CrlDecodeCtx;

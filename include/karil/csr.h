@@ -50,7 +50,8 @@ KARIL_SIZE_32(CsrAttributeNode, 64);
 /*
  * A request, built or decoded. Made by KACert_CreateCsrEncodeCtx or KACert_CreateCsrDecodeCtx, and freed with all it
  * holds by the destroy function of either name. Every Anybuf is embedded; those that decoding fills hold parts of the
- * octets that the context keeps until it is destroyed.
+ * octets that the context keeps until it is destroyed. The list of attributes is the context's own: only the library
+ * appends to it and frees it. The subject may also be filled or freed as in CertEncodeCtx.
  */
 typedef struct CsrEncodeCtx {
     uint8_t hasAttributes;
@@ -66,12 +67,11 @@ typedef struct CsrEncodeCtx {
     Anybuf publicKey; /* content of the BIT STRING */
     CsrAttributeNode *attributes;
 
-    /* The library's own. Where the lists above end, as far as it knows: */
-    NameRecord *subjectLast;
+    /* The library's own. Where lists that it alone touches end, as far as it knows: */
     CsrAttributeNode *attributesLast;
     struct KeptOctets *kept; /* what was decoded; records hold parts of it */
 } CsrEncodeCtx;
-KARIL_SIZE_32(CsrEncodeCtx, 300);
+KARIL_SIZE_32(CsrEncodeCtx, 296);
 
 /* The same record under the name that decoding uses. */
 typedef CsrEncodeCtx CsrDecodeCtx;

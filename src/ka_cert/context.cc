@@ -2,12 +2,9 @@
 
 namespace karil {
 
-void clearNode(PolicyNode &node) {
-    freeData(node.oid);
-    freeList(node.cps);
-}
-
 namespace {
+
+using Ctx = CertEncodeCtx;
 
 void clearExtensions(CertExtensions &ext) {
     freeData(ext.authorityKeyId.keyId);
@@ -24,7 +21,7 @@ void clearExtensions(CertExtensions &ext) {
     freeList(ext.privateExtensions);
 }
 
-void clearContext(CertEncodeCtx &ctx) {
+void clearContext(Ctx &ctx) {
     for (Anybuf *field : {&ctx.encoded, &ctx.tbs, &ctx.outerSignatureAlgorithm.oid, &ctx.signature, &ctx.issuerText,
                           &ctx.subjectText, &ctx.serialNumber, &ctx.innerSignatureAlgorithm.oid,
                           &ctx.publicKeyAlgorithm.oid, &ctx.publicKey, &ctx.subjectDer, &ctx.issuerDer})
@@ -36,6 +33,31 @@ void clearContext(CertEncodeCtx &ctx) {
     freeKept(ctx.kept);
 }
 
+// The Int ids. A time is set in the slot of a GeneralizedTime, and asked for in that of a UTCTime.
+template <CertTime Ctx::*Time> Status setTime(Ctx &ctx, int32_t value) {
+    (ctx.*Time).generalizedValue = value;
+    (ctx.*Time).isUtc = 1;
+    return KACERT_Ok;
+}
+template <CertTime Ctx::*Time> void getTime(const Ctx &ctx, int32_t &value) {
+    value = (ctx.*Time).utcValue;
+}
+
+Status setVersion(Ctx &ctx, int32_t value) {
+    ctx.version = value;
+    ctx.hasVersion = 1;
+    return KACERT_Ok;
+}
+void getVersion(const Ctx &ctx, int32_t &value) {
+    value = ctx.hasVersion != 0 ? ctx.version : 0;
+}
+
+constexpr IntAttribute<Ctx> IntRows[] = {
+    KA_INT_ROW(CERT_VERSION, setVersion, getVersion),
+    KA_INT_ROW(CERT_VALIDFROM, setTime<&Ctx::notBefore>, getTime<&Ctx::notBefore>),
+    KA_INT_ROW(CERT_VALIDTO, setTime<&Ctx::notAfter>, getTime<&Ctx::notAfter>),
+};
+
 } // namespace
 
 } // namespace karil
@@ -43,93 +65,31 @@ void clearContext(CertEncodeCtx &ctx) {
 using namespace karil;
 
 int32_t KACert_CreateCertEncodeCtx(CertEncodeCtx **out) {
-    KA_FRAME("KACert_CreateCertEncodeCtx");
-    if (out == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    CertEncodeCtx *ctx = KA_CREATE(CertEncodeCtx);
-    if (ctx == nullptr)
-        return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-    ctx->outerSignatureAlgorithm.id = 1;
-    ctx->innerSignatureAlgorithm.id = 1;
-    ctx->publicKeyAlgorithm.id = 1;
-    *out = ctx;
-    return KA_DONE();
+    return KA_FRAMED("KACert_CreateCertEncodeCtx",
+                     createContext(out, {&CertEncodeCtx::outerSignatureAlgorithm,
+                                         &CertEncodeCtx::innerSignatureAlgorithm, &CertEncodeCtx::publicKeyAlgorithm}));
 }
 
 int32_t KACert_CreateCertDecodeCtx(CertDecodeCtx **out) {
-    KA_FRAME("KACert_CreateCertDecodeCtx");
-    KA_STEP(KACert_CreateCertEncodeCtx(out));
-    return KA_DONE();
+    return KA_TWIN("KACert_CreateCertDecodeCtx", KACert_CreateCertEncodeCtx(out));
 }
 
 int32_t KACert_DestroyCertEncodeCtx(CertEncodeCtx *ctx) {
-    KA_FRAME("KACert_DestroyCertEncodeCtx");
-    if (ctx != nullptr) {
-        clearContext(*ctx);
-        KAPR_Free(ctx);
-    }
-    return KA_DONE();
+    return KA_FRAMED("KACert_DestroyCertEncodeCtx", destroyContext(ctx, clearContext));
 }
 
 int32_t KACert_DestroyCertDecodeCtx(CertDecodeCtx *ctx) {
-    KA_FRAME("KACert_DestroyCertDecodeCtx");
-    KA_STEP(KACert_DestroyCertEncodeCtx(ctx));
-    return KA_DONE();
+    return KA_TWIN("KACert_DestroyCertDecodeCtx", KACert_DestroyCertEncodeCtx(ctx));
 }
 
 int32_t KACert_SetCertSignFunc(CertEncodeCtx *ctx, KACertSignFunc hook, const void *parameter, uint32_t length) {
-    KA_FRAME("KACert_SetCertSignFunc");
-    if (ctx == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_PASS(setHook(ctx->signFunc, ctx->signKey, hook, parameter, length));
-    return KA_DONE();
+    return KA_FRAMED("KACert_SetCertSignFunc", setSignHook(ctx, hook, parameter, length));
 }
 
 int32_t KACert_SetCertAttributeInt(CertEncodeCtx *ctx, int32_t id, int32_t value) {
-    KA_FRAME("KACert_SetCertAttributeInt");
-    if (ctx == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    switch (id) {
-    case CERT_VERSION:
-        KA_TRACE("======>Set CERT_VERSION");
-        ctx->version = value;
-        ctx->hasVersion = 1;
-        break;
-    case CERT_VALIDFROM:
-        KA_TRACE("======>Set CERT_VALIDFROM");
-        ctx->notBefore.generalizedValue = value;
-        ctx->notBefore.isUtc = 1;
-        break;
-    case CERT_VALIDTO:
-        KA_TRACE("======>Set CERT_VALIDTO");
-        ctx->notAfter.generalizedValue = value;
-        ctx->notAfter.isUtc = 1;
-        break;
-    default:
-        return KA_FAIL(KACERT_AttributeNotSupportErr, "------>Set KACERT_AttributeNotSupportErr");
-    }
-    return KA_DONE();
+    return KA_FRAMED("KACert_SetCertAttributeInt", setInt(IntRows, ctx, id, value));
 }
 
 int32_t KACert_GetCertAttributeInt(const CertDecodeCtx *ctx, int32_t id, int32_t *value) {
-    KA_FRAME("KACert_GetCertAttributeInt");
-    if (ctx == nullptr || value == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    switch (id) {
-    case CERT_VERSION:
-        KA_TRACE("======>Get CERT_VERSION");
-        *value = ctx->hasVersion != 0 ? ctx->version : 0;
-        break;
-    case CERT_VALIDFROM:
-        KA_TRACE("======>Get CERT_VALIDFROM");
-        *value = ctx->notBefore.utcValue;
-        break;
-    case CERT_VALIDTO:
-        KA_TRACE("======>Get CERT_VALIDTO");
-        *value = ctx->notAfter.utcValue;
-        break;
-    default:
-        return KA_FAIL(KACERT_AttributeNotSupportErr, "------>Get KACERT_AttributeNotSupportErr");
-    }
-    return KA_DONE();
+    return KA_FRAMED("KACert_GetCertAttributeInt", getInt(IntRows, ctx, id, value));
 }

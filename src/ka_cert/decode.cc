@@ -2,37 +2,10 @@
 
 namespace karil {
 
-// AlgorithmIdentifier ::= SEQUENCE { algorithm OBJECT IDENTIFIER, parameters ANY OPTIONAL }
-Status readAlgorithm(const Element &element, AlgorithmRecord &out) {
-    Level fields;
-    Element oid;
-    KA_PASS(readTyped(element, oid, fields));
-    KA_STEP_AS("------>KI_CopyAlgorithm", store(out.oid, oid));
-    out.id = 0;
-    return KACERT_Ok;
-}
-
-// SubjectPublicKeyInfo ::= SEQUENCE { algorithm AlgorithmIdentifier, subjectPublicKey BIT STRING }
-Status readPublicKey(const Element &element, AlgorithmRecord &algorithm, Anybuf &key) {
-    Level fields;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(element, fields));
-    if (fields.empty())
-        return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadSequence");
-    Level identifier;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(fields.take(), identifier));
-    if (identifier.empty() || fields.empty())
-        return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadBitString");
-    KA_STEP_AS("------>KI_CopyAnybuf", store(algorithm.oid, identifier.take()));
-    Element bits;
-    KA_STEP_AS("------>KAsn1_ReadBitString", readValue(fields.take(), bits));
-    KA_STEP_AS("------>KI_CopyAnybuf", store(key, bits));
-    return KACERT_Ok;
-}
-
 namespace {
 
 Status takeField(Level &fields, Element &out) {
-    return takeOr(fields, out, KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
+    return takeField(fields, out, KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
 }
 
 // Version and serial number. `first` is the version only where it is tagged [0].
@@ -63,11 +36,7 @@ Status readName(const Element &element, Anybuf &der, NameRecord &head) {
 Status readCertTime(Level &times, LocalClock &clock, CertTime &time) {
     if (times.empty())
         return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadUtcTime");
-    const Element element = times.take();
-    time.isUtc = readTime(element, TagGeneralizedTime, clock, time.generalizedValue) == KACERT_Ok ? 0 : 1;
-    if (time.isUtc != 0)
-        KA_STEP_AS("------>KAsn1_ReadUtcTime", readTime(element, TagUtcTime, clock, time.utcValue));
-    return KACERT_Ok;
+    return readEitherTime(times.take(), TagGeneralizedTime, clock, time);
 }
 
 // Validity ::= SEQUENCE { notBefore Time, notAfter Time }
@@ -111,25 +80,15 @@ Status decodeTbs(const Element &tbs, CertDecodeCtx &ctx) {
 // Certificate ::= SEQUENCE { tbsCertificate, signatureAlgorithm, signatureValue BIT STRING }, perhaps cut off behind
 // one of the first two
 Status decodeCertificate(Bytes der, CertDecodeCtx &ctx) {
-    Element whole;
-    KA_STEP_AS("------>KAsn1_GetCertLength",
-               next(der, whole, KACERT_LengthNotEqualErr, "------>KACERT_LengthNotEqualErr"));
-    KA_STEP_AS("------>KI_CopyAnybuf", keep(ctx.kept, whole, whole));
-    KA_STEP_AS("------>KI_CopyAnybuf", store(ctx.encoded, whole));
     Level parts;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(whole, parts));
+    KA_PASS(openObject(der, ctx.kept, ctx.encoded, parts));
     if (parts.empty())
         return KACERT_Ok;
     KA_STEP_AS("------>KI_Cert_DecodeTBS", decodeTbs(parts.take(), ctx));
     if (parts.empty())
         return KACERT_Ok;
     KA_STEP_AS("------>KI_Cert_DecodeTBS", readAlgorithm(parts.take(), ctx.outerSignatureAlgorithm));
-    if (parts.empty())
-        return KACERT_Ok;
-    Element signature;
-    KA_STEP_AS("------>KAsn1_ReadBitString", readValue(parts.take(), signature));
-    KA_STEP_AS("------>KI_CopyAnybuf", store(ctx.signature, signature));
-    return KACERT_Ok;
+    return parts.empty() ? KACERT_Ok : readBits(parts.take(), ctx.signature);
 }
 
 } // namespace
@@ -144,4 +103,12 @@ int32_t KI_Cert_DecodeTBS(CertDecodeCtx *ctx, const Anybuf *tbs) {
 
 int32_t KACert_DecodeCert(CertDecodeCtx *ctx, const uint8_t *der, uint32_t length) {
     return KA_FRAMED("KACert_DecodeCert", decodeWhole(ctx, der, length, decodeCertificate));
+}
+
+int32_t KI_DecodePubKey(const Anybuf *source, AlgorithmRecord *algorithm, Anybuf *key) {
+    KA_FRAME("KI_DecodePubKey");
+    KA_PASS(checkPart(source, algorithm));
+    KA_PASS(checkPointers({key}));
+    KA_PASS(readPublicKey(elementOf(*source), *algorithm, *key));
+    return KA_DONE();
 }

@@ -12,11 +12,12 @@ Status writeVersion(int32_t version, Anybuf **out) {
     return KACERT_Ok;
 }
 
-Status writeTime(const CertTime &time, Anybuf **out) {
-    if (time.isUtc != 0)
-        KA_STEP(KAsn1_WriteUtcTime(&time.generalizedValue, out));
-    else
-        KA_STEP(KAsn1_WriteGeneralizedTime(&time.generalizedValue, out));
+// Validity ::= SEQUENCE { notBefore Time, notAfter Time }
+Status writeValidity(const CertEncodeCtx &ctx, Anybuf **out) {
+    Chain times;
+    KA_PASS(writeTime(ctx.notBefore.isUtc != 0, ctx.notBefore.generalizedValue, times.slot()));
+    KA_PASS(writeTime(ctx.notAfter.isUtc != 0, ctx.notAfter.generalizedValue, times.slot()));
+    KA_STEP(KAsn1_WriteSequence(times.head(), out));
     return KACERT_Ok;
 }
 
@@ -36,39 +37,21 @@ Status writeTbs(CertEncodeCtx &ctx, Anybuf **out) {
     return KACERT_Ok;
 }
 
-Status sign(CertEncodeCtx &ctx, const Anybuf &tbs) {
-    if (ctx.signFunc == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>KACertSignFunc");
-    uint32_t length = 0;
-    KA_STEP_AS("------>KACertSignFunc", ctx.signFunc(tbs.data, tbs.length, nullptr, &length, nullptr));
-    uint8_t signature[512] = {};
-    length = sizeof signature;
-    KA_STEP_AS("------>KACertSignFunc", ctx.signFunc(tbs.data, tbs.length, signature, &length, ctx.signKey.data));
-    if (length > sizeof signature)
-        return KA_FAIL(KACERT_InvalidLengthErr, "------>KACertSignFunc");
-    KA_STEP(KACert_SetCertAttributeChar(&ctx, CERT_CA_SIGNATURE, signature, static_cast<int32_t>(length)));
-    return KACERT_Ok;
-}
-
 // Certificate ::= SEQUENCE { tbsCertificate, signatureAlgorithm, signatureValue BIT STRING }
 Status writeCertificate(CertEncodeCtx &ctx, Anybuf **out) {
     Chain fields;
     KA_PASS(writeTbs(ctx, fields.slot()));
-    KA_PASS(sign(ctx, *fields.head()));
+    HookOutput signature;
+    KA_PASS(callWithFixedArea(ctx.signFunc, ctx.signKey, *fields.head(), signature));
+    KA_STEP(KACert_SetCertAttributeChar(&ctx, CERT_CA_SIGNATURE, signature.octets.get(),
+                                        static_cast<int32_t>(signature.length)));
     return writeSigned(fields, ctx.outerSignatureAlgorithm, ctx.signature, out);
 }
 
 } // namespace
 
 int32_t KI_Cert_EncodeValidity(const CertEncodeCtx *ctx, Anybuf **out) {
-    KA_FRAME("KI_Cert_EncodeValidity");
-    if (ctx == nullptr || out == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    Chain times;
-    KA_PASS(writeTime(ctx->notBefore, times.slot()));
-    KA_PASS(writeTime(ctx->notAfter, times.slot()));
-    KA_STEP(KAsn1_WriteSequence(times.head(), out));
-    return KA_DONE();
+    return KA_FRAMED("KI_Cert_EncodeValidity", encodePart(ctx, out, writeValidity));
 }
 
 int32_t KACert_EncodeCert(CertEncodeCtx *ctx, uint8_t *result, uint32_t *resultLength) {

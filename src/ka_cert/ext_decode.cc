@@ -2,40 +2,18 @@
 
 namespace karil {
 
-// Extension ::= SEQUENCE { extnID OBJECT IDENTIFIER, critical BOOLEAN DEFAULT FALSE, extnValue OCTET STRING }
-Status openOid(const Element &extension, Bytes own, Opened &out) {
-    Element oid;
-    KA_PASS(readTyped(extension, oid, out.fields, KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr"));
-    if (out.fields.empty())
-        return KA_FAIL(KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
-    out.isOwn = equal(oid.bytes, own);
-    return KACERT_Ok;
-}
-
-Status openValue(Opened &opened, Flag flag, uint8_t &critical, Status missing) {
-    Element field = opened.fields.take();
-    if (flag == Flag::ByTag ? field.startsWith(TagBoolean) : !opened.fields.empty()) {
-        KA_STEP_AS("------>KAsn1_ReadBoolean", readBoolean(field, critical));
-        field = opened.fields.take();
-        if (!field.present())
-            return KA_FAIL(missing, "------>KACERT_CertNotEndErr");
-    }
-    KA_STEP_AS("------>KAsn1_ReadOctetString", readValue(field, opened.value));
-    return KACERT_Ok;
-}
-
 namespace {
 
-// The decoders are given an extension with their own object identifier, which was read, and with what stands behind.
-Status decodeBasicConstraints(Opened &opened, CertExtensions &block) {
+// The decoders are given the fields after their own object identifier.
+Status decodeBasicConstraints(ExtensionParts &parts, CertExtensions &block) {
     BasicConstraintsExtension &field = block.basicConstraints;
     block.hasBasicConstraints = 1;
-    KA_PASS(openValue(opened, Flag::ByTag, field.critical, KACERT_CertNotEndErr));
-    if (!opened.value.present())
+    KA_PASS(readExtensionValue(parts, CriticalFlag::ByTag, field.critical, KACERT_CertNotEndErr));
+    if (!parts.value.present())
         return KA_FAIL(KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
     // BasicConstraints ::= SEQUENCE { cA BOOLEAN DEFAULT FALSE, pathLenConstraint INTEGER OPTIONAL }
     Level constraints;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(opened.value, constraints));
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(parts.value, constraints));
     if (constraints.empty())
         return KACERT_Ok;
     KA_STEP_AS("------>KAsn1_ReadBoolean", readBoolean(constraints.take(), field.isCa));
@@ -49,17 +27,17 @@ Status decodeBasicConstraints(Opened &opened, CertExtensions &block) {
 }
 
 // AuthorityKeyIdentifier ::= SEQUENCE { keyIdentifier [0], authorityCertIssuer [1], authorityCertSerialNumber [2] }
-Status decodeAuthorityKeyId(Opened &opened, CertExtensions &block) {
+Status decodeAuthorityKeyId(ExtensionParts &parts, CertExtensions &block) {
     AuthorityKeyIdExtension &field = block.authorityKeyId;
     block.hasAuthorityKeyId = 1;
-    KA_PASS(openValue(opened, Flag::ByTag, field.critical, KACERT_CertNotEndErr));
-    if (!opened.value.present())
+    KA_PASS(readExtensionValue(parts, CriticalFlag::ByTag, field.critical, KACERT_CertNotEndErr));
+    if (!parts.value.present())
         return KA_FAIL(KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
-    Level parts;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(opened.value, parts));
-    while (!parts.empty()) {
+    Level identifier;
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(parts.value, identifier));
+    while (!identifier.empty()) {
         Implicit part;
-        KA_STEP_AS("------>KAsn1_ReadImplicit", readImplicit(parts.take(), part));
+        KA_STEP_AS("------>KAsn1_ReadImplicit", readImplicit(identifier.take(), part));
         if (part.number != 0)
             continue;
         if (part.constructed && part.level.empty())
@@ -70,24 +48,24 @@ Status decodeAuthorityKeyId(Opened &opened, CertExtensions &block) {
     return KACERT_Ok;
 }
 
-Status decodeSubjectKeyId(Opened &opened, CertExtensions &block) {
+Status decodeSubjectKeyId(ExtensionParts &parts, CertExtensions &block) {
     SubjectKeyIdExtension &field = block.subjectKeyId;
     block.hasSubjectKeyId = 1;
-    KA_PASS(openValue(opened, Flag::ByTag, field.critical, KACERT_InvalidParamErr));
+    KA_PASS(readExtensionValue(parts, CriticalFlag::ByTag, field.critical, KACERT_InvalidParamErr));
     Element keyId;
-    KA_STEP_AS("------>KAsn1_ReadOctetString", readValue(opened.value, keyId));
+    KA_STEP_AS("------>KAsn1_ReadOctetString", readValue(parts.value, keyId));
     KA_STEP_AS("------>KI_CopyAnybuf", store(field.keyId, keyId));
     return KACERT_Ok;
 }
 
-Status decodeKeyUsage(Opened &opened, CertExtensions &block) {
+Status decodeKeyUsage(ExtensionParts &parts, CertExtensions &block) {
     KeyUsageExtension &field = block.keyUsage;
     block.hasKeyUsage = 1;
-    KA_PASS(openValue(opened, Flag::ByTag, field.critical, KACERT_CertNotEndErr));
+    KA_PASS(readExtensionValue(parts, CriticalFlag::ByTag, field.critical, KACERT_CertNotEndErr));
     // The value comes out of an OCTET STRING, so its tag is not that of a BIT STRING: the reader keeps the
     // unused-bits octet as the first octet of the content.
     Element bits;
-    KA_STEP_AS("------>KAsn1_ReadBitString", readValue(opened.value, bits));
+    KA_STEP_AS("------>KAsn1_ReadBitString", readValue(parts.value, bits));
     KA_STEP_AS("------>KI_CopyAnybuf", store(field.bits, bits));
     return KACERT_Ok;
 }
@@ -107,13 +85,13 @@ void storeMask(Anybuf &field, uint32_t mask) {
         KA_TRACE("------>KI_SetAttributeCharValue");
 }
 
-Status decodeExtKeyUsage(Opened &opened, CertExtensions &block) {
+Status decodeExtKeyUsage(ExtensionParts &parts, CertExtensions &block) {
     ExtKeyUsageExtension &field = block.extKeyUsage;
     block.hasExtKeyUsage = 1;
-    KA_PASS(openValue(opened, Flag::ByTag, field.critical, KACERT_CertNotEndErr));
+    KA_PASS(readExtensionValue(parts, CriticalFlag::ByTag, field.critical, KACERT_CertNotEndErr));
     uint32_t mask = 0;
     Level usages;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(opened.value, usages));
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(parts.value, usages));
     while (!usages.empty()) {
         Element usage;
         KA_STEP_AS("------>KAsn1_ReadObjectId", readValue(usages.take(), usage));
@@ -144,17 +122,16 @@ Status readDistributionPoint(const Element &point, DistributionPointNode &node) 
     return KACERT_Ok;
 }
 
-Status decodeCrlDistPoints(Opened &opened, CertExtensions &block) {
+Status decodeCrlDistPoints(ExtensionParts &parts, CertExtensions &block) {
     CrlDistPointsExtension &field = block.crlDistPoints;
     block.hasCrlDistPoints = 1;
-    KA_PASS(openValue(opened, Flag::ByTag, field.critical, KACERT_CertNotEndErr));
+    KA_PASS(readExtensionValue(parts, CriticalFlag::ByTag, field.critical, KACERT_CertNotEndErr));
     Level points;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(opened.value, points));
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(parts.value, points));
     DistributionPointNode *last = nullptr;
     while (!points.empty()) {
-        NodePtr<DistributionPointNode> node(KA_CREATE(DistributionPointNode));
-        if (node == nullptr)
-            return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
+        NodePtr<DistributionPointNode> node;
+        KA_PASS(createNode(node));
         node->hasDistributionPoint = 1;
         KA_PASS(readDistributionPoint(points.take(), *node));
         if (field.first == nullptr)
@@ -164,20 +141,20 @@ Status decodeCrlDistPoints(Opened &opened, CertExtensions &block) {
     return KACERT_Ok;
 }
 
-Status decodeAltName(Opened &opened, uint8_t &flag, AltNameExtension &field) {
+Status decodeAltName(ExtensionParts &parts, uint8_t &flag, AltNameExtension &field) {
     flag = 1;
-    KA_PASS(openValue(opened, Flag::BySuccessor, field.critical, KACERT_CertNotEndErr));
-    if (decodeGeneralNames(opened.value, field.names, flag) != KACERT_Ok)
+    KA_PASS(readExtensionValue(parts, CriticalFlag::BySuccessor, field.critical, KACERT_CertNotEndErr));
+    if (decodeGeneralNames(parts.value, field.names, flag) != KACERT_Ok)
         KA_TRACE("------>KI_DecodeGeneralNameS");
     return KACERT_Ok;
 }
 
-Status decodeSubjectAltName(Opened &opened, CertExtensions &block) {
-    return decodeAltName(opened, block.hasSubjectAltName, block.subjectAltName);
+Status decodeSubjectAltName(ExtensionParts &parts, CertExtensions &block) {
+    return decodeAltName(parts, block.hasSubjectAltName, block.subjectAltName);
 }
 
-Status decodeIssuerAltName(Opened &opened, CertExtensions &block) {
-    return decodeAltName(opened, block.hasIssuerAltName, block.issuerAltName);
+Status decodeIssuerAltName(ExtensionParts &parts, CertExtensions &block) {
+    return decodeAltName(parts, block.hasIssuerAltName, block.issuerAltName);
 }
 
 Status readPrivate(const Element &extension, PrivateExtensionNode &node) {
@@ -199,16 +176,15 @@ Status readPrivate(const Element &extension, PrivateExtensionNode &node) {
 }
 
 Status decodePrivate(const Element &extension, CertExtensions &block, PrivateExtensionNode *&last) {
-    NodePtr<PrivateExtensionNode> node(KA_CREATE(PrivateExtensionNode));
-    if (node == nullptr)
-        return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
+    NodePtr<PrivateExtensionNode> node;
+    KA_PASS(createNode(node));
     KA_PASS(readPrivate(extension, *node));
     append<&PrivateExtensionNode::next>(block.privateExtensions, last, node.release());
     block.hasPrivate = 1;
     return KACERT_Ok;
 }
 
-using Decode = Status (*)(Opened &opened, CertExtensions &block);
+using Decode = Status (*)(ExtensionParts &parts, CertExtensions &block);
 
 struct KnownExtension {
     Bytes oid;
@@ -240,95 +216,121 @@ const KnownExtension *knownExtension(Bytes oid) {
     return nullptr;
 }
 
-Status decodeKnown(Decode decode, Opened &opened, CertExtensions &block) {
-    if (opened.fields.empty())
+Status decodeKnown(Decode decode, ExtensionParts &parts, CertExtensions &block) {
+    if (parts.fields.empty())
         return KA_FAIL(KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
-    return decode(opened, block);
+    return decode(parts, block);
 }
 
 Status decodeOne(const Element &extension, CertExtensions &block, PrivateExtensionNode *&last) {
-    Opened opened;
+    ExtensionParts parts;
     Element oid;
-    KA_PASS(readTyped(extension, oid, opened.fields));
+    KA_PASS(readTyped(extension, oid, parts.fields));
     const KnownExtension *known = knownExtension(oid.bytes);
     if (known == nullptr)
         KA_STEP_AS("------>KI_Cert_DecodeExtension_Private", decodePrivate(extension, block, last));
     else if (block.*known->flag == 0)
-        KA_STEP_AS(known->words, decodeKnown(known->decode, opened, block));
-    return KACERT_Ok;
-}
-
-// One extension by itself. Most leave another one alone.
-template <const auto &Oid, Decode Own> Status decodeSingle(const Element &extension, CertExtensions &block) {
-    Opened opened;
-    KA_PASS(openOid(extension, Oid, opened));
-    return opened.isOwn ? Own(opened, block) : KACERT_Ok;
-}
-
-Status decodeSingleBasicConstraints(const Element &extension, CertExtensions &block) {
-    Opened opened;
-    if (readSequence(extension, opened.fields) != KACERT_Ok)
-        return KA_FAIL(KACERT_MemoryErr, "------>KAsn1_ReadSequence");
-    KA_PASS(openOid(extension, OidBasicConstraints, opened));
-    return opened.isOwn ? decodeBasicConstraints(opened, block)
-                        : KA_FAIL(KACERT_InvalidParamErr, "------>KACERT_InvalidParamErr");
-}
-
-Status decodeSingleExtKeyUsage(const Element &extension, CertExtensions &block) {
-    Opened opened;
-    KA_PASS(openOid(extension, OidExtKeyUsage, opened));
-    if (opened.isOwn)
-        return decodeExtKeyUsage(opened, block);
-    storeMask(block.extKeyUsage.mask, 0);
+        KA_STEP_AS(known->words, decodeKnown(known->decode, parts, block));
     return KACERT_Ok;
 }
 
 } // namespace
 
 Status decodeExtensions(const Element &extensions, CertExtensions &block, PrivateExtensionNode *&last) {
-    Element content;
-    KA_STEP_AS("------>KAsn1_ReadExplicit", readValue(extensions, content));
-    if (!content.present())
-        return KACERT_Ok;
-    Level level;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(content, level));
-    while (!level.empty())
-        KA_PASS(decodeOne(level.take(), block, last));
+    Level list;
+    KA_PASS(openExtensions(extensions, list));
+    while (!list.empty())
+        KA_PASS(decodeOne(list.take(), block, last));
     return KACERT_Ok;
 }
+
+namespace {
+
+// A list without a hint to its end: a caller's block has none.
+Status decodeIntoBlock(const Element &extensions, CertExtensions &block) {
+    PrivateExtensionNode *last = nullptr;
+    return decodeExtensions(extensions, block, last);
+}
+
+Status decodeSinglePrivate(const Element &extension, CertExtensions &block) {
+    PrivateExtensionNode *last = nullptr;
+    return decodePrivate(extension, block, last);
+}
+
+// One extension by itself. Most leave another one alone.
+template <const auto &Oid, Decode Own> Status decodeSingle(const Element &extension, CertExtensions &block) {
+    ExtensionParts parts;
+    KA_PASS(readExtensionOid(extension, Oid, parts));
+    return parts.isOwn ? Own(parts, block) : KACERT_Ok;
+}
+
+Status decodeSingleBasicConstraints(const Element &extension, CertExtensions &block) {
+    ExtensionParts parts;
+    if (readSequence(extension, parts.fields) != KACERT_Ok)
+        return KA_FAIL(KACERT_MemoryErr, "------>KAsn1_ReadSequence");
+    KA_PASS(readExtensionOid(extension, OidBasicConstraints, parts));
+    return parts.isOwn ? decodeBasicConstraints(parts, block)
+                       : KA_FAIL(KACERT_InvalidParamErr, "------>KACERT_InvalidParamErr");
+}
+
+Status decodeSingleExtKeyUsage(const Element &extension, CertExtensions &block) {
+    ExtensionParts parts;
+    KA_PASS(readExtensionOid(extension, OidExtKeyUsage, parts));
+    if (parts.isOwn)
+        return decodeExtKeyUsage(parts, block);
+    storeMask(block.extKeyUsage.mask, 0);
+    return KACERT_Ok;
+}
+
+} // namespace
 
 } // namespace karil
 
 using namespace karil;
 
 int32_t KI_Cert_DecodeExtensions(const Anybuf *extensions, CertExtensions *block) {
-    KA_FRAME("KI_Cert_DecodeExtensions");
-    if (extensions == nullptr || extensions->data == nullptr || block == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    PrivateExtensionNode *last = nullptr;
-    KA_PASS(decodeExtensions(elementOf(*extensions), *block, last));
-    return KA_DONE();
+    return KA_FRAMED("KI_Cert_DecodeExtensions", decodePart(extensions, block, decodeIntoBlock));
 }
 
 int32_t KI_Cert_DecodeExtension_Private(const Anybuf *extension, CertExtensions *block) {
-    KA_FRAME("KI_Cert_DecodeExtension_Private");
-    if (extension == nullptr || extension->data == nullptr || block == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    PrivateExtensionNode *last = nullptr;
-    KA_PASS(decodePrivate(elementOf(*extension), *block, last));
-    return KA_DONE();
+    return KA_FRAMED("KI_Cert_DecodeExtension_Private", decodePart(extension, block, decodeSinglePrivate));
 }
 
-#define KA_EXTENSION(NAME, DECODE)                                                                                     \
-    int32_t NAME(const Anybuf *extension, CertExtensions *block) {                                                     \
-        return KA_FRAMED(#NAME, decodePart(extension, block, DECODE));                                                 \
-    }
+int32_t KI_Cert_DecodeExtension_BasicConstraint(const Anybuf *extension, CertExtensions *block) {
+    return KA_FRAMED("KI_Cert_DecodeExtension_BasicConstraint",
+                     decodePart(extension, block, decodeSingleBasicConstraints));
+}
 
-KA_EXTENSION(KI_Cert_DecodeExtension_BasicConstraint, decodeSingleBasicConstraints)
-KA_EXTENSION(KI_Cert_DecodeExtension_AuthorityKeyIdentifyer, (decodeSingle<OidAuthorityKeyId, decodeAuthorityKeyId>))
-KA_EXTENSION(KI_Cert_DecodeExtension_SubjectKeyIdentifier, (decodeSingle<OidSubjectKeyId, decodeSubjectKeyId>))
-KA_EXTENSION(KI_Cert_DecodeExtension_KeyUsage, (decodeSingle<OidKeyUsage, decodeKeyUsage>))
-KA_EXTENSION(KI_Cert_DecodeExtension_ExtKeyUsage, decodeSingleExtKeyUsage)
-KA_EXTENSION(KI_Cert_DecodeExtension_CrlDistributionPoint, (decodeSingle<OidCrlDistPoints, decodeCrlDistPoints>))
-KA_EXTENSION(KI_Cert_DecodeExtension_SubjectAltName, (decodeSingle<OidSubjectAltName, decodeSubjectAltName>))
-KA_EXTENSION(KI_Cert_DecodeExtension_IssuerAltName, (decodeSingle<OidIssuerAltName, decodeIssuerAltName>))
+int32_t KI_Cert_DecodeExtension_AuthorityKeyIdentifyer(const Anybuf *extension, CertExtensions *block) {
+    return KA_FRAMED("KI_Cert_DecodeExtension_AuthorityKeyIdentifyer",
+                     decodePart(extension, block, decodeSingle<OidAuthorityKeyId, decodeAuthorityKeyId>));
+}
+
+int32_t KI_Cert_DecodeExtension_SubjectKeyIdentifier(const Anybuf *extension, CertExtensions *block) {
+    return KA_FRAMED("KI_Cert_DecodeExtension_SubjectKeyIdentifier",
+                     decodePart(extension, block, decodeSingle<OidSubjectKeyId, decodeSubjectKeyId>));
+}
+
+int32_t KI_Cert_DecodeExtension_KeyUsage(const Anybuf *extension, CertExtensions *block) {
+    return KA_FRAMED("KI_Cert_DecodeExtension_KeyUsage",
+                     decodePart(extension, block, decodeSingle<OidKeyUsage, decodeKeyUsage>));
+}
+
+int32_t KI_Cert_DecodeExtension_ExtKeyUsage(const Anybuf *extension, CertExtensions *block) {
+    return KA_FRAMED("KI_Cert_DecodeExtension_ExtKeyUsage", decodePart(extension, block, decodeSingleExtKeyUsage));
+}
+
+int32_t KI_Cert_DecodeExtension_CrlDistributionPoint(const Anybuf *extension, CertExtensions *block) {
+    return KA_FRAMED("KI_Cert_DecodeExtension_CrlDistributionPoint",
+                     decodePart(extension, block, decodeSingle<OidCrlDistPoints, decodeCrlDistPoints>));
+}
+
+int32_t KI_Cert_DecodeExtension_SubjectAltName(const Anybuf *extension, CertExtensions *block) {
+    return KA_FRAMED("KI_Cert_DecodeExtension_SubjectAltName",
+                     decodePart(extension, block, decodeSingle<OidSubjectAltName, decodeSubjectAltName>));
+}
+
+int32_t KI_Cert_DecodeExtension_IssuerAltName(const Anybuf *extension, CertExtensions *block) {
+    return KA_FRAMED("KI_Cert_DecodeExtension_IssuerAltName",
+                     decodePart(extension, block, decodeSingle<OidIssuerAltName, decodeIssuerAltName>));
+}

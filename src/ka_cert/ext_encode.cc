@@ -4,39 +4,6 @@
 
 namespace karil {
 
-Status writeExtensionHead(Bytes oid, uint8_t critical, Chain &fields) {
-    KA_STEP_AS("------>KAsn1_WriteObjectId", writeOid(oid, fields.slot()));
-    if (critical != 0)
-        KA_STEP(KAsn1_WriteBoolean(&critical, fields.slot()));
-    return KACERT_Ok;
-}
-
-Status writeExtension(Bytes oid, uint8_t critical, const Anybuf &value, Anybuf **out) {
-    Chain fields;
-    KA_PASS(writeExtensionHead(oid, critical, fields));
-    KA_STEP(KAsn1_WriteOctetString(&value, fields.slot()));
-    KA_STEP(KAsn1_WriteSequence(fields.head(), out));
-    return KACERT_Ok;
-}
-
-Status writeAuthorityKeyId(const AuthorityKeyIdExtension &field, Anybuf **out) {
-    Chain string;
-    KA_STEP(KAsn1_WriteOctetString(&field.keyId, string.slot()));
-    Chain keyId;
-    KA_STEP(KAsn1_WriteImplicit(string.head(), 0, keyId.slot()));
-    KA_STEP(KAsn1_WriteSequence(keyId.head(), out));
-    return KACERT_Ok;
-}
-
-Status writeFullName(const Anybuf &uri, Anybuf **out) {
-    Chain name;
-    KA_PASS(writeTaggedIa5(uri, FormUri, name.slot()));
-    Chain fullName;
-    KA_STEP(KAsn1_WriteExplicit(name.head(), 0, fullName.slot()));
-    KA_STEP(KAsn1_WriteExplicit(fullName.head(), 0, out));
-    return KACERT_Ok;
-}
-
 namespace {
 
 // SEQUENCE { OID id-qt-cps, IA5String }, one for each CPS
@@ -57,7 +24,8 @@ Status writeQualifiers(const PolicyNode &policy, Anybuf **out) {
 }
 
 // CertificatePolicies ::= SEQUENCE { SEQUENCE { policyIdentifier, policyQualifiers } }
-Status writePolicies(const PolicyNode *policy, Anybuf **out) {
+Status writePolicies(const CertPolicyExtension &field, Anybuf **out) {
+    const PolicyNode *policy = field.policy;
     if (policy == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>NO CPS INFO");
     const AlgorithmRecord oid = {policy->id, policy->oid};
@@ -114,9 +82,9 @@ Status writeDistributionPoint(const DistributionPointNode &node, Anybuf **out) {
     return KACERT_Ok;
 }
 
-Status writeDistributionPoints(const DistributionPointNode *first, Anybuf **out) {
+Status writeDistributionPoints(const CrlDistPointsExtension &field, Anybuf **out) {
     Chain points;
-    for (const DistributionPointNode *node = first; node != nullptr; node = node->next)
+    for (const DistributionPointNode *node = field.first; node != nullptr; node = node->next)
         KA_PASS(writeDistributionPoint(*node, points.slot()));
     KA_STEP(KAsn1_WriteSequence(points.head(), out));
     return KACERT_Ok;
@@ -143,6 +111,21 @@ Status writeIssuerAltName(const AltNameExtension &field, Anybuf **out) {
     return KACERT_Ok;
 }
 
+Status writeSubjectKeyId(const SubjectKeyIdExtension &field, Anybuf **out) {
+    KA_STEP(KAsn1_WriteOctetString(&field.keyId, out));
+    return KACERT_Ok;
+}
+
+Status writeSubjectAltName(AltNameExtension &field, Anybuf **out) {
+    KA_STEP(KI_EncodeGeneralNameS(&field.names, out));
+    return KACERT_Ok;
+}
+
+Status writeKeyUsage(const KeyUsageExtension &field, Anybuf **out) {
+    KA_STEP(KAsn1_WriteBitString(&field.bits, out));
+    return KACERT_Ok;
+}
+
 // AccessDescription ::= SEQUENCE { accessMethod OBJECT IDENTIFIER, accessLocation [6] }
 Status writeAccess(const AccessNode &node, Anybuf **out) {
     Chain fields;
@@ -150,6 +133,24 @@ Status writeAccess(const AccessNode &node, Anybuf **out) {
                writeOid(node.method == MethodOcsp ? Bytes(OidOcsp) : Bytes(OidCaIssuers), fields.slot()));
     KA_PASS(writeTaggedIa5(node.location, FormUri, fields.slot()));
     KA_STEP(KAsn1_WriteSequence(fields.head(), out));
+    return KACERT_Ok;
+}
+
+Status writeAuthorityInfo(CertEncodeCtx &ctx, Anybuf **out) {
+    const AuthorityInfoExtension &field = ctx.extensions.authorityInfo;
+    Chain fields;
+    KA_PASS(writeExtensionHead(OidAuthorityInfo, field.critical, fields));
+    KA_STEP(KI_CERT_EncodeDiscriptList(field.first, fields.slot()));
+    KA_STEP(KAsn1_WriteSequence(fields.head(), out));
+    return KACERT_Ok;
+}
+
+Status writePrivate(CertEncodeCtx &ctx, Anybuf **out) {
+    Chain extensions;
+    for (const PrivateExtensionNode *node = ctx.extensions.privateExtensions; node != nullptr; node = node->next)
+        KA_PASS(writeExtension(bytesOf(node->oid), node->critical, node->value, extensions.slot()));
+    if (extensions.head() != nullptr)
+        extensions.moveTo(out);
     return KACERT_Ok;
 }
 
@@ -180,7 +181,11 @@ constexpr Position Order[] = {
     {&CertExtensions::hasPrivate, KI_Cert_EncodeExtension_Private, "------>KI_Cert_EncodeExtension_Private"},
 };
 
-Status writeAll(CertEncodeCtx &ctx, Chain &extensions) {
+// Extensions ::= [3] EXPLICIT SEQUENCE OF Extension, or nothing
+Status writeExtensions(CertEncodeCtx &ctx, Anybuf **out) {
+    if (ctx.hasExtensions == 0)
+        return KACERT_Ok;
+    Chain extensions;
     for (const Position &position : Order) {
         if (ctx.extensions.*position.flag == 0)
             continue;
@@ -189,7 +194,7 @@ Status writeAll(CertEncodeCtx &ctx, Chain &extensions) {
         else
             KA_PASS(position.encode(&ctx, extensions.slot()));
     }
-    return KACERT_Ok;
+    return writeExtensionList(extensions, 3, out);
 }
 
 } // namespace
@@ -199,73 +204,73 @@ Status writeAll(CertEncodeCtx &ctx, Chain &extensions) {
 using namespace karil;
 
 int32_t KI_Cert_EncodeExtensions(CertEncodeCtx *ctx, Anybuf **out) {
-    KA_FRAME("KI_Cert_EncodeExtensions");
-    if (ctx == nullptr || out == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    if (ctx->hasExtensions == 0)
-        return KA_DONE();
-    Chain extensions;
-    KA_PASS(writeAll(*ctx, extensions));
-    Chain sequence;
-    KA_STEP(KAsn1_WriteSequence(extensions.head(), sequence.slot()));
-    KA_STEP(KAsn1_WriteExplicit(sequence.head(), 3, out));
-    return KA_DONE();
+    return KA_FRAMED("KI_Cert_EncodeExtensions", encodePart(ctx, out, writeExtensions));
 }
 
-// An encoder whose value is one element, made by the expression that is given.
-#define KA_EXTENSION(NAME, OID, FIELD, WRITE)                                                                          \
-    int32_t NAME(CertEncodeCtx *ctx, Anybuf **out) {                                                                   \
-        KA_FRAME(#NAME);                                                                                               \
-        if (ctx == nullptr || out == nullptr)                                                                          \
-            return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");                                          \
-        auto &field = ctx->extensions.FIELD;                                                                           \
-        Chain value;                                                                                                   \
-        WRITE;                                                                                                         \
-        KA_PASS(writeExtension(OID, field.critical, *value.head(), out));                                              \
-        return KA_DONE();                                                                                              \
-    }
+int32_t KI_Cert_EncodeExtension_AuthorityKeyIdentifyer(CertEncodeCtx *ctx, Anybuf **out) {
+    return KA_FRAMED(
+        "KI_Cert_EncodeExtension_AuthorityKeyIdentifyer",
+        encodePart(ctx, out,
+                   writeFieldExtension<OidAuthorityKeyId, &CertExtensions::authorityKeyId, writeAuthorityKeyId>));
+}
 
-KA_EXTENSION(KI_Cert_EncodeExtension_AuthorityKeyIdentifyer, OidAuthorityKeyId, authorityKeyId,
-             KA_PASS(writeAuthorityKeyId(field, value.slot())))
-KA_EXTENSION(KI_Cert_EncodeExtension_SubjectKeyIdentifier, OidSubjectKeyId, subjectKeyId,
-             KA_STEP(KAsn1_WriteOctetString(&field.keyId, value.slot())))
-KA_EXTENSION(KI_Cert_EncodeExtension_CertificatePolicies, OidCertPolicies, certPolicy,
-             KA_PASS(writePolicies(field.policy, value.slot())))
-KA_EXTENSION(KI_Cert_EncodeExtension_IssuerAltName, OidIssuerAltName, issuerAltName,
-             KA_PASS(writeIssuerAltName(field, value.slot())))
-KA_EXTENSION(KI_Cert_EncodeExtension_SubjectAltName, OidSubjectAltName, subjectAltName,
-             KA_STEP(KI_EncodeGeneralNameS(&field.names, value.slot())))
-KA_EXTENSION(KI_Cert_EncodeExtension_BasicConstraint, OidBasicConstraints, basicConstraints,
-             KA_PASS(writeBasicConstraints(field, value.slot())))
-KA_EXTENSION(KI_Cert_EncodeExtension_KeyUsage, OidKeyUsage, keyUsage,
-             KA_STEP(KAsn1_WriteBitString(&field.bits, value.slot())))
-KA_EXTENSION(KI_Cert_EncodeExtension_ExtKeyUsage, OidExtKeyUsage, extKeyUsage,
-             KA_PASS(writeExtKeyUsage(field, value.slot())))
-KA_EXTENSION(KI_Cert_EncodeExtension_CrlDistributePoint, OidCrlDistPoints, crlDistPoints,
-             KA_PASS(writeDistributionPoints(field.first, value.slot())))
+int32_t KI_Cert_EncodeExtension_SubjectKeyIdentifier(CertEncodeCtx *ctx, Anybuf **out) {
+    return KA_FRAMED(
+        "KI_Cert_EncodeExtension_SubjectKeyIdentifier",
+        encodePart(ctx, out, writeFieldExtension<OidSubjectKeyId, &CertExtensions::subjectKeyId, writeSubjectKeyId>));
+}
+
+int32_t KI_Cert_EncodeExtension_CertificatePolicies(CertEncodeCtx *ctx, Anybuf **out) {
+    return KA_FRAMED(
+        "KI_Cert_EncodeExtension_CertificatePolicies",
+        encodePart(ctx, out, writeFieldExtension<OidCertPolicies, &CertExtensions::certPolicy, writePolicies>));
+}
+
+int32_t KI_Cert_EncodeExtension_IssuerAltName(CertEncodeCtx *ctx, Anybuf **out) {
+    return KA_FRAMED(
+        "KI_Cert_EncodeExtension_IssuerAltName",
+        encodePart(ctx, out,
+                   writeFieldExtension<OidIssuerAltName, &CertExtensions::issuerAltName, writeIssuerAltName>));
+}
+
+int32_t KI_Cert_EncodeExtension_SubjectAltName(CertEncodeCtx *ctx, Anybuf **out) {
+    return KA_FRAMED(
+        "KI_Cert_EncodeExtension_SubjectAltName",
+        encodePart(ctx, out,
+                   writeFieldExtension<OidSubjectAltName, &CertExtensions::subjectAltName, writeSubjectAltName>));
+}
+
+int32_t KI_Cert_EncodeExtension_BasicConstraint(CertEncodeCtx *ctx, Anybuf **out) {
+    return KA_FRAMED(
+        "KI_Cert_EncodeExtension_BasicConstraint",
+        encodePart(ctx, out,
+                   writeFieldExtension<OidBasicConstraints, &CertExtensions::basicConstraints, writeBasicConstraints>));
+}
+
+int32_t KI_Cert_EncodeExtension_KeyUsage(CertEncodeCtx *ctx, Anybuf **out) {
+    return KA_FRAMED("KI_Cert_EncodeExtension_KeyUsage",
+                     encodePart(ctx, out, writeFieldExtension<OidKeyUsage, &CertExtensions::keyUsage, writeKeyUsage>));
+}
+
+int32_t KI_Cert_EncodeExtension_ExtKeyUsage(CertEncodeCtx *ctx, Anybuf **out) {
+    return KA_FRAMED(
+        "KI_Cert_EncodeExtension_ExtKeyUsage",
+        encodePart(ctx, out, writeFieldExtension<OidExtKeyUsage, &CertExtensions::extKeyUsage, writeExtKeyUsage>));
+}
+
+int32_t KI_Cert_EncodeExtension_CrlDistributePoint(CertEncodeCtx *ctx, Anybuf **out) {
+    return KA_FRAMED(
+        "KI_Cert_EncodeExtension_CrlDistributePoint",
+        encodePart(ctx, out,
+                   writeFieldExtension<OidCrlDistPoints, &CertExtensions::crlDistPoints, writeDistributionPoints>));
+}
 
 int32_t KI_Cert_EncodeExtension_AIA(CertEncodeCtx *ctx, Anybuf **out) {
-    KA_FRAME("KI_Cert_EncodeExtension_AIA");
-    if (ctx == nullptr || out == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    const AuthorityInfoExtension &field = ctx->extensions.authorityInfo;
-    Chain fields;
-    KA_PASS(writeExtensionHead(OidAuthorityInfo, field.critical, fields));
-    KA_STEP(KI_CERT_EncodeDiscriptList(field.first, fields.slot()));
-    KA_STEP(KAsn1_WriteSequence(fields.head(), out));
-    return KA_DONE();
+    return KA_FRAMED("KI_Cert_EncodeExtension_AIA", encodePart(ctx, out, writeAuthorityInfo));
 }
 
 int32_t KI_Cert_EncodeExtension_Private(CertEncodeCtx *ctx, Anybuf **out) {
-    KA_FRAME("KI_Cert_EncodeExtension_Unknown");
-    if (ctx == nullptr || out == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    Chain extensions;
-    for (const PrivateExtensionNode *node = ctx->extensions.privateExtensions; node != nullptr; node = node->next)
-        KA_PASS(writeExtension(bytesOf(node->oid), node->critical, node->value, extensions.slot()));
-    if (extensions.head() != nullptr)
-        extensions.moveTo(out);
-    return KA_DONE();
+    return KA_FRAMED("KI_Cert_EncodeExtension_Unknown", encodePart(ctx, out, writePrivate));
 }
 
 int32_t KI_CERT_EncodeDiscriptList(const AccessNode *first, Anybuf **out) {

@@ -7,14 +7,9 @@ namespace {
 Status appendPrivate(CertEncodeCtx &ctx, Bytes oid, uint8_t critical, Bytes value) {
     CertExtensions &ext = ctx.extensions;
     ctx.hasExtensions = 1;
-    NodePtr<PrivateExtensionNode> node(KA_CREATE(PrivateExtensionNode));
-    if (node == nullptr)
-        return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-    node->id = 52;
+    NodePtr<PrivateExtensionNode> node;
+    KA_PASS(createPair(node, oid, value));
     node->critical = critical;
-    node->oid.tag = TagObjectId;
-    KA_STEP_AS("------>KAPR_Malloc", replace(node->oid, oid));
-    KA_STEP_AS("------>KAPR_Malloc", replace(node->value, value));
     append<&PrivateExtensionNode::next>(ext.privateExtensions, ctx.privateExtensionsLast, node.release());
     ext.hasPrivate = 1;
     return KACERT_Ok;
@@ -50,10 +45,7 @@ int32_t UnsignedChar2OCTET(const uint8_t *value, int32_t length, Anybuf **out) {
 int32_t KACert_SetCertAttributePrivate(CertEncodeCtx *ctx, const uint8_t *oid, int32_t oidLength, uint8_t critical,
                                        const uint8_t *value, int32_t valueLength) {
     KA_FRAME("KACert_SetCertAttributePrivate");
-    if (oidLength < 1 || valueLength < 1)
-        return KA_FAIL(KACERT_InvalidLengthErr, "------>KACERT_InvalidLengthErr");
-    if (ctx == nullptr || oid == nullptr || value == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    KA_PASS(checkPair(ctx, oid, oidLength, value, valueLength));
     KA_PASS(appendPrivate(*ctx, Bytes(oid, static_cast<size_t>(oidLength)), critical,
                           Bytes(value, static_cast<size_t>(valueLength))));
     return KA_DONE();
@@ -81,13 +73,11 @@ int32_t KACert_SetCertAttributePrivate_ForValue(CertEncodeCtx *ctx, const uint8_
 int32_t KACert_GetCertAttributePrivate(const CertDecodeCtx *ctx, uint32_t *index, uint8_t *oid, uint32_t *oidLength,
                                        uint32_t *critical, uint8_t *value, uint32_t *valueLength) {
     KA_FRAME("KACert_GetCertAttributePrivate");
-    if (ctx == nullptr || index == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    KA_PASS(checkPointers({ctx, index}));
     const PrivateExtensionNode *node = numbered(ctx->extensions.privateExtensions, *index);
     if (node == nullptr)
         return KA_DONE();
-    if (oidLength == nullptr || critical == nullptr || valueLength == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    KA_PASS(checkPointers({oidLength, critical, valueLength}));
     handOut(node->oid, oid, oidLength);
     handOut(node->value, value, valueLength);
     *critical = node->critical;

@@ -1,12 +1,22 @@
 // A certificate context that starts from its issuer's certificate.
 #include "ka_cert.h"
 
-namespace karil {
+using namespace karil;
 
-Status readSeed(Bytes der, CertPtr &cert, SeedName &name) {
+namespace {
+
+using CertPtr = std::unique_ptr<CertDecodeCtx, By<KACert_DestroyCertDecodeCtx>>;
+
+// The subject of an issuer's certificate, which becomes the issuer of what is seeded with it.
+struct SeedName {
+    uint8_t octets[2048];
+    uint32_t length = 0;
+};
+
+Status readSeed(Bytes der, SeedName &name) {
     CertDecodeCtx *raw = nullptr;
     KA_STEP(KACert_CreateCertDecodeCtx(&raw));
-    cert.reset(raw);
+    const CertPtr cert(raw);
     KA_STEP(KACert_DecodeCert(raw, der.data(), static_cast<uint32_t>(der.size())));
     KA_STEP(KACert_GetCertAttributeChar(raw, CERT_SUBJECT_DERDN, nullptr, &name.length));
     if (name.length > sizeof name.octets)
@@ -15,9 +25,7 @@ Status readSeed(Bytes der, CertPtr &cert, SeedName &name) {
     return KACERT_Ok;
 }
 
-} // namespace karil
-
-using namespace karil;
+} // namespace
 
 int32_t KACert_CreateCertEncodeCtx_Ex(CertEncodeCtx **out, const uint8_t *der, int32_t length) {
     KA_FRAME("KACert_CreateCertEncodeCtx_Ex");
@@ -25,10 +33,8 @@ int32_t KACert_CreateCertEncodeCtx_Ex(CertEncodeCtx **out, const uint8_t *der, i
         return KA_FAIL(KACERT_InvalidParamErr, "------>pDerIssuCert is NULL");
     if (length <= 0)
         return KA_FAIL(KACERT_InvalidParamErr, "------>pDerIssuCertLen<=0");
-    CertPtr cert;
     SeedName name;
-    KA_PASS(readSeed(Bytes(der, static_cast<size_t>(length)), cert, name));
-    cert.reset();
+    KA_PASS(readSeed(Bytes(der, static_cast<size_t>(length)), name));
     CertEncodeCtx *raw = nullptr;
     KA_STEP(KACert_CreateCertEncodeCtx(&raw));
     CertPtr ctx(raw);

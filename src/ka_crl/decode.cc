@@ -7,27 +7,11 @@ namespace {
 constexpr char NotEnd[] = "------>KACERT_CrlNotEndErr";
 
 Status takeField(Level &fields, Element &out) {
-    return takeOr(fields, out, KACERT_CrlNotEndErr, NotEnd);
+    return takeField(fields, out, KACERT_CrlNotEndErr, NotEnd);
 }
-
-Status readCrlTime(const Element &element, LocalClock &clock, CertTime &time) {
-    time.isUtc = readTime(element, TagUtcTime, clock, time.utcValue) == KACERT_Ok ? 1 : 0;
-    if (time.isUtc == 0)
-        KA_STEP_AS("------>KAsn1_ReadGeneralizedTime",
-                   readTime(element, TagGeneralizedTime, clock, time.generalizedValue));
-    return KACERT_Ok;
-}
-
-// What a node of the entry list takes from the wire.
-struct Entry {
-    Element serialNumber;
-    int32_t date = 0;
-    bool hasReason = false;
-    Element reason;
-};
 
 // crlEntryExtensions ::= SEQUENCE OF Extension, of which the reason is taken
-Status readEntryExtensions(const Element &element, Entry &out) {
+Status readEntryExtensions(const Element &element, RevokedEntry &entry) {
     Level extensions;
     KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(element, extensions));
     while (!extensions.empty()) {
@@ -36,7 +20,8 @@ Status readEntryExtensions(const Element &element, Entry &out) {
         KA_PASS(readTyped(extensions.take(), oid, fields));
         if (!equal(oid.bytes, OidReason))
             continue;
-        out.hasReason = true;
+        entry.hasReason = 1;
+        entry.hasEntryExtensions = 1;
         Element field = fields.take();
         if (field.tag == TagBoolean)
             field = fields.take();
@@ -44,39 +29,36 @@ Status readEntryExtensions(const Element &element, Entry &out) {
             return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadOctetString");
         Element value;
         KA_STEP_AS("------>KAsn1_ReadOctetString", readValue(field, value));
-        KA_STEP_AS("------>KAsn1_ReadEnumerated", readValue(value, out.reason));
+        Element reason;
+        KA_STEP_AS("------>KAsn1_ReadEnumerated", readValue(value, reason));
+        KA_STEP_AS("------>KI_CopyAnybuf", store(entry.reason, reason));
     }
     return KACERT_Ok;
 }
 
 // SEQUENCE { userCertificate INTEGER, revocationDate UTCTime, crlEntryExtensions OPTIONAL }
-Status readEntry(const Element &element, LocalClock &clock, Entry &out) {
+Status readEntry(const Element &element, LocalClock &clock, RevokedEntry &entry) {
     Level fields;
     KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(element, fields));
     if (fields.empty())
         return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadIntegerArray");
-    KA_STEP_AS("------>KAsn1_ReadIntegerArray", readValue(fields.take(), out.serialNumber));
+    Element serialNumber;
+    KA_STEP_AS("------>KAsn1_ReadIntegerArray", readValue(fields.take(), serialNumber));
+    KA_STEP_AS("------>KI_CopyAnybuf", store(entry.serialNumber, serialNumber));
     if (fields.empty())
         return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadUtcTime");
-    KA_STEP_AS("------>KAsn1_ReadUtcTime", readTime(fields.take(), TagUtcTime, clock, out.date));
-    if (!fields.empty())
-        KA_PASS(readEntryExtensions(fields.take(), out));
-    return KACERT_Ok;
+    KA_STEP_AS("------>KAsn1_ReadUtcTime", readTime(fields.take(), TagUtcTime, clock, entry.revocationDate.utcValue));
+    return fields.empty() ? KACERT_Ok : readEntryExtensions(fields.take(), entry);
 }
 
-Status appendEntry(const Entry &entry, CrlDecodeCtx &ctx) {
-    EntryPtr node(KA_CREATE(RevokedEntry));
-    if (node == nullptr)
-        return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-    KA_STEP_AS("------>KI_CopyAnybuf", store(node->serialNumber, entry.serialNumber));
-    if (entry.hasReason)
-        KA_STEP_AS("------>KI_CopyAnybuf", store(node->reason, entry.reason));
-    node->revocationDate.utcValue = entry.date;
-    node->hasEntryExtensions = node->hasReason = entry.hasReason ? 1 : 0;
+RevokedEntry *appendEntry(CrlDecodeCtx &ctx) {
+    RevokedEntry *entry = KA_CREATE(RevokedEntry);
+    if (entry == nullptr)
+        return nullptr;
     if (ctx.firstRevoked == nullptr)
-        ctx.currentRevoked = node.get();
-    append<&RevokedEntry::next>(ctx.firstRevoked, ctx.revokedLast, node.release());
-    return KACERT_Ok;
+        ctx.currentRevoked = entry;
+    append<&RevokedEntry::next>(ctx.firstRevoked, ctx.revokedLast, entry);
+    return entry;
 }
 
 // Some three years: revocation dates of a list lie in about that time.
@@ -89,9 +71,11 @@ Status decodeEntries(const Element &list, CrlDecodeCtx &ctx) {
     DayOffset days[KeptDays] = {};
     LocalClock clock = {false, days};
     while (!entries.empty()) {
-        Entry entry;
-        KA_PASS(readEntry(entries.take(), clock, entry));
-        KA_PASS(appendEntry(entry, ctx));
+        // What is read of an entry stays, also if the rest of it cannot be read.
+        RevokedEntry *entry = appendEntry(ctx);
+        if (entry == nullptr)
+            return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
+        KA_PASS(readEntry(entries.take(), clock, *entry));
     }
     return KACERT_Ok;
 }
@@ -110,14 +94,14 @@ constexpr KnownExtension Delta = {OidDeltaCrl, &CrlExtensions::hasDeltaCrl, &Crl
 
 Status decodeNumber(const Element &extension, const KnownExtension &known, CrlExtensions &block) {
     CrlNumberExtension &field = block.*known.field;
-    Opened opened;
-    KA_PASS(openOid(extension, known.oid, opened));
-    if (!opened.isOwn)
+    ExtensionParts parts;
+    KA_PASS(readExtensionOid(extension, known.oid, parts));
+    if (!parts.isOwn)
         return KACERT_Ok;
     block.*known.flag = 1;
-    KA_PASS(openValue(opened, Flag::ByTag, field.critical, KACERT_CertNotEndErr));
+    KA_PASS(readExtensionValue(parts, CriticalFlag::ByTag, field.critical, KACERT_CertNotEndErr));
     Element number;
-    KA_STEP_AS("------>KAsn1_ReadIntegerArray", readValue(opened.value, number));
+    KA_STEP_AS("------>KAsn1_ReadIntegerArray", readValue(parts.value, number));
     KA_STEP_AS("------>KI_CopyAnybuf", store(field.value, number));
     return KACERT_Ok;
 }
@@ -142,12 +126,8 @@ Status decodeExtension(const Element &extension, CrlExtensions &block) {
 
 // crlExtensions ::= [0] EXPLICIT SEQUENCE OF Extension, with whatever tag
 Status decodeCrlExtensions(const Element &element, CrlExtensions &block) {
-    Element content;
-    KA_STEP_AS("------>KAsn1_ReadExplicit", readValue(element, content));
-    if (!content.present())
-        return KACERT_Ok;
     Level extensions;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(content, extensions));
+    KA_PASS(openExtensions(element, extensions));
     while (!extensions.empty())
         KA_PASS(decodeExtension(extensions.take(), block));
     return KACERT_Ok;
@@ -157,11 +137,11 @@ Status decodeDates(Level &fields, CrlDecodeCtx &ctx, Element &behind) {
     LocalClock clock;
     Element field;
     KA_PASS(takeField(fields, field));
-    KA_PASS(readCrlTime(field, clock, ctx.thisUpdate));
+    KA_PASS(readEitherTime(field, TagUtcTime, clock, ctx.thisUpdate));
     KA_PASS(takeField(fields, behind));
     if (behind.bytes.size() < 3 || (!behind.startsWith(TagUtcTime) && !behind.startsWith(TagGeneralizedTime)))
         return KACERT_Ok;
-    KA_PASS(readCrlTime(behind, clock, ctx.nextUpdate));
+    KA_PASS(readEitherTime(behind, TagUtcTime, clock, ctx.nextUpdate));
     ctx.hasNextUpdate = 1;
     return takeField(fields, behind);
 }
@@ -197,8 +177,15 @@ Status decodeTbs(const Element &tbs, CrlDecodeCtx &ctx) {
 
 // CertificateList ::= SEQUENCE { tbsCertList, signatureAlgorithm, signatureValue BIT STRING }
 Status decodeCrl(Bytes der, CrlDecodeCtx &ctx) {
-    constexpr SignedFrame Frame = {KACERT_CrlNotEndErr, NotEnd, "------>KI_CRL_DecodeTBS", KACERT_CrlNotEndErr};
-    return decodeSigned(der, ctx, Frame, decodeTbs);
+    Level parts;
+    KA_PASS(openObject(der, ctx.kept, ctx.encoded, parts, KACERT_CrlNotEndErr));
+    Element part;
+    KA_PASS(takeField(parts, part));
+    KA_STEP_AS("------>KI_CRL_DecodeTBS", decodeTbs(part, ctx));
+    KA_PASS(takeField(parts, part));
+    KA_PASS(readAlgorithm(part, ctx.outerSignatureAlgorithm));
+    KA_PASS(takeField(parts, part));
+    return readBits(part, ctx.signature);
 }
 
 } // namespace

@@ -31,12 +31,6 @@ EntryPtr newEntry(Bytes serialNumber) {
     return entry;
 }
 
-void freeEntry(RevokedEntry *entry) {
-    freeData(entry->serialNumber);
-    freeData(entry->reason);
-    KAPR_Free(entry);
-}
-
 Status setReason(RevokedEntry &entry, Bytes value) {
     const uint32_t serialSize = entry.serialNumber.length;
     Anybuf reason = {};
@@ -79,8 +73,8 @@ struct Date {
 Date dateOf(const RevokedEntry &entry) {
     const CertTime &date = entry.revocationDate;
     if (date.isUtc != 0)
-        return {TagUtcTime, date.utcValue, "------>KAsn1_WriteUtcTime"};
-    return {TagGeneralizedTime, date.generalizedValue, "------>KAsn1_WriteGeneralizedTime"};
+        return {TagUtcTime, secondsOf(date), "------>KAsn1_WriteUtcTime"};
+    return {TagGeneralizedTime, secondsOf(date), "------>KAsn1_WriteGeneralizedTime"};
 }
 
 // Refuses what cannot be written, so that the list's one block is only asked for where it will be filled.
@@ -162,14 +156,20 @@ Status writeEntries(const CrlEncodeCtx &ctx, Anybuf **out) {
     return KACERT_Ok;
 }
 
+// crlEntryExtensions ::= SEQUENCE { Extension } with the reason
+Status writeReason(const RevokedEntry &entry, Anybuf **out) {
+    Chain reason;
+    KA_STEP(KAsn1_WriteEnumerated(&entry.reason, reason.slot()));
+    Chain extension;
+    KA_PASS(writeExtension(OidReason, 0, *reason.head(), extension.slot()));
+    KA_STEP(KAsn1_WriteSequence(extension.head(), out));
+    return KACERT_Ok;
+}
+
 } // namespace
 
 int32_t KI_CRL_EncodeRevokedCRL(const CrlEncodeCtx *ctx, Anybuf **out) {
-    KA_FRAME("KI_CRL_EncodeRevokedCRL");
-    if (ctx == nullptr || out == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_PASS(writeEntries(*ctx, out));
-    return KA_DONE();
+    return KA_FRAMED("KI_CRL_EncodeRevokedCRL", encodePart(ctx, out, writeEntries));
 }
 
 int32_t KI_CRL_AddRevokedCert(const CrlEncodeCtx *ctx, Anybuf *entries, Anybuf **out) {
@@ -185,13 +185,5 @@ int32_t KI_CRL_AddRevokedCert(const CrlEncodeCtx *ctx, Anybuf *entries, Anybuf *
 }
 
 int32_t KI_CRL_WriteEntryExtension(const RevokedEntry *entry, Anybuf **out) {
-    KA_FRAME("KI_CRL_WriteEntryExtension");
-    if (entry == nullptr || out == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    Chain reason;
-    KA_STEP(KAsn1_WriteEnumerated(&entry->reason, reason.slot()));
-    Chain extension;
-    KA_PASS(writeExtension(OidReason, 0, *reason.head(), extension.slot()));
-    KA_STEP(KAsn1_WriteSequence(extension.head(), out));
-    return KA_DONE();
+    return KA_FRAMED("KI_CRL_WriteEntryExtension", encodePart(entry, out, writeReason));
 }

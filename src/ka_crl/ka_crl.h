@@ -3,7 +3,7 @@
 
 #include "karil/crl.h"
 
-#include "ka_cert.h"
+#include "ka_family.h"
 
 namespace karil {
 
@@ -13,8 +13,11 @@ constexpr uint8_t OidReason[] = {0x55, 0x1D, 0x15};
 constexpr uint8_t OidDeltaCrl[] = {0x55, 0x1D, 0x1B};
 constexpr uint8_t OidIssuingDist[] = {0x55, 0x1D, 0x1C};
 
-void freeEntry(RevokedEntry *entry);
-using EntryPtr = std::unique_ptr<RevokedEntry, By<freeEntry>>;
+template <> inline void clearNode(RevokedEntry &node) {
+    freeData(node.serialNumber);
+    freeData(node.reason);
+}
+using EntryPtr = NodePtr<RevokedEntry>;
 
 // A node with a serial number in its own block, which has room for a reason of the usual size as well. Null where there
 // is no memory.
@@ -24,7 +27,5 @@ using EntryPtr = std::unique_ptr<RevokedEntry, By<freeEntry>>;
 
 // The entry that date and reason belong to, or null.
 RevokedEntry *lastEntry(CrlEncodeCtx &ctx);
-
-Attributes<CrlEncodeCtx> crlAttributes();
 
 } // namespace karil

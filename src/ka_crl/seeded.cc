@@ -7,11 +7,13 @@ using namespace karil;
 
 namespace {
 
+using CertPtr = std::unique_ptr<CertDecodeCtx, By<KACert_DestroyCertDecodeCtx>>;
 using CrlPtr = std::unique_ptr<CrlEncodeCtx, By<KACert_DestroyCrlEncodeCtx>>;
 
 // What a CRL takes from its issuer's certificate.
 struct Issuer {
-    SeedName name;
+    uint8_t name[2048];
+    uint32_t nameLength = 0;
     uint8_t keyId[512];
     uint32_t keyIdLength = 0;
 };
@@ -19,9 +21,14 @@ struct Issuer {
 constexpr Status KeyIdErr = 3;
 
 Status readIssuer(Bytes der, Issuer &out) {
-    CertPtr cert;
-    KA_PASS(readSeed(der, cert, out.name));
-    CertDecodeCtx *raw = cert.get();
+    CertDecodeCtx *raw = nullptr;
+    KA_STEP(KACert_CreateCertDecodeCtx(&raw));
+    const CertPtr cert(raw);
+    KA_STEP(KACert_DecodeCert(raw, der.data(), static_cast<uint32_t>(der.size())));
+    KA_STEP(KACert_GetCertAttributeChar(raw, CERT_SUBJECT_DERDN, nullptr, &out.nameLength));
+    if (out.nameLength > sizeof out.name)
+        return KA_FAIL(KACERT_InvalidLengthErr, "------>KACert_GetCertAttributeChar");
+    KA_STEP(KACert_GetCertAttributeChar(raw, CERT_SUBJECT_DERDN, out.name, &out.nameLength));
     if (KACert_GetCertAttributeChar(raw, CERTEX_SUBJECTKEYIDENTIFIER, nullptr, &out.keyIdLength) != KACERT_Ok)
         return KA_FAIL(KeyIdErr, "------>KACert_GetCertAttributeChar");
     if (out.keyIdLength > sizeof out.keyId)
@@ -32,8 +39,7 @@ Status readIssuer(Bytes der, Issuer &out) {
 }
 
 Status seed(CrlEncodeCtx *ctx, const Issuer &issuer) {
-    KA_STEP(KACert_SetCrlAttributeChar(ctx, CRL_ISSUER_DERDN, issuer.name.octets,
-                                       static_cast<int32_t>(issuer.name.length)));
+    KA_STEP(KACert_SetCrlAttributeChar(ctx, CRL_ISSUER_DERDN, issuer.name, static_cast<int32_t>(issuer.nameLength)));
     if (issuer.keyIdLength > 0)
         KA_STEP(KACert_SetCrlAttributeChar(ctx, CRLEX_AUTHORITY_KEYIDENTIFIER, issuer.keyId,
                                            static_cast<int32_t>(issuer.keyIdLength)));

@@ -1,7 +1,5 @@
-// The attribute ids of the Char functions: a row each, with what Set and Get do.
+// The ids of the Char functions: a row each, with what Set and Get do.
 #include "ka_csr.h"
-
-#include "attribute_rows.h"
 
 namespace karil {
 
@@ -10,18 +8,14 @@ namespace {
 using Ctx = CsrEncodeCtx;
 
 #define KA_SUBJECT_AS(ID, GET_WORDS, KIND)                                                                             \
-    {                                                                                                                  \
-        ID, "======>Set " #ID, "======>Get " GET_WORDS, "======>Get " GET_WORDS " LEN",                                \
-            KA_SET(appendName(ctx.subject, ctx.subjectLast, KIND, value)), KA_GET(giveName(ctx.subject, KIND, answer)) \
-    }
+    KA_ROW_AS(ID, #ID, GET_WORDS, (addToName<KIND, &Ctx::subject>), (answerFromName<KIND, &Ctx::subject>))
 #define KA_SUBJECT(ID, KIND) KA_SUBJECT_AS(ID, #ID, KIND)
 
 constexpr Attribute<Ctx> Rows[] = {
-    KA_ROW(CSR_TBS_CSR, nullptr, KA_GET(give(answer, bytesOf(ctx.tbs)))),
-    KA_ROW(CSR_OUTER_SIGNATUREALGORITHM, KA_SET(setTagged(ctx.outerSignatureAlgorithm.oid, value, TagObjectId)),
-           KA_GET(give(answer, bytesOf(ctx.outerSignatureAlgorithm.oid)))),
-    KA_ROW(CSR_SELF_SIGNATURE, KA_SET(setTagged(ctx.signature, value, TagBitString)),
-           KA_GET(give(answer, bytesOf(ctx.signature)))),
+    KA_ROW(CSR_TBS_CSR, nullptr, answerField<&Ctx::tbs>),
+    KA_ROW(CSR_OUTER_SIGNATUREALGORITHM, (setField<TagObjectId, &Ctx::outerSignatureAlgorithm, &AlgorithmRecord::oid>),
+           (answerField<&Ctx::outerSignatureAlgorithm, &AlgorithmRecord::oid>)),
+    KA_ROW(CSR_SELF_SIGNATURE, (setField<TagBitString, &Ctx::signature>), answerField<&Ctx::signature>),
     KA_SUBJECT(CSR_SUBJECT_COUNTRYNAME, KA_NAME_COUNTRY),
     KA_SUBJECT(CSR_SUBJECT_STATEORPROVINCENAME, KA_NAME_STATEORPROVINCE),
     KA_SUBJECT(CSR_SUBJECT_LOCALITYNAME, KA_NAME_LOCALITY),
@@ -32,27 +26,21 @@ constexpr Attribute<Ctx> Rows[] = {
     KA_SUBJECT(CSR_SUBJECT_POSTALADDRESS, KA_NAME_POSTALADDRESS),
     KA_SUBJECT(CSR_SUBJECT_POSTALCODE, KA_NAME_POSTALCODE),
     KA_SUBJECT(CSR_SUBJECT_TELEPHONE, KA_NAME_TELEPHONE),
-    KA_ROW(CSR_PUBLICKEY_ALGORITHM, KA_SET(setTagged(ctx.publicKeyAlgorithm.oid, value, TagObjectId)),
-           KA_GET(give(answer, bytesOf(ctx.publicKeyAlgorithm.oid)))),
-    KA_ROW(CSR_SUBJECTPUBLICKEYINFO, KA_SET(setTagged(ctx.publicKey, value, TagSequence)),
-           KA_GET(give(answer, bytesOf(ctx.publicKey)))),
+    KA_ROW(CSR_PUBLICKEY_ALGORITHM, (setField<TagObjectId, &Ctx::publicKeyAlgorithm, &AlgorithmRecord::oid>),
+           (answerField<&Ctx::publicKeyAlgorithm, &AlgorithmRecord::oid>)),
+    KA_ROW(CSR_SUBJECTPUBLICKEYINFO, (setField<TagSequence, &Ctx::publicKey>), answerField<&Ctx::publicKey>),
 };
 
 } // namespace
-
-Attributes<CsrEncodeCtx> csrAttributes() {
-    return Rows;
-}
 
 } // namespace karil
 
 using namespace karil;
 
 int32_t KACert_SetCsrAttributeChar(CsrEncodeCtx *ctx, int32_t id, const uint8_t *value, int32_t length) {
-    return KA_FRAMED("KACert_SetCsrAttributeChar",
-                     setAttribute(csrAttributes(), ctx, id, value, length, KACERT_MemoryErr));
+    return KA_FRAMED("KACert_SetCsrAttributeChar", setAttribute(Rows, ctx, id, value, length, KACERT_MemoryErr));
 }
 
 int32_t KACert_GetCsrAttributeChar(CsrDecodeCtx *ctx, int32_t id, uint8_t *result, uint32_t *resultLength) {
-    return KA_FRAMED("KACert_GetCsrAttributeChar", getAttribute(csrAttributes(), ctx, id, result, resultLength));
+    return KA_FRAMED("KACert_GetCsrAttributeChar", getAttribute(Rows, ctx, id, result, resultLength));
 }

@@ -10,34 +10,30 @@ void clearContext(CsrEncodeCtx &ctx) {
         freeData(*field);
     clearSecret(ctx.signKey);
     KI_FreeName(ctx.subject.next);
-    while (ctx.attributes != nullptr) {
-        const CsrAttributePtr node(ctx.attributes);
-        ctx.attributes = node->next;
-    }
+    freeList(ctx.attributes);
     freeKept(ctx.kept);
 }
 
 Status setPrivate(CsrEncodeCtx &ctx, Bytes oid, Bytes value) {
-    CsrAttributePtr node(KA_CREATE(CsrAttributeNode));
-    if (node == nullptr)
-        return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-    node->id = 52;
-    node->oid.tag = TagObjectId;
-    KA_STEP_AS("------>KAPR_Malloc", replace(node->oid, oid));
-    KA_STEP_AS("------>KAPR_Malloc", replace(node->value, value));
+    NodePtr<CsrAttributeNode> node;
+    KA_PASS(createPair(node, oid, value));
     appendAttribute(ctx, std::move(node));
     return KACERT_Ok;
 }
 
-} // namespace
-
-void freeAttribute(CsrAttributeNode *node) {
-    freeData(node->oid);
-    freeData(node->value);
-    KAPR_Free(node);
+Status setVersion(CsrEncodeCtx &ctx, int32_t value) {
+    ctx.version = value;
+    return KACERT_Ok;
+}
+void getVersion(const CsrEncodeCtx &ctx, int32_t &value) {
+    value = ctx.version;
 }
 
-void appendAttribute(CsrEncodeCtx &ctx, CsrAttributePtr node) {
+constexpr IntAttribute<CsrEncodeCtx> IntRows[] = {KA_INT_ROW(CSR_VERSION, setVersion, getVersion)};
+
+} // namespace
+
+void appendAttribute(CsrEncodeCtx &ctx, NodePtr<CsrAttributeNode> node) {
     append<&CsrAttributeNode::next>(ctx.attributes, ctx.attributesLast, node.release());
     ctx.hasAttributes = 1;
 }
@@ -47,76 +43,38 @@ void appendAttribute(CsrEncodeCtx &ctx, CsrAttributePtr node) {
 using namespace karil;
 
 int32_t KACert_CreateCsrEncodeCtx(CsrEncodeCtx **out) {
-    KA_FRAME("KACert_CreateCsrEncodeCtx");
-    if (out == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    CsrEncodeCtx *ctx = KA_CREATE(CsrEncodeCtx);
-    if (ctx == nullptr)
-        return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-    ctx->outerSignatureAlgorithm.id = 1;
-    ctx->publicKeyAlgorithm.id = 1;
-    *out = ctx;
-    return KA_DONE();
+    return KA_FRAMED("KACert_CreateCsrEncodeCtx",
+                     createContext(out, {&CsrEncodeCtx::outerSignatureAlgorithm, &CsrEncodeCtx::publicKeyAlgorithm}));
 }
 
 int32_t KACert_CreateCsrDecodeCtx(CsrDecodeCtx **out) {
-    KA_FRAME("KACert_CreateCsrDecodeCtx");
-    KA_STEP(KACert_CreateCsrEncodeCtx(out));
-    return KA_DONE();
+    return KA_TWIN("KACert_CreateCsrDecodeCtx", KACert_CreateCsrEncodeCtx(out));
 }
 
 int32_t KACert_DestroyCsrEncodeCtx(CsrEncodeCtx *ctx) {
-    KA_FRAME("KACert_DestroyCsrEncodeCtx");
-    if (ctx != nullptr) {
-        clearContext(*ctx);
-        KAPR_Free(ctx);
-    }
-    return KA_DONE();
+    return KA_FRAMED("KACert_DestroyCsrEncodeCtx", destroyContext(ctx, clearContext));
 }
 
 int32_t KACert_DestroyCsrDecodeCtx(CsrDecodeCtx *ctx) {
-    KA_FRAME("KACert_DestroyCsrDecodeCtx");
-    KA_STEP(KACert_DestroyCsrEncodeCtx(ctx));
-    return KA_DONE();
+    return KA_TWIN("KACert_DestroyCsrDecodeCtx", KACert_DestroyCsrEncodeCtx(ctx));
 }
 
 int32_t KACert_SetCsrSignFunc(CsrEncodeCtx *ctx, KAHookFunc hook, const void *parameter, uint32_t length) {
-    KA_FRAME("KACert_SetCsrSignFunc");
-    if (ctx == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    KA_PASS(setHook(ctx->signFunc, ctx->signKey, hook, parameter, length));
-    return KA_DONE();
+    return KA_FRAMED("KACert_SetCsrSignFunc", setSignHook(ctx, hook, parameter, length));
 }
 
 int32_t KACert_SetCsrAttributeInt(CsrEncodeCtx *ctx, int32_t id, int32_t value) {
-    KA_FRAME("KACert_SetCsrAttributeInt");
-    if (ctx == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    if (id != CSR_VERSION)
-        return KA_FAIL(KACERT_AttributeNotSupportErr, "------>Set KACERT_AttributeNotSupportErr");
-    KA_TRACE("======>Set CSR_VERSION");
-    ctx->version = value;
-    return KA_DONE();
+    return KA_FRAMED("KACert_SetCsrAttributeInt", setInt(IntRows, ctx, id, value));
 }
 
 int32_t KACert_GetCsrAttributeInt(const CsrDecodeCtx *ctx, int32_t id, int32_t *value) {
-    KA_FRAME("KACert_GetCsrAttributeInt");
-    if (ctx == nullptr || value == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    if (id != CSR_VERSION)
-        return KA_FAIL(KACERT_AttributeNotSupportErr, "------>Get KACERT_AttributeNotSupportErr");
-    KA_TRACE("======>Get CSR_VERSION");
-    *value = ctx->version;
-    return KA_DONE();
+    return KA_FRAMED("KACert_GetCsrAttributeInt", getInt(IntRows, ctx, id, value));
 }
 
 int32_t KACert_SetCsrAttributePrivate(CsrEncodeCtx *ctx, const uint8_t *oid, int32_t oidLength, const uint8_t *value,
                                       int32_t valueLength) {
     KA_FRAME("KACert_SetCsrAttributePrivate");
-    if (oidLength < 1 || valueLength < 1)
-        return KA_FAIL(KACERT_InvalidLengthErr, "------>KACERT_InvalidLengthErr");
-    if (ctx == nullptr || oid == nullptr || value == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    KA_PASS(checkPair(ctx, oid, oidLength, value, valueLength));
     KA_PASS(
         setPrivate(*ctx, Bytes(oid, static_cast<size_t>(oidLength)), Bytes(value, static_cast<size_t>(valueLength))));
     return KA_DONE();
@@ -125,13 +83,11 @@ int32_t KACert_SetCsrAttributePrivate(CsrEncodeCtx *ctx, const uint8_t *oid, int
 int32_t KACert_GetCsrAttributePrivate(const CsrDecodeCtx *ctx, uint32_t *index, uint8_t *oid, uint32_t *oidLength,
                                       uint8_t *value, uint32_t *valueLength) {
     KA_FRAME("KACert_GetCsrAttributePrivate");
-    if (ctx == nullptr || index == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    KA_PASS(checkPointers({ctx, index}));
     const CsrAttributeNode *node = numbered(ctx->attributes, *index);
     if (node == nullptr)
         return KA_DONE();
-    if (oidLength == nullptr || valueLength == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    KA_PASS(checkPointers({oidLength, valueLength}));
     handOut(node->oid, oid, oidLength);
     handOut(node->value, value, valueLength);
     return KA_DONE();

@@ -4,10 +4,8 @@ namespace karil {
 
 namespace {
 
-constexpr char NotEnd[] = "------>KACERT_CsrNotEndErr";
-
 Status takeField(Level &fields, Element &out) {
-    return takeOr(fields, out, KACERT_CsrNotEndErr, NotEnd);
+    return takeField(fields, out, KACERT_CsrNotEndErr, "------>KACERT_CsrNotEndErr");
 }
 
 // Attribute ::= SEQUENCE { type OBJECT IDENTIFIER, values SET OF ANY }, of which the first value is taken
@@ -26,9 +24,8 @@ Status readAttribute(const Element &element, CsrAttributeNode &node) {
 }
 
 Status decodeAttribute(const Element &element, CsrDecodeCtx &ctx) {
-    CsrAttributePtr node(KA_CREATE(CsrAttributeNode));
-    if (node == nullptr)
-        return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
+    NodePtr<CsrAttributeNode> node;
+    KA_PASS(createNode(node));
     KA_PASS(readAttribute(element, *node));
     appendAttribute(ctx, std::move(node));
     return KACERT_Ok;
@@ -66,8 +63,15 @@ Status decodeInfo(const Element &info, CsrDecodeCtx &ctx) {
 
 // CertificationRequest ::= SEQUENCE { certificationRequestInfo, signatureAlgorithm, signature BIT STRING }
 Status decodeRequest(Bytes der, CsrDecodeCtx &ctx) {
-    constexpr SignedFrame Frame = {KACERT_CsrNotEndErr, NotEnd, "------>KI_CSR_DecodeTBS", KACERT_MemoryErr};
-    return decodeSigned(der, ctx, Frame, decodeInfo);
+    Level parts;
+    KA_PASS(openObject(der, ctx.kept, ctx.encoded, parts));
+    Element part;
+    KA_PASS(takeField(parts, part));
+    KA_STEP_AS("------>KI_CSR_DecodeTBS", decodeInfo(part, ctx));
+    KA_PASS(takeField(parts, part));
+    KA_PASS(readAlgorithm(part, ctx.outerSignatureAlgorithm));
+    KA_PASS(takeField(parts, part));
+    return readBits(part, ctx.signature);
 }
 
 } // namespace

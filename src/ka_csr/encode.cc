@@ -16,8 +16,10 @@ Status writeAttribute(const CsrAttributeNode &node, Anybuf **out) {
     return KACERT_Ok;
 }
 
-// Attributes ::= [0] IMPLICIT SET OF Attribute
+// Attributes ::= [0] IMPLICIT SET OF Attribute, or nothing
 Status writeAttributes(const CsrEncodeCtx &ctx, Anybuf **out) {
+    if (ctx.hasAttributes == 0)
+        return KACERT_Ok;
     Chain list;
     for (const CsrAttributeNode *node = ctx.attributes; node != nullptr; node = node->next)
         KA_PASS(writeAttribute(*node, list.slot()));
@@ -46,8 +48,8 @@ Status writeInfo(const CsrEncodeCtx &ctx, Anybuf **out) {
 Status writeRequest(CsrEncodeCtx &ctx, Anybuf **out) {
     Chain parts;
     KA_PASS(writeInfo(ctx, parts.slot()));
-    Signature signature;
-    KA_PASS(signBySize(ctx.signFunc, ctx.signKey, *parts.head(), signature));
+    HookOutput signature;
+    KA_PASS(callForSize(ctx.signFunc, ctx.signKey, *parts.head(), signature));
     KA_STEP(KACert_SetCsrAttributeChar(&ctx, CSR_SELF_SIGNATURE, signature.octets.get(),
                                        static_cast<int32_t>(signature.length)));
     return writeSigned(parts, ctx.outerSignatureAlgorithm, ctx.signature, out);
@@ -60,10 +62,5 @@ int32_t KACert_EncodeCsr(CsrEncodeCtx *ctx, uint8_t *result, uint32_t *resultLen
 }
 
 int32_t KI_Csr_EncodeAttributes(const CsrEncodeCtx *ctx, Anybuf **out) {
-    KA_FRAME("KI_Csr_EncodeAttributes");
-    if (ctx == nullptr || out == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    if (ctx->hasAttributes != 0)
-        KA_PASS(writeAttributes(*ctx, out));
-    return KA_DONE();
+    return KA_FRAMED("KI_Csr_EncodeAttributes", encodePart(ctx, out, writeAttributes));
 }

@@ -3,16 +3,16 @@
 
 #include "karil/csr.h"
 
-#include "ka_cert.h"
+#include "ka_family.h"
 
 namespace karil {
 
-void freeAttribute(CsrAttributeNode *node);
-using CsrAttributePtr = std::unique_ptr<CsrAttributeNode, By<freeAttribute>>;
+template <> inline void clearNode(CsrAttributeNode &node) {
+    freeData(node.oid);
+    freeData(node.value);
+}
 
 // Hangs the node behind the others.
-void appendAttribute(CsrEncodeCtx &ctx, CsrAttributePtr node);
-
-Attributes<CsrEncodeCtx> csrAttributes();
+void appendAttribute(CsrEncodeCtx &ctx, NodePtr<CsrAttributeNode> node);
 
 } // namespace karil

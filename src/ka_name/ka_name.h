@@ -23,8 +23,9 @@ std::span<const NameAttribute, NameKinds> nameAttributes();
 const NameAttribute *attributeOfKind(uint32_t kind);
 const NameAttribute *attributeOfOid(Bytes oid);
 
-// Appends an attribute of the table with a copy of `value`, tag 19. `hint`: see append().
-[[nodiscard]] Status appendName(NameRecord &head, NameRecord *&hint, uint32_t kind, Bytes value);
+// Appends an attribute of the table with a copy of `value`, tag 19. The list is walked from its head: a caller may free
+// or fill a name by itself, so that no hint to its end would hold.
+[[nodiscard]] Status appendName(NameRecord &head, uint32_t kind, Bytes value);
 
 // The first attribute of the kind, or null.
 const NameRecord *findName(const NameRecord &head, uint32_t kind);

@@ -97,7 +97,7 @@ Status readRdn(const Element &rdn, NameRecord &record) {
 
 } // namespace
 
-Status appendName(NameRecord &head, NameRecord *&hint, uint32_t kind, Bytes value) {
+Status appendName(NameRecord &head, uint32_t kind, Bytes value) {
     const Bytes oid = attributeOfKind(kind)->oid;
     NameRecord *record = KA_CREATE_WITH(uint64_t{oid.size()} + value.size(), NameRecord);
     if (record == nullptr)
@@ -107,7 +107,8 @@ Status appendName(NameRecord &head, NameRecord *&hint, uint32_t kind, Bytes valu
     behind = placePart(record->oid, oid, behind);
     placePart(record->value, value, behind);
     record->value.tag = TagPrintableString;
-    append<&NameRecord::next>(head.next, hint, record);
+    NameRecord *last = nullptr;
+    append<&NameRecord::next>(head.next, last, record);
     return KACERT_Ok;
 }
 

@@ -1,0 +1,52 @@
+// Lists that a context owns, linked by `next`. append() of the ground hangs a node behind them.
+#pragma once
+
+#include "context.h"
+
+namespace karil {
+
+// Frees what a node owns besides itself: a family says it for each of its nodes.
+template <class Node> void clearNode(Node &node) = delete;
+
+struct FreeNode {
+    template <class Node> void operator()(Node *node) const noexcept {
+        clearNode(*node);
+        KAPR_Free(node);
+    }
+};
+template <class Node> using NodePtr = std::unique_ptr<Node, FreeNode>;
+
+// A zeroed node.
+template <class Node> [[nodiscard]] Status createNode(NodePtr<Node> &node) {
+    void *record = nullptr;
+    KA_PASS(createRecord(&node, sizeof(Node), record));
+    node.reset(static_cast<Node *>(record));
+    return KACERT_Ok;
+}
+
+// A node that a caller adds, with an object identifier and a value.
+[[nodiscard]] Status copyPair(Anybuf &oid, Bytes oidOctets, Anybuf &value, Bytes valueOctets);
+template <class Node> [[nodiscard]] Status createPair(NodePtr<Node> &node, Bytes oid, Bytes value) {
+    KA_PASS(createNode(node));
+    node->id = 52;
+    return copyPair(node->oid, oid, node->value, value);
+}
+
+template <class Node> void freeList(Node *&first) {
+    while (first != nullptr) {
+        const NodePtr<Node> node(first);
+        first = node->next;
+    }
+}
+
+// The node numbered `index`, from 1; without one `index` becomes their number.
+template <class Node> const Node *numbered(const Node *first, uint32_t &index) {
+    uint32_t count = 0;
+    for (const Node *node = first; node != nullptr; node = node->next)
+        if (++count == index)
+            return node;
+    index = count;
+    return nullptr;
+}
+
+} // namespace karil
