@@ -83,6 +83,17 @@ typedef struct AlgorithmRecord {
 KARIL_SIZE_32(AlgorithmRecord, 32);
 
 /*
+ * The library's own notes on a list that a context owns: its last node, and the node that was asked for last with its
+ * position. Callers leave them alone.
+ */
+typedef struct ListMarks {
+    void *last;
+    void *node;
+    uint32_t position;
+} ListMarks;
+KARIL_SIZE_32(ListMarks, 12);
+
+/*
  * A hook: how an object family reaches a key, a digest or a cipher that lives anywhere. `input` and `inputLength`:
  * the octets to work on. `output`: the caller's area, or null where only the length is asked for. `outputLength`:
  * receives the octets written. `parameter`: the hook's own. Returns 0, or any other value, which stops the
