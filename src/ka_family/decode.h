@@ -7,7 +7,8 @@
 
 namespace karil {
 
-// Within an exported decoder's frame: of octets with a length, where 0 trusts the element's header, ...
+// Within an exported decoder's frame: of octets with a length, or with the length 0, which trusts the element's header,
+// ...
 [[nodiscard]] Status checkWhole(const void *ctx, const uint8_t *der, uint32_t &length);
 template <class Ctx>
 [[nodiscard]] Status decodeWhole(Ctx *ctx, const uint8_t *der, uint32_t length, Status (*decode)(Bytes, Ctx &)) {

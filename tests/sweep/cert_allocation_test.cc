@@ -213,36 +213,6 @@ TEST(FailingAllocations, CertificatesAndNames) {
     for (const Scenario &scenario : scenarios) sweep(scenario, Pool::Library);
 }
 
-// Every conversion opens its converter; one that cannot be had leaves the text out with status 0.
-TEST(FailingAllocations, TextConverter) {
-    const struct {
-        const char *name;
-        int32_t (*convert)(const uint8_t *, int32_t, uint8_t *, uint32_t *);
-        Octets source;
-        std::string want;
-    } rows[] = {
-        {"936 to BMP", KI_Chinese2BmpString, hex("D6 D0"), "4E 2D"},
-        {"BMP to 936", KI_BmpString2Chinese, hex("4E 2D"), "D6 D0"},
-        {"BMP to UTF-8", KI_BmpString2UTF8, hex("4E 2D"), "E4 B8 AD"},
-        {"UTF-8 to BMP", KI_UTF82BmpString, hex("E4 B8 AD"), "4E 2D"},
-        {"936 to UTF-8", KI_Chinese2UTF8String, hex("D6 D0"), "E4 B8 AD"},
-        {"UTF-8 to 936", KI_UTF8String2Chinese, hex("E4 B8 AD"), "D6 D0"},
-    };
-    for (const auto &row : rows)
-        for (long nth = 1, failed = 1; failed != 0; ++nth) {
-            Octets result(1024);
-            uint32_t length = 0;
-            failAllocation(Pool::Converter, nth, false);
-            EXPECT_EQ(row.convert(row.source.data(), static_cast<int32_t>(row.source.size()), result.data(), &length),
-                      KACERT_Ok)
-                << row.name;
-            failed = endFailing() ? 1 : 0;
-            result.resize(length);
-            EXPECT_EQ(toHex(result), failed != 0 ? "" : row.want) << row.name << ", opening " << nth;
-            ASSERT_TRUE(nth > 1 || failed != 0) << row.name << " opened nothing";
-        }
-}
-
 thread_local int hookCalls = 0;
 thread_local int failingHookCall = 0;
 
