@@ -1,7 +1,8 @@
-// What the tests of PKCS#7 share: the families of their parts, and hooks that can be followed by hand.
+// What PKCS#7 adds: the families of the messages' parts, and hooks that can be followed by hand. For tests and fuzz
+// targets alike.
 #pragma once
 
-#include "testkit.h"
+#include "objects.h"
 
 namespace karil_test {
 
