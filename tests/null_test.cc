@@ -128,7 +128,7 @@ const Group groups[] = {
         KI_Crl_DecodeCRLNumber, KI_Crl_DecodeDelCRLIdentifier, KI_Csr_EncodeAttributes, KACert_DecodeCsr,
         KI_CSR_DecodeTBS, KI_CSR_DecodeAttributes>()},
     {"108 108 108", of<KAsn1_Low_GetTagInfo, KAsn1_Low_GetLengthInfo, KAsn1_GetLengthInfo, KAsn1_Low_WriteTagAndLength,
-                       KAsn1_ReadExplicit, KAsn1_ReadImplicit, KI_DecodeGeneralNameS>()},
+                       KAsn1_ReadExplicit, KAsn1_ReadImplicit, KI_DecodePubKey, KI_DecodeGeneralNameS>()},
     {"108 108 108 108", of<KAsn1_Low_ReadTagAndLength>()},
     {"106 106", of<KAsn1_Low_ReadDNTag>()},
     {"- 108", of<KAsn1_WriteSequence, KAsn1_WriteSet, KI_CERT_EncodeDiscriptList>()},
