@@ -2,10 +2,10 @@
 
 namespace karil {
 
-Status checkPointers(std::initializer_list<const void *> pointers) {
+Status checkPointers(std::initializer_list<const void *> pointers, Status refusal) {
     for (const void *pointer : pointers)
         if (pointer == nullptr)
-            return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+            return KA_FAIL(refusal, "------>Pointer is NULL");
     return KACERT_Ok;
 }
 
