@@ -29,7 +29,10 @@ template <class Ctx> [[nodiscard]] Status encodePart(Ctx *ctx, Anybuf **out, Sta
 }
 
 // AlgorithmIdentifier ::= SEQUENCE { algorithm OBJECT IDENTIFIER, parameters NULL }
-void writeAlgorithm(Writer &out, const AlgorithmRecord &algorithm);
+void writeAlgorithm(Writer &out, Bytes oid);
+inline void writeAlgorithm(Writer &out, const AlgorithmRecord &algorithm) {
+    writeAlgorithm(out, bytesOf(algorithm.oid));
+}
 // Issuer or subject, from the one form that was given.
 [[nodiscard]] Status writeName(Writer &out, const NameRecord &head, const Anybuf &der);
 // SubjectPublicKeyInfo ::= SEQUENCE { algorithm AlgorithmIdentifier, subjectPublicKey BIT STRING }
