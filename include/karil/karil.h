@@ -17,6 +17,10 @@
 #include "karil/name.h"
 #include "karil/oid.h"
 #include "karil/pem.h"
+#include "karil/pkcs7.h"
+#include "karil/pkcs7_encrypted_content.h"
+#include "karil/pkcs7_recipient.h"
+#include "karil/pkcs7_signer.h"
 #include "karil/text.h"
 #include "karil/verify.h"
 

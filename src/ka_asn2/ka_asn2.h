@@ -13,7 +13,7 @@
 
 namespace karil {
 
-// Content octets of an INTEGER; gives their number, 1 to 5.
+// Content octets of an INTEGER; returns their number, 1 to 5.
 uint32_t integerOctets(uint32_t value, uint8_t (&octets)[5]);
 uint32_t integerValue(Bytes octets);
 

@@ -51,15 +51,13 @@ void Writer::grow(uint64_t needed) {
 }
 
 void Writer::reserve(uint64_t size) {
-    if (failure != KACERT_Ok)
-        return;
     const uint64_t needed = used + size + uint64_t{openConstructs} * LengthRoom;
-    if (needed > capacity || block == nullptr)
+    if ((needed > capacity || block == nullptr) && failure == KACERT_Ok)
         grow(needed);
 }
 
 // `size` more octets, or null.
-uint8_t *Writer::extend(uint64_t size) {
+inline uint8_t *Writer::extend(uint64_t size) {
     reserve(size);
     if (failure != KACERT_Ok)
         return nullptr;
@@ -135,6 +133,11 @@ void Writer::bitString(Bytes bits, uint32_t unusedBits) {
 void Writer::boolean(bool value) {
     const uint8_t octet = value ? 0xFF : 0;
     element(TagBoolean, {&octet, 1});
+}
+
+void Writer::retag(uint32_t at, uint8_t tag) {
+    if (failure == KACERT_Ok && at < used)
+        block.get()[at] = tag;
 }
 
 Bytes Writer::since(uint32_t start) const {

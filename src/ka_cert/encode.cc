@@ -44,14 +44,8 @@ Status sign(CertEncodeCtx &ctx, Bytes tbs) {
 
 // Certificate ::= SEQUENCE { tbsCertificate, signatureAlgorithm, signatureValue BIT STRING }
 Status writeCertificate(Writer &out, CertEncodeCtx &ctx) {
-    const Construct certificate(out, TagSequence);
-    const uint32_t start = out.size();
-    KA_PASS(writeTbs(out, ctx));
-    KA_PASS(out.status());
-    KA_PASS(sign(ctx, out.since(start)));
-    writeAlgorithm(out, ctx.outerSignatureAlgorithm);
-    out.bitString(bytesOf(ctx.signature), ctx.signature.unusedBits);
-    return KACERT_Ok;
+    return writeSigned(
+        out, ctx, [&] { return writeTbs(out, ctx); }, [&](Bytes tbs) { return sign(ctx, tbs); });
 }
 
 } // namespace

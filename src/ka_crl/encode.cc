@@ -68,9 +68,10 @@ Status writeTbs(Writer &out, const CrlEncodeCtx &ctx, uint32_t entriesSize) {
     return KACERT_Ok;
 }
 
-Status sign(CrlEncodeCtx &ctx) {
+Status sign(CrlEncodeCtx &ctx, Bytes tbs) {
+    KA_STEP_AS("------>KI_CopyAnybuf", store(ctx.tbs, {NormalSequence, tbs}));
     HookOutput signature;
-    KA_PASS(callForSize(ctx.signFunc, ctx.signKey, bytesOf(ctx.tbs), signature));
+    KA_PASS(callForSize(ctx.signFunc, ctx.signKey, tbs, signature));
     KA_STEP(KACert_SetCrlAttributeChar(&ctx, CRL_CA_SIGNATURE, signature.octets.get(),
                                        static_cast<int32_t>(signature.length)));
     return KACERT_Ok;
@@ -83,15 +84,9 @@ constexpr uint32_t FrameRoom = 1024;
 Status writeCrl(Writer &out, CrlEncodeCtx &ctx) {
     const uint32_t entriesSize = sizeOfEntries(ctx);
     out.reserve(uint64_t{entriesSize} + FrameRoom);
-    const Construct crl(out, TagSequence, entriesSize);
-    const uint32_t start = out.size();
-    KA_PASS(writeTbs(out, ctx, entriesSize));
-    KA_PASS(out.status());
-    KA_STEP_AS("------>KI_CopyAnybuf", store(ctx.tbs, {NormalSequence, out.since(start)}));
-    KA_PASS(sign(ctx));
-    writeAlgorithm(out, ctx.outerSignatureAlgorithm);
-    out.bitString(bytesOf(ctx.signature), ctx.signature.unusedBits);
-    return KACERT_Ok;
+    return writeSigned(
+        out, ctx, [&] { return writeTbs(out, ctx, entriesSize); }, [&](Bytes tbs) { return sign(ctx, tbs); },
+        entriesSize);
 }
 
 } // namespace

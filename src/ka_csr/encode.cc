@@ -44,14 +44,8 @@ Status sign(CsrEncodeCtx &ctx, Bytes info) {
 
 // CertificationRequest ::= SEQUENCE { certificationRequestInfo, signatureAlgorithm, signature BIT STRING }
 Status writeRequest(Writer &out, CsrEncodeCtx &ctx) {
-    const Construct request(out, TagSequence);
-    const uint32_t start = out.size();
-    KA_PASS(writeInfo(out, ctx));
-    KA_PASS(out.status());
-    KA_PASS(sign(ctx, out.since(start)));
-    writeAlgorithm(out, ctx.outerSignatureAlgorithm);
-    out.bitString(bytesOf(ctx.signature), ctx.signature.unusedBits);
-    return KACERT_Ok;
+    return writeSigned(
+        out, ctx, [&] { return writeInfo(out, ctx); }, [&](Bytes info) { return sign(ctx, info); });
 }
 
 } // namespace

@@ -8,7 +8,8 @@
 namespace karil {
 
 // Refuses null pointers.
-[[nodiscard]] Status checkPointers(std::initializer_list<const void *> pointers);
+[[nodiscard]] Status checkPointers(std::initializer_list<const void *> pointers,
+                                   Status refusal = KACERT_InvalidParamErr);
 
 // A zeroed record for `*out`, which must not be null.
 [[nodiscard]] Status createRecord(const void *out, uint32_t size, void *&record);

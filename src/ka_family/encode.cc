@@ -2,9 +2,9 @@
 
 namespace karil {
 
-void writeAlgorithm(Writer &out, const AlgorithmRecord &algorithm) {
+void writeAlgorithm(Writer &out, Bytes oid) {
     const Construct sequence(out, TagSequence);
-    out.objectId(bytesOf(algorithm.oid));
+    out.objectId(oid);
     out.null();
 }
 

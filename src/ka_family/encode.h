@@ -29,11 +29,29 @@ template <class Ctx> [[nodiscard]] Status encodePart(Ctx *ctx, Anybuf **out, Sta
 }
 
 // AlgorithmIdentifier ::= SEQUENCE { algorithm OBJECT IDENTIFIER, parameters NULL }
-void writeAlgorithm(Writer &out, const AlgorithmRecord &algorithm);
+void writeAlgorithm(Writer &out, Bytes oid);
+inline void writeAlgorithm(Writer &out, const AlgorithmRecord &algorithm) {
+    writeAlgorithm(out, bytesOf(algorithm.oid));
+}
 // Issuer or subject, from the one form that was given.
 [[nodiscard]] Status writeName(Writer &out, const NameRecord &head, const Anybuf &der);
 // SubjectPublicKeyInfo ::= SEQUENCE { algorithm AlgorithmIdentifier, subjectPublicKey BIT STRING }
 void writePublicKey(Writer &out, const AlgorithmRecord &algorithm, const Anybuf &key);
+
+// SIGNED ::= SEQUENCE { toBeSigned, algorithm, signature BIT STRING }. `sign` gets the octets that `writeTbs` wrote and
+// sets the context's signature. `expected`: about how many octets there will be, if that is many.
+template <class Ctx, class WriteTbs, class Sign>
+[[nodiscard]] Status writeSigned(Writer &out, const Ctx &ctx, const WriteTbs &writeTbs, const Sign &sign,
+                                 uint32_t expected = 0) {
+    const Construct object(out, TagSequence, expected);
+    const uint32_t start = out.size();
+    KA_PASS(writeTbs());
+    KA_PASS(out.status());
+    KA_PASS(sign(out.since(start)));
+    writeAlgorithm(out, ctx.outerSignatureAlgorithm);
+    out.bitString(bytesOf(ctx.signature), ctx.signature.unusedBits);
+    return KACERT_Ok;
+}
 
 // Time ::= CHOICE { UTCTime, GeneralizedTime }
 [[nodiscard]] Status writeTime(Writer &out, bool isUtc, int32_t seconds, LocalClock &clock);

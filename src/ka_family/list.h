@@ -1,4 +1,4 @@
-// Lists that a context owns, linked by `next`. append() of the ground hangs a node behind them.
+// Lists that a context owns, linked by `next`. append() of ka_low adds a node at the end.
 #pragma once
 
 #include "context.h"
@@ -37,6 +37,28 @@ template <class Node> void freeList(Node *&first) {
         const NodePtr<Node> node(first);
         first = node->next;
     }
+}
+
+// A list with marks: an append takes one step, and so does the next of a walk by position.
+template <auto Link, class Node> void appendMarked(Node *&first, ListMarks &marks, Node *node) {
+    auto *last = static_cast<Node *>(marks.last);
+    append<Link>(first, last, node);
+    marks.last = last;
+}
+// The node at `position`, from 1, or null.
+template <auto Link, class Node> Node *nodeAt(Node *first, ListMarks &marks, int32_t position) {
+    if (position < 1)
+        return nullptr;
+    const auto wanted = static_cast<uint32_t>(position);
+    const bool goesOn = marks.node != nullptr && marks.position <= wanted;
+    Node *node = goesOn ? static_cast<Node *>(marks.node) : first;
+    for (uint32_t at = goesOn ? marks.position : 1; at < wanted && node != nullptr; ++at)
+        node = node->*Link;
+    if (node != nullptr) {
+        marks.node = node;
+        marks.position = wanted;
+    }
+    return node;
 }
 
 // The node numbered `index`, from 1; without one `index` becomes their number.

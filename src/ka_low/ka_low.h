@@ -49,7 +49,7 @@ inline bool equal(Bytes left, Bytes right) {
 // Zeroes `size` octets in a way that the compiler keeps: for keys, passwords and what is derived from them.
 void wipe(void *block, size_t size);
 
-// Octets that are wiped where they go out of scope: digests, opened blocks, the numbers of keys.
+// Octets that are wiped at the end of their scope: digests, opened blocks, the numbers of keys.
 template <uint32_t Size> struct Secret {
     uint8_t octets[Size] = {};
 
@@ -95,7 +95,8 @@ private:
 };
 
 // Appends to a singly linked list whose link member is `Link`. `hint` is the last node, as far as its owner knows:
-// nodes that others hung behind it are passed, so that an append is O(1) and a stale hint does no harm.
+// nodes that the library added after it are skipped, so that an append is O(1). For lists that only the library
+// touches.
 template <auto Link, class Node> void append(Node *&first, Node *&hint, Node *node) {
     if (first == nullptr) {
         first = hint = node;
