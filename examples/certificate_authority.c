@@ -13,7 +13,7 @@ static void setCert(CertEncodeCtx *ctx, int32_t id, const void *value, uint32_t 
     CHECK(KACert_SetCertAttributeChar(ctx, id, (const uint8_t *)value, (int32_t)length));
 }
 
-/* What root and leaf have alike, their lifetime in days. Times on the wire are local: run with TZ=UTC. */
+/* What root and leaf have in common; they are valid for `days`. Times on the wire are local: run with TZ=UTC. */
 static void fillCommon(CertEncodeCtx *ctx, const Key *issuer, uint8_t serial, int32_t now, int32_t days) {
     CHECK(KACert_SetCertAttributeInt(ctx, CERT_VERSION, 2));
     CHECK(KACert_SetCertAttributeInt(ctx, CERT_VALIDFROM, now));
@@ -165,7 +165,7 @@ static void printCrl(const char *name, Octets der) {
     CHECK(KACert_DestroyCrlDecodeCtx(ctx));
 }
 
-/* An object as DER and PEM, "NAME.der" and "NAME.pem". Gives the PEM text. */
+/* An object as DER and PEM, "NAME.der" and "NAME.pem". Returns the PEM text. */
 static Octets writeBoth(const char *folder, const char *name, const char *label, Octets der) {
     char file[64];
     char header[64];

@@ -37,7 +37,10 @@ static inline void makeKey(Key *key) {
     CHECK(KA_PKCS7_DigestMessage(KA_DIGEST_SHA1, key->der, key->derLength, key->identifier, &length));
 }
 
-/* The signing hook. Its first call has no output: that of a certificate asks for nothing, the others for the size. */
+/*
+ * The signing hook. The first call has no output. For a certificate it has no parameter either, and its answer is not
+ * used; for a CRL or a request it asks for the signature's size.
+ */
 static inline int32_t signWithKey(const uint8_t *input, uint32_t inputLength, uint8_t *output, uint32_t *outputLength,
                                   void *parameter) {
     *outputLength = 256;

@@ -16,11 +16,28 @@ refuse() {
 }
 refuse 'no goto, new, throw or try' '\bgoto\b|\bnew [A-Za-z]|\bnew \(|\bthrow\b|\btry \{|make_(unique|shared)'
 refuse 'no allocating container' 'std::(vector|string|map|set|list|deque|function|unordered_\w+|[io]?stringstream)\b'
-refuse 'memory comes from KAPR_Malloc' '\b(malloc|calloc|realloc|strdup|alloca)[[:space:]]*\(' '^src/ka_low/memory.cc:'
+refuse 'memory comes from KAPR_Malloc' '\b(malloc|calloc|realloc|strdup|alloca)[[:space:]]*\(' '^src/ka_low/kapr_malloc.cc:'
 refuse 'no unbounded string function' '\b(strcpy|strcat|sprintf|gets)[[:space:]]*\('
 refuse 'crypto headers stay in src/ka_crypt' '#include <(openssl|nettle)/' '^src/ka_crypt/'
 # The words stand in parts, so that this line is none of its own findings.
 refuse 'nothing is left to be done later' '\b(TO''DO|FIX''ME|X''XX)\b'
+
+# A macro that names the folder or the line makes of one inline function several. Definitions of macros may use them.
+traced=$(find src -name '*.h' -exec awk '
+    FNR == 1 { continued = 0 }
+    { line = $0; sub(/[/][/].*/, "", line); macro = continued || line ~ /^#/; continued = macro && line ~ /[\\]$/ }
+    !macro && line ~ /KA_(STEP|FAIL|TRACE|FRAME|DONE|CREATE|BLOCK|SOURCE|TWIN)|__LINE__/ { print FILENAME ":" FNR ":" $0 }
+    ' {} +)
+if [ -n "$traced" ]; then
+    echo "$traced"
+    broken 'no tracing macro in a function of a header'
+fi
+# One name, one macro.
+twice=$(grep -rhoE '^#define KA_[A-Z_0-9]+' src | sort | uniq -d)
+if [ -n "$twice" ]; then
+    echo "$twice"
+    broken 'no two macros of one name'
+fi
 
 long=$(find include src tests examples \( -name '*.h' -o -name '*.cc' -o -name '*.c' \) -exec wc -l {} + |
     awk '$2 != "total" && $1 > 480')

@@ -10,15 +10,19 @@ extern "C" {
 #endif
 
 /*
- * The signing hook: KAHookFunc, called twice. First with the to-be-signed octets, a null output, a length that is not
- * primed and a null parameter: only its status counts. Then with the same octets, an area of 512 octets, a length
- * that holds 512 and the context's copy of the parameter octets: it writes the signature and its length.
+ * The signing hook of certificates: a KAHookFunc that is called twice. In the first call it gets the to-be-signed
+ * octets, a null output, a length that holds nothing and a NULL parameter; only its status counts. In the second call
+ * it gets the same octets, an area of 512 octets, a length that holds 512, and the context's copy of the parameter
+ * octets. It writes the signature there, and its length.
  */
 typedef KAHookFunc KACertSignFunc;
 
-/* A validity time. Setting writes generalizedValue and isUtc; decoding writes the slot of the wire's own kind. */
+/*
+ * A validity time. KACert_SetCertAttributeInt sets generalizedValue, and isUtc to 1. Decoding fills the value of the
+ * wire's own kind, and sets isUtc to 1 only after a UTCTime was read.
+ */
 typedef struct CertTime {
-    uint32_t isUtc;           /* 1 for UTCTime */
+    uint32_t isUtc;           /* 1: UTCTime */
     int32_t generalizedValue; /* seconds since 1970 */
     int32_t utcValue;         /* seconds since 1970 */
 } CertTime;
@@ -32,7 +36,7 @@ typedef struct PolicyQualifierNode {
 } PolicyQualifierNode;
 KARIL_SIZE_32(PolicyQualifierNode, 36);
 
-/* The certificate policy. */
+/* The certificate policy, one in a certificate. */
 typedef struct PolicyNode {
     uint32_t id;
     Anybuf oid; /* content octets */
@@ -48,8 +52,8 @@ typedef struct DefinedUsageNode {
 KARIL_SIZE_32(DefinedUsageNode, 32);
 
 /*
- * A distribution point. Its URI slot holds the plain URL where it was set, and the whole first GeneralName element,
- * tag and length included, where it was decoded.
+ * A distribution point. Its URI slot holds the plain URL if it was set. If it was decoded, the slot holds the whole
+ * first GeneralName element, with tag and length.
  */
 typedef struct DistributionPointNode {
     uint8_t hasDistributionPoint;
@@ -71,7 +75,7 @@ KARIL_SIZE_32(AccessNode, 36);
 /* An extension that no other field holds. */
 typedef struct PrivateExtensionNode {
     struct PrivateExtensionNode *next;
-    uint32_t id; /* 52 where it was set, 0 where it was decoded */
+    uint32_t id; /* 52 if it was set, 0 if it was decoded */
     Anybuf oid;  /* content octets */
     uint8_t critical;
     Anybuf value; /* content of the extnValue OCTET STRING */
@@ -89,7 +93,10 @@ typedef struct SubjectKeyIdExtension {
     Anybuf keyId;
 } SubjectKeyIdExtension;
 
-/* Where it was set, unusedBits of `bits` is the pad; where it was decoded, the wire's pad octet is its first octet. */
+/*
+ * If it was set, unusedBits of `bits` is the number of unused bits. If it was decoded, that number is the first octet
+ * of `bits`, and unusedBits is 0.
+ */
 typedef struct KeyUsageExtension {
     uint8_t critical;
     Anybuf bits;
@@ -130,7 +137,7 @@ typedef struct AuthorityInfoExtension {
     AccessNode *first;
 } AuthorityInfoExtension;
 
-/* The extension block of a certificate context. The first eleven octets are 1 where the extension is there. */
+/* The extension block of a certificate context. The first eleven octets are 1 if the extension is there. */
 typedef struct CertExtensions {
     uint8_t hasAuthorityKeyId;
     uint8_t hasSubjectKeyId;
@@ -158,22 +165,23 @@ typedef struct CertExtensions {
 KARIL_SIZE_32(CertExtensions, 736);
 
 /*
- * A certificate, built or decoded. Made by KACert_CreateCertEncodeCtx or KACert_CreateCertDecodeCtx, and freed with
- * all it holds by the destroy function of either name. Every Anybuf is embedded; those that decoding fills hold parts
- * of the octets that the context keeps until it is destroyed.
- * The lists of the extensions are the context's own: only the library appends to them and frees them. The names
- * (issuer, subject, the directory names) may also be filled by KI_DecodeIssuerSubject, or freed by KI_FreeName with the
- * head's next then set to null.
+ * A certificate, built or decoded. KACert_CreateCertEncodeCtx and KACert_CreateCertDecodeCtx make it; the destroy
+ * function of either name frees it with all it holds. Every Anybuf is embedded. Those that decoding fills may hold
+ * parts of blocks that the context keeps until it is destroyed: see Anybuf.
+ *
+ * The lists are the context's own: a program may read their nodes, but neither free nor append any. The lists of names
+ * are an exception: issuer, subject, and directoryName of the two alternative names. A program may free them with
+ * KI_FreeName, after which it sets the head's next to null, and fill them with KI_DecodeIssuerSubject.
  */
 typedef struct CertEncodeCtx {
     uint8_t hasVersion;
     uint8_t hasExtensions;                   /* 0: the encoder writes no extensions */
     Anybuf encoded;                          /* the finished certificate; final once filled */
     Anybuf tbs;                              /* the to-be-signed part; filled by decoding */
-    AlgorithmRecord outerSignatureAlgorithm; /* behind the to-be-signed part */
+    AlgorithmRecord outerSignatureAlgorithm; /* after the to-be-signed part */
     Anybuf signature;
-    Anybuf issuerText;  /* cache of CERT_ISSUER_DN */
-    Anybuf subjectText; /* cache of CERT_SUBJECT_DN */
+    Anybuf issuerText;  /* cache of CERT_ISSUER_DN; not renewed if the name changes */
+    Anybuf subjectText; /* cache of CERT_SUBJECT_DN; not renewed if the name changes */
     KACertSignFunc signFunc;
     Anybuf signKey;  /* copy of the hook's parameter; wiped when it is freed */
     int32_t version; /* as on the wire: 2 is v3 */

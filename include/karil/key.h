@@ -1,10 +1,10 @@
 /*
  * karil: RSA keys between the records of crypt.h and their DER forms (RFC 8017 A.1).
  *
- * These functions take a block of numbers, which is a key record less its first word: pass the address of the record's
- * modulus, and set bits where it is wanted. Numbers are big-endian, right-aligned in their fields, zeros on the left.
- * A null pointer that the comment does not allow is KACERT_MemoryErr in this family, and nothing but such a pointer is
- * traced. What was copied of a private key is wiped before it is freed.
+ * These functions take a block of numbers, which is a key record without its first word: pass the address of the
+ * record's modulus, and set bits by yourself if you want it. Numbers are big-endian and right-aligned in their fields,
+ * with zeros on the left. A null pointer that the comment does not allow is KACERT_MemoryErr in this family; of the
+ * failures only this one is traced. Copies of a private key are wiped before they are freed.
  */
 #ifndef KARIL_KEY_H
 #define KARIL_KEY_H
@@ -24,46 +24,49 @@ KARIL_STATIC_ASSERT(sizeof(RsaPrivateKeyRecord) - offsetof(RsaPrivateKeyRecord, 
                     "a private key record ends in its numbers");
 
 /*
- * Writes RSAPublicKey (RFC 8017 A.1.1), the form in the BIT STRING of a SubjectPublicKeyInfo: SEQUENCE { n, e }.
+ * Writes RSAPublicKey (RFC 8017 A.1.1), SEQUENCE { n, e }, as the BIT STRING of a SubjectPublicKeyInfo holds it.
  * `numbers`: KA_PUBLIC_NUMBERS octets. `result`: receives the DER, or null to ask for the length. `resultLength`:
  * receives its octets.
- * Returns 0, also, with the outputs as they were, for an exponent that is zero: set the length to 0 before the call to
- * see that; KACERT_MemoryErr, also for a modulus that is zero.
+ * Returns 0; KACERT_MemoryErr, also if the modulus is zero. If the exponent alone is zero, 0 is returned and the
+ * outputs stay as they were: set the length to 0 before the call to notice it.
  */
 KARIL_API int32_t KA_Encode_PublicKey(const uint8_t *numbers, uint8_t *result, uint32_t *resultLength);
 
 /*
  * Writes RSAPrivateKey (RFC 8017 A.1.2): SEQUENCE { 0, n, e, d, p, q, d mod (p - 1), d mod (q - 1), q^-1 mod p }.
- * `numbers`: KA_PRIVATE_NUMBERS octets. `result`, `resultLength`: as above.
- * Returns 0; KACERT_MemoryErr, also for any number that is zero. Outputs of a failed call are as they were.
+ * `numbers`: KA_PRIVATE_NUMBERS octets. `result`: receives the DER, or null to ask for the length. `resultLength`:
+ * receives its octets.
+ * Returns 0; KACERT_MemoryErr, also if any number is zero. A call that fails leaves its outputs as they were.
  */
 KARIL_API int32_t KA_Encode_PrivateKey(const uint8_t *numbers, uint8_t *result, uint32_t *resultLength);
 
 /*
- * Reads RSAPublicKey. `numbers`: receives KA_PUBLIC_NUMBERS octets. `der`: `length` octets, the element and nothing
- * behind it; they may lie in the block. Integers behind the second are ignored, tags of integers are not looked at. An
- * empty integer is zero. Returns 0; KACERT_InvalidLengthErr for a length below 1, a number that is longer than its
- * field, or an element that is malformed inside; KACERT_LengthNotEqualErr, KACERT_InvalidTagErr for another element
- * than a SEQUENCE of that length; KACERT_InvalidParamErr for a number that is missing; KACERT_MemoryErr for a null
- * pointer. After a failure behind that of a bad
- * length or pointer the block holds the numbers before the bad one, and zeros.
+ * Reads RSAPublicKey (RFC 8017 A.1.1). `numbers`: receives KA_PUBLIC_NUMBERS octets. `der`: `length` octets, the
+ * element and nothing after it; they may lie in the block. Each number is read as KAsn1_ReadIntegerArray does, whatever
+ * its tag; an empty one is zero. Integers after the second are ignored.
+ * Returns 0; KACERT_MemoryErr if a pointer is null; KACERT_InvalidLengthErr if the length is below 1. The block is as
+ * it was after these two. Returns also KACERT_InvalidTagErr for another element than a SEQUENCE;
+ * KACERT_LengthNotEqualErr if it has not exactly `length` octets; KACERT_InvalidLengthErr if a number is longer than
+ * its field, or an inner element is cut off or runs over the end; KACERT_InvalidParamErr if a number is missing. The
+ * block then holds the numbers before the bad one, and zeros.
  */
 KARIL_API int32_t KA_Decode_PublicKey(uint8_t *numbers, const uint8_t *der, int32_t length);
 
 /*
- * Reads RSAPrivateKey into KA_PRIVATE_NUMBERS octets at `numbers`, as above. The version is not looked at, so that a
- * first element of any kind passes. Returns the same, but KACERT_InvalidPrivateKeyErr for a number that is missing.
+ * Reads RSAPrivateKey (RFC 8017 A.1.2) into KA_PRIVATE_NUMBERS octets at `numbers`, in the same way. The version is not
+ * looked at: a first element of any kind is accepted. Returns the same statuses, but KACERT_InvalidPrivateKeyErr if a
+ * number is missing.
  */
 KARIL_API int32_t KA_Decode_PrivateKey(uint8_t *numbers, const uint8_t *der, int32_t length);
 
 /*
  * Wraps a private key in SEQUENCE { 1, OBJECT IDENTIFIER rsaEncryption, OCTET STRING key }. `key`: `length` octets of
- * RSAPrivateKey, which are not looked at. `result`: receives the DER, up to `length` and 26 octets; must not be null.
- * `resultLength`: receives its octets.
- * Departure from PrivateKeyInfo (RFC 5208 5): the version is 1, and the identifier stands in the SEQUENCE itself
- * without an AlgorithmIdentifier around it or parameters, so that readers of the standard form refuse it.
- * Returns 0; KACERT_InvalidLengthErr for an element above 32 bits; KACERT_MemoryErr. Outputs of a failed call are as
- * they were.
+ * RSAPrivateKey, which are not looked at; not null. `result`: receives the DER, at most `length` and 26 octets; must
+ * not be null, so that there is no way to ask for the length. `resultLength`: receives its octets.
+ * Departure from PrivateKeyInfo (PKCS#8, RFC 5208 5): the version is 1, and the identifier stands in the SEQUENCE
+ * itself, without an AlgorithmIdentifier around it and without parameters. Readers of the standard form refuse it.
+ * Returns 0; KACERT_InvalidLengthErr if the element exceeds 32 bits; KACERT_MemoryErr. A call that fails leaves its
+ * outputs as they were.
  */
 KARIL_API int32_t KI_PKCS1to8KEY(const uint8_t *key, uint32_t length, uint8_t *result, uint32_t *resultLength);
 

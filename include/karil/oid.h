@@ -9,20 +9,23 @@ extern "C" {
 #endif
 
 /*
- * Converts dotted text. `text`: arcs in decimal, separated by dots or blanks; not terminated. `length`: its
- * characters. `result`: receives the content octets, at most 1,024, or null to ask for the length and validity
- * alone. `resultLength`: receives their number; must not be null.
- * Returns 0; KACERT_InvalidParamErr for a null or empty text or a length below 1; KACERT_AlgorithmNotSupportErr for
- * text that is no object identifier or needs more than 1,024 octets. Outputs of a failed call are as they were.
+ * Converts dotted text to content octets (X.690 8.19). `text`: arcs in decimal, separated by dots or blanks; not
+ * terminated. `length`: its characters. `result`: receives at most 1,024 octets, or null to ask for the length and
+ * validity alone. `resultLength`: receives the number of octets; must not be null.
+ * Returns 0; KACERT_InvalidParamErr if a pointer is null that may not be, the text is empty or the length is below 1;
+ * KACERT_AlgorithmNotSupportErr if the text is no object identifier or needs more than 1,024 octets. A call that fails
+ * leaves its outputs as they were.
  */
 KARIL_API int32_t KACert_GetOIDValue(const char *text, int32_t length, uint8_t *result, uint32_t *resultLength);
 
 /*
- * The conversion itself. `result`: receives the octets, or null to count. `capacity`: octets at `result`. `length`:
- * the text's characters, or -1 for all up to its terminating zero.
- * The first arc is 0, 1 or 2; arcs are 32-bit and wrap. Departure from X.660: the second arc must be below 40 under
- * 0 only; under 1 it is not bounded, and 1.40.1 starts with the octet 0x50 as 2.0.1 does.
- * Gives the number of octets, or 0 for bad text, a null text or a result above the capacity, with nothing written.
+ * The conversion itself. `result`: receives the octets, or null to count them. `capacity`: octets at `result`. `text`:
+ * as above. `length`: its characters, or -1 if it ends in a zero.
+ * The first arc is 0, 1 or 2, and at least one more arc follows. Arcs are 32-bit numbers that wrap. Departure from
+ * X.660: the second arc must be below 40 under 0 only. It is not bounded under 1, so that 1.40.1 starts with the octet
+ * 0x50 as 2.0.1 does.
+ * Returns the number of octets. Returns 0, with nothing written, if the text is bad or null or the result exceeds the
+ * capacity.
  */
 KARIL_API int32_t KACert_OidTextToDer(uint8_t *result, uint32_t capacity, const char *text, int32_t length);
 

@@ -1,5 +1,5 @@
 // A scanner for two octets that open an element and two that close one. It knows of elements only that one of a few
-// primitive tags can be passed over right behind an opening.
+// primitive tags can be skipped directly after an opening.
 #include "karil/indefinite.h"
 
 #include "ka_asn2.h"
@@ -14,11 +14,11 @@ namespace {
 constexpr uint8_t IndefiniteLength = 0x80;
 constexpr uint8_t TakenOut = 0xAA;
 constexpr uint32_t LongestShort = 0x7F;
-constexpr uint32_t Slack = 500;       // zeros behind the input: the scan looks at no more than 11 of them
+constexpr uint32_t Slack = 500;       // zeros after the input: the scan looks at no more than 11 of them
 constexpr uint32_t MovingSlack = 200; // of these, what moves with the input
 constexpr uint64_t MostMoved = uint64_t{1} << 32;
 
-// The octets that are worked on. All behind `end` are zero.
+// The octets that are worked on. All after `end` are zero.
 struct Work {
     Owned<uint8_t> block;
     uint32_t length; // of the input
@@ -67,7 +67,7 @@ bool isPrimitive(uint8_t tag) {
     return tag >= TagInteger && tag <= TagObjectId;
 }
 
-// What an element has behind the first octet of its length, which is at `at`.
+// The octets of an element after the first octet of its length, which is at `at`.
 uint64_t restOf(const uint8_t *at) {
     if (*at <= IndefiniteLength)
         return *at;
@@ -76,7 +76,7 @@ uint64_t restOf(const uint8_t *at) {
 }
 
 // A definite element with a single short child. The value of a long length is not used, but the cell for it is asked
-// for: where there is none, the input is left as it is.
+// for: without one, the input is left as it is.
 bool staysAsItIs(const uint8_t *octets) {
     if (!isOpener(octets[0]) || octets[1] == IndefiniteLength)
         return false;
@@ -88,7 +88,7 @@ bool staysAsItIs(const uint8_t *octets) {
     return status != KACERT_Ok;
 }
 
-// Counts the marks, and stores them where `marks` is given.
+// Counts the marks, and stores them if `marks` is given.
 uint32_t scan(const Work &work, Mark *marks) {
     const uint8_t *octets = work.octets();
     uint32_t count = 0;
@@ -118,7 +118,7 @@ bool isInsideDefinite(const uint8_t *octets, uint32_t position) {
     return false;
 }
 
-// The octets that `size` is counted as where an outer length is computed.
+// The octets that `size` counts as when an outer length is computed.
 uint32_t countedOctets(uint32_t size) {
     return size <= 0xFF ? 1 : size <= 0xFFFF ? 2 : size <= 0xFFFFFF ? 3 : 4;
 }
@@ -138,7 +138,7 @@ void measure(std::span<Mark> marks, uint32_t index, Sums &sums) {
     opening.excess = sums.excess - end.closing.after.excess;
     opening.size += sums.size - end.closing.after.size;
     sums.size += countedOctets(opening.size);
-    // Where the tail goes is computed from sizes that are 2 less.
+    // The new place of the tail is computed from sizes that are 2 less.
     sums.excess += countedOctets(opening.size) - countedOctets(opening.size - 2);
 }
 
@@ -170,7 +170,7 @@ bool isMovedTooFar(const Mark &mark) {
     return mark.isOpening && mark.opening.excess > 0 && mark.position > 0;
 }
 
-// Moves the octets from `from` to the end, leaving zeros behind them.
+// Moves the octets from `from` to the end, leaving zeros after them.
 void moveTail(Work &work, uint32_t from, uint32_t to) {
     const uint32_t end = work.end + to - from;
     memmove(work.octets() + to, work.octets() + from, work.end - from);
@@ -179,8 +179,8 @@ void moveTail(Work &work, uint32_t from, uint32_t to) {
     work.end = end;
 }
 
-// Takes the paired closings out by moving the tail for each of them. Where a move goes too far back, the closings
-// of the elements around are no longer where they are looked for.
+// Takes the paired closings out by moving the tail for each of them. If a move goes too far back, the closings
+// of the elements around are no longer at their places.
 Status moveTails(Work &work, std::span<const Mark> marks) {
     for (const Mark &mark : marks)
         if (mark.isPairedClosing())
@@ -200,7 +200,7 @@ Status moveTails(Work &work, std::span<const Mark> marks) {
     return KACERT_Ok;
 }
 
-// The same in one pass, where every move goes back by just the closing.
+// The same in one pass, for moves that go back by just the closing.
 void closeGaps(Work &work, std::span<const Mark> marks) {
     uint8_t *octets = work.octets();
     uint32_t from = 0;
@@ -222,7 +222,7 @@ Status takeOutClosings(Work &work, std::span<const Mark> marks) {
     return KACERT_Ok;
 }
 
-// The octets of a length behind the one that stands in the place of 80.
+// The octets of a length after the one that takes the place of 80.
 uint32_t extraOctets(uint32_t size) {
     uint8_t octets[5];
     return size <= LongestShort ? 0 : integerOctets(size, octets);
@@ -236,8 +236,8 @@ void writeLength(uint8_t *at, uint32_t size) {
     memcpy(at, octets, count);
 }
 
-// From the last opening back, so that each stretch between two of them moves once. An opening stands where taking out
-// all closings in front of it would leave it.
+// From the last opening back, so that each stretch between two of them moves once. An opening stands at the place that
+// taking out all closings in front of it would leave it.
 Status writeLengths(Work &work, std::span<const Mark> marks) {
     uint64_t growth = 0;
     uint32_t closings = 0;

@@ -54,7 +54,7 @@ const uint8_t *bareLength(const uint8_t *at, uint32_t &length, uint32_t &octets)
         return nullptr;
     octets = count + 1;
     length = 0;
-    // The octet behind 0x80 is read as the length, although the field is reported as one octet.
+    // The octet after 0x80 is read as the length, although the field is reported as one octet.
     for (count = count == 0 ? 1 : count; count > 0; --count)
         length = length << 8 | *at++;
     return at;
@@ -89,9 +89,9 @@ int32_t KAsn1_Low_GetTagInfo(const uint8_t **cursor, uint32_t **tag, uint32_t **
     if (cursor == nullptr || *cursor == nullptr || tag == nullptr || octets == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     uint32_t value = 0;
-    const uint8_t *behind = bareTag(*cursor, value);
-    KA_PASS(storeCells(value, static_cast<uint32_t>(behind - *cursor), tag, octets));
-    *cursor = behind;
+    const uint8_t *after = bareTag(*cursor, value);
+    KA_PASS(storeCells(value, static_cast<uint32_t>(after - *cursor), tag, octets));
+    *cursor = after;
     return KA_DONE();
 }
 
@@ -101,11 +101,11 @@ int32_t KAsn1_Low_GetLengthInfo(const uint8_t **cursor, uint32_t **length, uint3
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     uint32_t value = 0;
     uint32_t size = 0;
-    const uint8_t *behind = bareLength(*cursor, value, size);
-    if (behind == nullptr)
+    const uint8_t *after = bareLength(*cursor, value, size);
+    if (after == nullptr)
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_Low_GetLengthInfo");
     KA_PASS(storeCells(value, size, length, octets));
-    *cursor = behind;
+    *cursor = after;
     return KA_DONE();
 }
 

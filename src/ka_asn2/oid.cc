@@ -21,7 +21,7 @@ uint32_t base128(uint32_t value, uint8_t (&groups)[5]) {
     return count;
 }
 
-// Counts the content octets of `text`, and writes them where `result` is given; 0 for bad text.
+// Counts the content octets of `text`, and writes them if `result` is given; 0 for bad text.
 uint64_t convert(std::span<const char> text, uint8_t *result) {
     if (text.size() < 3 || text[0] < '0' || text[0] > '2')
         return 0;

@@ -9,7 +9,7 @@ struct Header {
     uint32_t tagOctets = 0;
     uint32_t lengthOctets = 0;
     uint32_t length = 0;
-    uint32_t contentAt = 0; // one behind tag and length field for the 0x80 reading
+    uint32_t contentAt = 0; // one after tag and length field for the 0x80 reading
 
     uint64_t total() const { return uint64_t{tagOctets} + lengthOctets + length; }
     uint64_t contentEnd() const { return uint64_t{contentAt} + length; }
@@ -216,7 +216,7 @@ Status readImplicit(const Element &source, Implicit &out) {
     return checkLevel(out.level.rest, Overrun);
 }
 
-Status behindHeader(Bytes source, Bytes &out) {
+Status afterHeader(Bytes source, Bytes &out) {
     Header header;
     KA_PASS(readHeader(source, KACERT_LengthNotEqualErr, header));
     out = source.subspan(header.contentAt);

@@ -66,7 +66,7 @@ private:
     Element takeLong();
 };
 
-// An implicitly tagged value: a level where it is constructed, else its content.
+// An implicitly tagged value: a level if it is constructed, else its content.
 struct Implicit {
     uint32_t number = 0;
     bool constructed = false;
@@ -74,8 +74,8 @@ struct Implicit {
     Element content;
 };
 
-// Takes the first element off `rest`, without opening it; isKept is false in `out`. `shortage`: the status where the
-// octets do not suffice, `words`: its trace words where the header is all there. On failure both are as they were.
+// Takes the first element off `rest`, without opening it; isKept is false in `out`. `shortage`: the status if there are
+// too few octets, `words`: its trace words if the header is all there. On failure both are as they were.
 [[nodiscard]] Status next(Bytes &rest, Element &out, Status shortage, const char *words);
 
 // Opens a value of exactly the source's octets, with the rules of KAsn1_Low_ReadTagAndLength. `out` may be `source`.
@@ -84,13 +84,13 @@ struct Implicit {
 [[nodiscard]] Status readSequence(const Element &source, Level &out);
 [[nodiscard]] Status readSet(const Element &source, Level &out);
 [[nodiscard]] Status readImplicit(const Element &source, Implicit &out);
-// SEQUENCE { OBJECT IDENTIFIER, ... }: the identifier's content, and the fields behind it. `empty`: the status of a
+// SEQUENCE { OBJECT IDENTIFIER, ... }: the identifier's content, and the fields after it. `empty`: the status of a
 // SEQUENCE without fields, with its trace words.
 constexpr char NoObjectId[] = "------>KAsn1_ReadObjectId";
 [[nodiscard]] Status readTyped(const Element &source, Element &oid, Level &fields,
                                Status empty = KACERT_InvalidParamErr, const char *words = NoObjectId);
-// What stands behind tag and length field, to the end of the source and not of the element.
-[[nodiscard]] Status behindHeader(Bytes source, Bytes &out);
+// What follows tag and length field, to the end of the source and not of the element.
+[[nodiscard]] Status afterHeader(Bytes source, Bytes &out);
 [[nodiscard]] Status readInteger(const Element &source, uint32_t &value);
 [[nodiscard]] Status readBoolean(const Element &source, uint8_t &value);
 

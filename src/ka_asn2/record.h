@@ -15,7 +15,7 @@ void freeKept(KeptOctets *kept);
 // stood there before. The octets are copied, unless they are kept.
 [[nodiscard]] Status store(Anybuf &record, const Element &value);
 
-// Copies a borrowed value into a heap node, also where it is kept.
+// Copies a borrowed value into a heap node, a kept one as well.
 [[nodiscard]] Status newNode(const Element &value, Anybuf **out);
 
 } // namespace karil

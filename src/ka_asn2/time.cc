@@ -35,7 +35,7 @@ int64_t offsetAt(int64_t seconds) {
     return localtime_r(&at, &local) != nullptr ? local.tm_gmtoff : INT64_MAX;
 }
 
-// The offset that holds from a day before the day of `asUtc` to a day behind it, or INT64_MAX where it changes.
+// The offset that holds from a day before the day of `asUtc` to a day after it, or INT64_MAX if it changes.
 int64_t offsetAround(int64_t asUtc, LocalClock &clock) {
     lookUp(clock);
     const int64_t day = asUtc / Day;
@@ -50,11 +50,11 @@ int64_t offsetAround(int64_t asUtc, LocalClock &clock) {
     return offset;
 }
 
-// mktime, for a zone that was looked up. Where the offset changes within days, mktime itself says what holds.
+// mktime, for a zone that was looked up. If the offset changes within these days, mktime itself is asked.
 int64_t localToSeconds(tm local, LocalClock &clock) {
     const int64_t asUtc = (daysBefore(local.tm_year + int64_t{1900}, local.tm_mon) + local.tm_mday - 1) * Day +
                           local.tm_hour * int64_t{3600} + local.tm_min * int64_t{60} + local.tm_sec;
-    // No time behind 2038 is good, so that a day has 32 bits.
+    // No time after 2038 is good, so a day has 32 bits.
     const bool isInRange = asUtc >= 0 && asUtc <= INT32_MAX + Day;
     const int64_t offset = isInRange ? offsetAround(asUtc, clock) : INT64_MAX;
     return offset == INT64_MAX ? mktime(&local) : asUtc - offset;
@@ -78,10 +78,10 @@ Status textTime(Bytes text, LocalClock &clock, int32_t &time) {
     return KACERT_Ok;
 }
 
-// The text behind tag and length field. The element's own length is not looked at.
+// The text after tag and length field. The element's own length is not looked at.
 Status readText(const Element &source, LocalClock &clock, int32_t &time) {
     Bytes text;
-    KA_PASS(behindHeader(source.bytes, text));
+    KA_PASS(afterHeader(source.bytes, text));
     KA_STEP_AS("------>KAsn1_Low_CtoITime", textTime(text, clock, time));
     return KACERT_Ok;
 }

@@ -51,15 +51,13 @@ void Writer::grow(uint64_t needed) {
 }
 
 void Writer::reserve(uint64_t size) {
-    if (failure != KACERT_Ok)
-        return;
     const uint64_t needed = used + size + uint64_t{openConstructs} * LengthRoom;
-    if (needed > capacity || block == nullptr)
+    if ((needed > capacity || block == nullptr) && failure == KACERT_Ok)
         grow(needed);
 }
 
 // `size` more octets, or null.
-uint8_t *Writer::extend(uint64_t size) {
+inline uint8_t *Writer::extend(uint64_t size) {
     reserve(size);
     if (failure != KACERT_Ok)
         return nullptr;
@@ -167,6 +165,15 @@ Status Writer::moveTo(Anybuf &record) {
     const uint32_t tag = normalTag();
     freeData(record);
     record = {block.release(), used, 0, 2, tag, nullptr, nullptr};
+    return KACERT_Ok;
+}
+
+Status handOut(const Writer &written, uint8_t *result, uint32_t *resultLength) {
+    KA_PASS(written.status());
+    const Bytes octets = written.since(0);
+    *resultLength = static_cast<uint32_t>(octets.size());
+    if (result != nullptr && !octets.empty())
+        memcpy(result, octets.data(), octets.size());
     return KACERT_Ok;
 }
 

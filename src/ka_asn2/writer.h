@@ -69,6 +69,9 @@ private:
     bool isSecret;
 };
 
+// Stores the length of what was written and, with a buffer, the octets.
+[[nodiscard]] Status handOut(const Writer &written, uint8_t *result, uint32_t *resultLength);
+
 // A constructed element: what is written while it lives is its content.
 class Construct {
 public:

@@ -268,7 +268,7 @@ template <auto Name> Status answerUnitsOf(Ctx &ctx, const Answer &answer) {
 #define KA_SUBJECT_ALT(REST, KIND, GET)                                                                                \
     KA_ROW(CERT_SUBJECT_ALT_##REST, (addToAltName<KIND, &Ext::subjectAltName, &Ext::hasSubjectAltName>), GET)
 #define KA_ISSUER_ALT(REST, KIND, GET)                                                                                 \
-    KA_ROW_AS(CERT_ISSUER_ALT_##REST, "CERT_SUBJECT_ALT_" #REST, "CERT_ISSUER_ALT_" #REST,                             \
+    KA_ROW_AS(CERT_ISSUER_ALT_##REST, "CERT_SUBJECT_ALT_" #REST,                                                       \
               (addToAltName<KIND, &Ext::issuerAltName, &Ext::hasIssuerAltName>), GET)
 #define KA_ALT_SLOT(ID, FORM, FIELD) KA_ROW(ID, (setAltName<FORM, FIELD>), (answerAltName<FORM, FIELD>))
 
@@ -310,11 +310,9 @@ constexpr Attribute<Ctx> Rows[] = {
     KA_ROW(CERT_SUBJECTPUBLICKEYINFO, setPublicKey, answerField<&Ctx::publicKey>),
 
     KA_ROW(CERTEX_AUTHORITYKEYIDENTIFIER_CRITICAL, setCritical<&Ext::authorityKeyId>, nullptr),
-    KA_ROW_AS(CERTEX_AUTHORITYKEYIDENTIFIER, "CERTEX_AUTHORITY_KEYIDENTIFIER", "CERTEX_AUTHORITYKEYIDENTIFIER",
-              setAuthorityKeyId, answerAuthorityKeyId),
+    KA_ROW_AS(CERTEX_AUTHORITYKEYIDENTIFIER, "CERTEX_AUTHORITY_KEYIDENTIFIER", setAuthorityKeyId, answerAuthorityKeyId),
     KA_ROW(CERTEX_SUBJECTKEYIDENTIFIER_CRITICAL, setCritical<&Ext::subjectKeyId>, nullptr),
-    KA_ROW_AS(CERTEX_SUBJECTKEYIDENTIFIER, "CERTEX_AUTHORITY_KEYIDENTIFIER", "CERTEX_SUBJECTKEYIDENTIFIER",
-              setSubjectKeyId,
+    KA_ROW_AS(CERTEX_SUBJECTKEYIDENTIFIER, "CERTEX_AUTHORITY_KEYIDENTIFIER", setSubjectKeyId,
               (answerExtension<&Ext::hasSubjectKeyId, &Ext::subjectKeyId, &SubjectKeyIdExtension::keyId>)),
     KA_ROW(CERTEX_KEYUSAGE_CRITICAL, setCritical<&Ext::keyUsage>,
            (answerExtension<&Ext::hasKeyUsage, &Ext::keyUsage, &KeyUsageExtension::critical>)),

@@ -8,7 +8,7 @@ Status takeField(Level &fields, Element &out) {
     return takeField(fields, out, KACERT_CertNotEndErr, "------>KACERT_CertNotEndErr");
 }
 
-// Version and serial number. `first` is the version only where it is tagged [0].
+// Version and serial number. The first field is the version only if it is tagged [0].
 Status readVersionAndSerial(CertDecodeCtx &ctx, Level &fields) {
     Element field = fields.take();
     Element content;
@@ -77,7 +77,7 @@ Status decodeTbs(const Element &tbs, CertDecodeCtx &ctx) {
     return KACERT_Ok;
 }
 
-// Certificate ::= SEQUENCE { tbsCertificate, signatureAlgorithm, signatureValue BIT STRING }, perhaps cut off behind
+// Certificate ::= SEQUENCE { tbsCertificate, signatureAlgorithm, signatureValue BIT STRING }, perhaps cut off after
 // one of the first two
 Status decodeCertificate(Bytes der, CertDecodeCtx &ctx) {
     Level parts;

@@ -5,47 +5,47 @@ using namespace karil;
 namespace {
 
 // Version ::= [0] EXPLICIT INTEGER
-Status writeVersion(int32_t version, Anybuf **out) {
-    Chain integer;
-    KA_STEP(KAsn1_WriteInteger(static_cast<uint32_t>(version), integer.slot()));
-    KA_STEP(KAsn1_WriteExplicit(integer.head(), 0, out));
-    return KACERT_Ok;
+void writeVersion(Writer &out, int32_t version) {
+    const Construct wrapper(out, 0xA0);
+    out.integer(static_cast<uint32_t>(version));
 }
 
 // Validity ::= SEQUENCE { notBefore Time, notAfter Time }
-Status writeValidity(const CertEncodeCtx &ctx, Anybuf **out) {
-    Chain times;
-    KA_PASS(writeTime(ctx.notBefore.isUtc != 0, ctx.notBefore.generalizedValue, times.slot()));
-    KA_PASS(writeTime(ctx.notAfter.isUtc != 0, ctx.notAfter.generalizedValue, times.slot()));
-    KA_STEP(KAsn1_WriteSequence(times.head(), out));
+Status writeValidity(Writer &out, const CertEncodeCtx &ctx) {
+    const Construct validity(out, TagSequence);
+    LocalClock clock;
+    for (const CertTime *time : {&ctx.notBefore, &ctx.notAfter})
+        KA_PASS(writeTime(out, time->isUtc != 0, time->generalizedValue, clock));
     return KACERT_Ok;
 }
 
 // TBSCertificate ::= SEQUENCE { version, serialNumber, signature, issuer, validity, subject, subjectPublicKeyInfo,
 //                               extensions [3] OPTIONAL }
-Status writeTbs(CertEncodeCtx &ctx, Anybuf **out) {
-    Chain fields;
-    KA_PASS(writeVersion(ctx.version, fields.slot()));
-    KA_STEP(KAsn1_WriteIntegerArray(&ctx.serialNumber, fields.slot()));
-    KA_PASS(writeAlgorithm(ctx.innerSignatureAlgorithm, fields.slot()));
-    KA_PASS(writeName(ctx.issuer, ctx.issuerDer, fields.slot()));
-    KA_STEP(KI_Cert_EncodeValidity(&ctx, fields.slot()));
-    KA_PASS(writeName(ctx.subject, ctx.subjectDer, fields.slot()));
-    KA_PASS(writePublicKey(ctx.publicKeyAlgorithm, ctx.publicKey, fields.slot()));
-    KA_STEP(KI_Cert_EncodeExtensions(&ctx, fields.slot()));
-    KA_STEP(KAsn1_WriteSequence(fields.head(), out));
+Status writeTbs(Writer &out, CertEncodeCtx &ctx) {
+    const Construct tbs(out, TagSequence);
+    writeVersion(out, ctx.version);
+    KA_STEP_AS("------>KAsn1_WriteIntegerArray", out.number(bytesOf(ctx.serialNumber)));
+    writeAlgorithm(out, ctx.innerSignatureAlgorithm);
+    KA_PASS(writeName(out, ctx.issuer, ctx.issuerDer));
+    KA_STEP_AS("------>KI_Cert_EncodeValidity", writeValidity(out, ctx));
+    KA_PASS(writeName(out, ctx.subject, ctx.subjectDer));
+    writePublicKey(out, ctx.publicKeyAlgorithm, ctx.publicKey);
+    KA_STEP_AS("------>KI_Cert_EncodeExtensions", writeExtensions(out, ctx));
+    return KACERT_Ok;
+}
+
+Status sign(CertEncodeCtx &ctx, Bytes tbs) {
+    HookOutput signature;
+    KA_PASS(callWithFixedArea(ctx.signFunc, ctx.signKey, tbs, signature));
+    KA_STEP(KACert_SetCertAttributeChar(&ctx, CERT_CA_SIGNATURE, signature.octets.get(),
+                                        static_cast<int32_t>(signature.length)));
     return KACERT_Ok;
 }
 
 // Certificate ::= SEQUENCE { tbsCertificate, signatureAlgorithm, signatureValue BIT STRING }
-Status writeCertificate(CertEncodeCtx &ctx, Anybuf **out) {
-    Chain fields;
-    KA_PASS(writeTbs(ctx, fields.slot()));
-    HookOutput signature;
-    KA_PASS(callWithFixedArea(ctx.signFunc, ctx.signKey, *fields.head(), signature));
-    KA_STEP(KACert_SetCertAttributeChar(&ctx, CERT_CA_SIGNATURE, signature.octets.get(),
-                                        static_cast<int32_t>(signature.length)));
-    return writeSigned(fields, ctx.outerSignatureAlgorithm, ctx.signature, out);
+Status writeCertificate(Writer &out, CertEncodeCtx &ctx) {
+    return writeSigned(
+        out, ctx, [&] { return writeTbs(out, ctx); }, [&](Bytes tbs) { return sign(ctx, tbs); });
 }
 
 } // namespace

@@ -6,36 +6,29 @@ namespace karil {
 
 namespace {
 
-// SEQUENCE { OID id-qt-cps, IA5String }, one for each CPS
-Status writeQualifiers(const PolicyNode &policy, Anybuf **out) {
-    Chain qualifiers;
+// policyQualifiers ::= SEQUENCE OF SEQUENCE { OID id-qt-cps, IA5String }, one for each CPS
+Status writeQualifiers(Writer &out, const PolicyNode &policy) {
+    const Construct qualifiers(out, TagSequence);
+    bool hasCps = false;
     for (const PolicyQualifierNode *node = policy.cps; node != nullptr; node = node->next) {
         if (node->isCps == 0)
             continue;
-        Chain fields;
-        KA_STEP_AS("------>KAsn1_WriteObjectId", writeOid(OidCps, fields.slot()));
-        KA_STEP(KAsn1_WriteIa5String(&node->uri, fields.slot()));
-        KA_STEP(KAsn1_WriteSequence(fields.head(), qualifiers.slot()));
+        hasCps = true;
+        const Construct qualifier(out, TagSequence);
+        out.objectId(OidCps);
+        out.element(TagIa5String, bytesOf(node->uri));
     }
-    if (qualifiers.head() == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>NO CPS INFO");
-    KA_STEP(KAsn1_WriteSequence(qualifiers.head(), out));
-    return KACERT_Ok;
+    return hasCps ? KACERT_Ok : KA_FAIL(KACERT_InvalidParamErr, "------>NO CPS INFO");
 }
 
 // CertificatePolicies ::= SEQUENCE { SEQUENCE { policyIdentifier, policyQualifiers } }
-Status writePolicies(const CertPolicyExtension &field, Anybuf **out) {
-    const PolicyNode *policy = field.policy;
+Status writePolicies(Writer &out, const PolicyNode *policy) {
     if (policy == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>NO CPS INFO");
-    const AlgorithmRecord oid = {policy->id, policy->oid};
-    Chain fields;
-    KA_STEP(KAsn1_WriteObjectId(&oid, fields.slot()));
-    KA_PASS(writeQualifiers(*policy, fields.slot()));
-    Chain information;
-    KA_STEP(KAsn1_WriteSequence(fields.head(), information.slot()));
-    KA_STEP(KAsn1_WriteSequence(information.head(), out));
-    return KACERT_Ok;
+    const Construct policies(out, TagSequence);
+    const Construct information(out, TagSequence);
+    out.objectId(bytesOf(policy->oid));
+    return writeQualifiers(out, *policy);
 }
 
 // The octets fill the end of a little-endian word; more than four are not read.
@@ -46,158 +39,199 @@ uint32_t maskWord(Bytes mask) {
     return word[0] | uint32_t{word[1]} << 8 | uint32_t{word[2]} << 16 | uint32_t{word[3]} << 24;
 }
 
-Status writeMaskUsages(uint32_t mask, Chain &usages) {
+void writeMaskUsages(Writer &out, uint32_t mask) {
     uint8_t oid[sizeof OidKeyPurpose + 1];
     memcpy(oid, OidKeyPurpose, sizeof OidKeyPurpose);
     for (uint32_t n = 1; n <= KeyPurposes; ++n) {
-        if ((mask & keyPurposeBit(n)) == 0)
-            continue;
         oid[sizeof OidKeyPurpose] = static_cast<uint8_t>(n);
-        KA_STEP_AS("------>KAsn1_WriteObjectId", writeOid(oid, usages.slot()));
+        if ((mask & keyPurposeBit(n)) != 0)
+            out.objectId(oid);
     }
-    return KACERT_Ok;
 }
 
 // ExtKeyUsageSyntax ::= SEQUENCE OF OBJECT IDENTIFIER
-Status writeExtKeyUsage(const ExtKeyUsageExtension &field, Anybuf **out) {
-    Chain usages;
-    KA_PASS(writeMaskUsages(maskWord(bytesOf(field.mask)), usages));
+Status writeUsages(Writer &out, const ExtKeyUsageExtension &field) {
+    const Construct usages(out, TagSequence);
+    writeMaskUsages(out, maskWord(bytesOf(field.mask)));
     for (const DefinedUsageNode *node = field.definedOids; node != nullptr; node = node->next) {
         uint8_t oid[1024];
         uint32_t size = 0;
         KA_STEP(KACert_GetOIDValue(reinterpret_cast<const char *>(node->dotted.data),
                                    static_cast<int32_t>(node->dotted.length), oid, &size));
-        KA_STEP_AS("------>KAsn1_WriteObjectId", writeOid(Bytes(oid, size), usages.slot()));
+        out.objectId({oid, size});
     }
-    KA_STEP(KAsn1_WriteSequence(usages.head(), out));
     return KACERT_Ok;
 }
 
-// DistributionPoint ::= SEQUENCE { distributionPoint [0] { fullName [0] { uniformResourceIdentifier [6] } } }
-Status writeDistributionPoint(const DistributionPointNode &node, Anybuf **out) {
-    Chain point;
-    if (node.hasDistributionPoint != 0 && node.hasFullName != 0 && node.fullName.present[FormUri] != 0)
-        KA_PASS(writeFullName(node.fullName.uniformResourceIdentifier, point.slot()));
-    KA_STEP(KAsn1_WriteSequence(point.head(), out));
-    return KACERT_Ok;
-}
-
-Status writeDistributionPoints(const CrlDistPointsExtension &field, Anybuf **out) {
-    Chain points;
-    for (const DistributionPointNode *node = field.first; node != nullptr; node = node->next)
-        KA_PASS(writeDistributionPoint(*node, points.slot()));
-    KA_STEP(KAsn1_WriteSequence(points.head(), out));
-    return KACERT_Ok;
+// CRLDistributionPoints ::= SEQUENCE OF SEQUENCE { distributionPoint [0] { fullName [0] { URI [6] } } }
+void writePoints(Writer &out, const DistributionPointNode *first) {
+    const Construct points(out, TagSequence);
+    for (const DistributionPointNode *node = first; node != nullptr; node = node->next) {
+        const Construct point(out, TagSequence);
+        if (node->hasDistributionPoint != 0 && node->hasFullName != 0 && node->fullName.present[FormUri] != 0)
+            writeFullName(out, node->fullName.uniformResourceIdentifier);
+    }
 }
 
 // BasicConstraints ::= SEQUENCE { cA BOOLEAN DEFAULT FALSE, pathLenConstraint INTEGER OPTIONAL }
-Status writeBasicConstraints(const BasicConstraintsExtension &field, Anybuf **out) {
-    Chain fields;
+void writeConstraints(Writer &out, const BasicConstraintsExtension &field) {
+    const Construct constraints(out, TagSequence);
     if (field.isCa != 0)
-        KA_STEP(KAsn1_WriteBoolean(&field.isCa, fields.slot()));
+        out.boolean(true);
     if (field.hasPathLen != 0)
-        KA_STEP(KAsn1_WriteInteger(field.pathLen.length > 0 ? field.pathLen.data[0] : 0u, fields.slot()));
-    KA_STEP(KAsn1_WriteSequence(fields.head(), out));
-    return KACERT_Ok;
+        out.integer(field.pathLen.length > 0 ? field.pathLen.data[0] : 0u);
 }
 
 // GeneralNames with the directory name alone
-Status writeIssuerAltName(const AltNameExtension &field, Anybuf **out) {
-    Chain name;
-    KA_STEP(KI_EncodeIssuerSuject(&field.names.directoryName, name.slot()));
-    Chain directoryName;
-    KA_STEP(KAsn1_WriteExplicit(name.head(), FormDirectoryName, directoryName.slot()));
-    KA_STEP(KAsn1_WriteSequence(directoryName.head(), out));
+Status writeIssuerNames(Writer &out, const NameRecord &head) {
+    const Construct names(out, TagSequence);
+    const Construct directoryName(out, 0xA0 | FormDirectoryName);
+    KA_STEP_AS("------>KI_EncodeIssuerSuject", encodeName(out, head));
     return KACERT_Ok;
 }
 
-Status writeSubjectKeyId(const SubjectKeyIdExtension &field, Anybuf **out) {
-    KA_STEP(KAsn1_WriteOctetString(&field.keyId, out));
-    return KACERT_Ok;
+// OCTET STRING { SEQUENCE OF AccessDescription { accessMethod OBJECT IDENTIFIER, accessLocation [6] } }
+void writeDescriptions(Writer &out, const AccessNode *first) {
+    const Construct value(out, TagOctetString);
+    const Construct descriptions(out, TagSequence);
+    for (const AccessNode *node = first; node != nullptr; node = node->next) {
+        const Construct description(out, TagSequence);
+        out.objectId(node->method == MethodOcsp ? Bytes(OidOcsp) : Bytes(OidCaIssuers));
+        out.element(0x80 | FormUri, bytesOf(node->location));
+    }
 }
 
-Status writeSubjectAltName(AltNameExtension &field, Anybuf **out) {
-    KA_STEP(KI_EncodeGeneralNameS(&field.names, out));
-    return KACERT_Ok;
+// SEQUENCE { NULL }
+void writeNullSequence(Writer &out) {
+    const Construct sequence(out, TagSequence);
+    out.null();
 }
 
-Status writeKeyUsage(const KeyUsageExtension &field, Anybuf **out) {
-    KA_STEP(KAsn1_WriteBitString(&field.bits, out));
-    return KACERT_Ok;
+// The extensions one by one.
+
+Status writeAuthority(Writer &out, CertEncodeCtx &ctx) {
+    return writeAuthorityKeyId(out, ctx.extensions.authorityKeyId);
 }
 
-// AccessDescription ::= SEQUENCE { accessMethod OBJECT IDENTIFIER, accessLocation [6] }
-Status writeAccess(const AccessNode &node, Anybuf **out) {
-    Chain fields;
-    KA_STEP_AS("------>KAsn1_WriteObjectId",
-               writeOid(node.method == MethodOcsp ? Bytes(OidOcsp) : Bytes(OidCaIssuers), fields.slot()));
-    KA_PASS(writeTaggedIa5(node.location, FormUri, fields.slot()));
-    KA_STEP(KAsn1_WriteSequence(fields.head(), out));
-    return KACERT_Ok;
+Status writeSubjectKeyId(Writer &out, CertEncodeCtx &ctx) {
+    const SubjectKeyIdExtension &field = ctx.extensions.subjectKeyId;
+    return writeExtension(out, OidSubjectKeyId, field.critical, [&] {
+        out.octetString(bytesOf(field.keyId));
+        return out.status();
+    });
 }
 
-Status writeAuthorityInfo(CertEncodeCtx &ctx, Anybuf **out) {
+Status writeCertPolicies(Writer &out, CertEncodeCtx &ctx) {
+    const CertPolicyExtension &field = ctx.extensions.certPolicy;
+    return writeExtension(out, OidCertPolicies, field.critical, [&] { return writePolicies(out, field.policy); });
+}
+
+Status writeIssuerAltName(Writer &out, CertEncodeCtx &ctx) {
+    const AltNameExtension &field = ctx.extensions.issuerAltName;
+    return writeExtension(out, OidIssuerAltName, field.critical,
+                          [&] { return writeIssuerNames(out, field.names.directoryName); });
+}
+
+Status writeSubjectAltName(Writer &out, CertEncodeCtx &ctx) {
+    AltNameExtension &field = ctx.extensions.subjectAltName;
+    return writeExtension(out, OidSubjectAltName, field.critical, [&]() -> Status {
+        KA_STEP_AS("------>KI_EncodeGeneralNameS", encodeGeneralNames(out, field.names));
+        return KACERT_Ok;
+    });
+}
+
+Status writeBasicConstraints(Writer &out, CertEncodeCtx &ctx) {
+    const BasicConstraintsExtension &field = ctx.extensions.basicConstraints;
+    return writeExtension(out, OidBasicConstraints, field.critical, [&] {
+        writeConstraints(out, field);
+        return out.status();
+    });
+}
+
+Status writeKeyUsage(Writer &out, CertEncodeCtx &ctx) {
+    const KeyUsageExtension &field = ctx.extensions.keyUsage;
+    return writeExtension(out, OidKeyUsage, field.critical, [&] {
+        out.bitString(bytesOf(field.bits), field.bits.unusedBits);
+        return out.status();
+    });
+}
+
+Status writeExtKeyUsage(Writer &out, CertEncodeCtx &ctx) {
+    const ExtKeyUsageExtension &field = ctx.extensions.extKeyUsage;
+    return writeExtension(out, OidExtKeyUsage, field.critical, [&] { return writeUsages(out, field); });
+}
+
+Status writeCrlDistPoints(Writer &out, CertEncodeCtx &ctx) {
+    const CrlDistPointsExtension &field = ctx.extensions.crlDistPoints;
+    return writeExtension(out, OidCrlDistPoints, field.critical, [&] {
+        writePoints(out, field.first);
+        return out.status();
+    });
+}
+
+// Without a description, SEQUENCE { NULL } stands in the place of extnValue.
+Status writeAuthorityInfo(Writer &out, CertEncodeCtx &ctx) {
     const AuthorityInfoExtension &field = ctx.extensions.authorityInfo;
-    Chain fields;
-    KA_PASS(writeExtensionHead(OidAuthorityInfo, field.critical, fields));
-    KA_STEP(KI_CERT_EncodeDiscriptList(field.first, fields.slot()));
-    KA_STEP(KAsn1_WriteSequence(fields.head(), out));
-    return KACERT_Ok;
+    const Construct extension(out, TagSequence);
+    writeExtensionHead(out, OidAuthorityInfo, field.critical);
+    if (field.first != nullptr)
+        writeDescriptions(out, field.first);
+    else
+        writeNullSequence(out);
+    return out.status();
 }
 
-Status writePrivate(CertEncodeCtx &ctx, Anybuf **out) {
-    Chain extensions;
+Status writePrivate(Writer &out, const PrivateExtensionNode &node) {
+    return writeExtension(out, bytesOf(node.oid), node.critical, [&] {
+        out.octets(bytesOf(node.value));
+        return out.status();
+    });
+}
+
+Status writePrivateExtensions(Writer &out, CertEncodeCtx &ctx) {
     for (const PrivateExtensionNode *node = ctx.extensions.privateExtensions; node != nullptr; node = node->next)
-        KA_PASS(writeExtension(bytesOf(node->oid), node->critical, node->value, extensions.slot()));
-    if (extensions.head() != nullptr)
-        extensions.moveTo(out);
+        KA_PASS(writePrivate(out, *node));
     return KACERT_Ok;
 }
 
 // The extensions in the order in which they are written.
 struct Position {
     uint8_t CertExtensions::*flag;
-    int32_t (*encode)(CertEncodeCtx *, Anybuf **);
+    Status (*write)(Writer &, CertEncodeCtx &);
     const char *words; // of a failure; null for none
 };
 constexpr Position Order[] = {
-    {&CertExtensions::hasAuthorityKeyId, KI_Cert_EncodeExtension_AuthorityKeyIdentifyer,
-     "------>KI_Cert_EncodeExtension_AuthorityKeyIdentifyer"},
-    {&CertExtensions::hasSubjectKeyId, KI_Cert_EncodeExtension_SubjectKeyIdentifier,
-     "------>KI_Cert_EncodeExtension_SubjectKeyIdentifier"},
-    {&CertExtensions::hasCertPolicies, KI_Cert_EncodeExtension_CertificatePolicies,
-     "------>KI_Cert_EncodeExtension_CertificatePolicies"},
-    {&CertExtensions::hasIssuerAltName, KI_Cert_EncodeExtension_IssuerAltName,
-     "------>KI_Cert_EncodeExtension_IssuerAltName"},
-    {&CertExtensions::hasSubjectAltName, KI_Cert_EncodeExtension_SubjectAltName,
-     "------>KI_Cert_EncodeExtension_SubjectAltName"},
-    {&CertExtensions::hasBasicConstraints, KI_Cert_EncodeExtension_BasicConstraint,
-     "------>KI_Cert_EncodeExtension_BasicConstraint"},
-    {&CertExtensions::hasKeyUsage, KI_Cert_EncodeExtension_KeyUsage, "------>KI_Cert_EncodeExtension_KeyUsage"},
-    {&CertExtensions::hasExtKeyUsage, KI_Cert_EncodeExtension_ExtKeyUsage, nullptr},
-    {&CertExtensions::hasCrlDistPoints, KI_Cert_EncodeExtension_CrlDistributePoint,
-     "------>KI_Cert_EncodeExtension_CrlDistributePoint"},
-    {&CertExtensions::hasAuthorityInfo, KI_Cert_EncodeExtension_AIA, "------>KI_Cert_EncodeExtension_AIA"},
-    {&CertExtensions::hasPrivate, KI_Cert_EncodeExtension_Private, "------>KI_Cert_EncodeExtension_Private"},
+    {&CertExtensions::hasAuthorityKeyId, writeAuthority, "------>KI_Cert_EncodeExtension_AuthorityKeyIdentifyer"},
+    {&CertExtensions::hasSubjectKeyId, writeSubjectKeyId, "------>KI_Cert_EncodeExtension_SubjectKeyIdentifier"},
+    {&CertExtensions::hasCertPolicies, writeCertPolicies, "------>KI_Cert_EncodeExtension_CertificatePolicies"},
+    {&CertExtensions::hasIssuerAltName, writeIssuerAltName, "------>KI_Cert_EncodeExtension_IssuerAltName"},
+    {&CertExtensions::hasSubjectAltName, writeSubjectAltName, "------>KI_Cert_EncodeExtension_SubjectAltName"},
+    {&CertExtensions::hasBasicConstraints, writeBasicConstraints, "------>KI_Cert_EncodeExtension_BasicConstraint"},
+    {&CertExtensions::hasKeyUsage, writeKeyUsage, "------>KI_Cert_EncodeExtension_KeyUsage"},
+    {&CertExtensions::hasExtKeyUsage, writeExtKeyUsage, nullptr},
+    {&CertExtensions::hasCrlDistPoints, writeCrlDistPoints, "------>KI_Cert_EncodeExtension_CrlDistributePoint"},
+    {&CertExtensions::hasAuthorityInfo, writeAuthorityInfo, "------>KI_Cert_EncodeExtension_AIA"},
+    {&CertExtensions::hasPrivate, writePrivateExtensions, "------>KI_Cert_EncodeExtension_Private"},
 };
 
-// Extensions ::= [3] EXPLICIT SEQUENCE OF Extension, or nothing
-Status writeExtensions(CertEncodeCtx &ctx, Anybuf **out) {
+} // namespace
+
+// extensions [3] EXPLICIT SEQUENCE OF Extension
+Status writeExtensions(Writer &out, CertEncodeCtx &ctx) {
     if (ctx.hasExtensions == 0)
         return KACERT_Ok;
-    Chain extensions;
+    const Construct wrapper(out, 0xA3);
+    const Construct extensions(out, TagSequence);
     for (const Position &position : Order) {
         if (ctx.extensions.*position.flag == 0)
             continue;
         if (position.words != nullptr)
-            KA_STEP_AS(position.words, position.encode(&ctx, extensions.slot()));
+            KA_STEP_AS(position.words, position.write(out, ctx));
         else
-            KA_PASS(position.encode(&ctx, extensions.slot()));
+            KA_PASS(position.write(out, ctx));
     }
-    return writeExtensionList(extensions, 3, out);
+    return KACERT_Ok;
 }
-
-} // namespace
 
 } // namespace karil
 
@@ -208,61 +242,39 @@ int32_t KI_Cert_EncodeExtensions(CertEncodeCtx *ctx, Anybuf **out) {
 }
 
 int32_t KI_Cert_EncodeExtension_AuthorityKeyIdentifyer(CertEncodeCtx *ctx, Anybuf **out) {
-    return KA_FRAMED(
-        "KI_Cert_EncodeExtension_AuthorityKeyIdentifyer",
-        encodePart(ctx, out,
-                   writeFieldExtension<OidAuthorityKeyId, &CertExtensions::authorityKeyId, writeAuthorityKeyId>));
+    return KA_FRAMED("KI_Cert_EncodeExtension_AuthorityKeyIdentifyer", encodePart(ctx, out, writeAuthority));
 }
 
 int32_t KI_Cert_EncodeExtension_SubjectKeyIdentifier(CertEncodeCtx *ctx, Anybuf **out) {
-    return KA_FRAMED(
-        "KI_Cert_EncodeExtension_SubjectKeyIdentifier",
-        encodePart(ctx, out, writeFieldExtension<OidSubjectKeyId, &CertExtensions::subjectKeyId, writeSubjectKeyId>));
+    return KA_FRAMED("KI_Cert_EncodeExtension_SubjectKeyIdentifier", encodePart(ctx, out, writeSubjectKeyId));
 }
 
 int32_t KI_Cert_EncodeExtension_CertificatePolicies(CertEncodeCtx *ctx, Anybuf **out) {
-    return KA_FRAMED(
-        "KI_Cert_EncodeExtension_CertificatePolicies",
-        encodePart(ctx, out, writeFieldExtension<OidCertPolicies, &CertExtensions::certPolicy, writePolicies>));
+    return KA_FRAMED("KI_Cert_EncodeExtension_CertificatePolicies", encodePart(ctx, out, writeCertPolicies));
 }
 
 int32_t KI_Cert_EncodeExtension_IssuerAltName(CertEncodeCtx *ctx, Anybuf **out) {
-    return KA_FRAMED(
-        "KI_Cert_EncodeExtension_IssuerAltName",
-        encodePart(ctx, out,
-                   writeFieldExtension<OidIssuerAltName, &CertExtensions::issuerAltName, writeIssuerAltName>));
+    return KA_FRAMED("KI_Cert_EncodeExtension_IssuerAltName", encodePart(ctx, out, writeIssuerAltName));
 }
 
 int32_t KI_Cert_EncodeExtension_SubjectAltName(CertEncodeCtx *ctx, Anybuf **out) {
-    return KA_FRAMED(
-        "KI_Cert_EncodeExtension_SubjectAltName",
-        encodePart(ctx, out,
-                   writeFieldExtension<OidSubjectAltName, &CertExtensions::subjectAltName, writeSubjectAltName>));
+    return KA_FRAMED("KI_Cert_EncodeExtension_SubjectAltName", encodePart(ctx, out, writeSubjectAltName));
 }
 
 int32_t KI_Cert_EncodeExtension_BasicConstraint(CertEncodeCtx *ctx, Anybuf **out) {
-    return KA_FRAMED(
-        "KI_Cert_EncodeExtension_BasicConstraint",
-        encodePart(ctx, out,
-                   writeFieldExtension<OidBasicConstraints, &CertExtensions::basicConstraints, writeBasicConstraints>));
+    return KA_FRAMED("KI_Cert_EncodeExtension_BasicConstraint", encodePart(ctx, out, writeBasicConstraints));
 }
 
 int32_t KI_Cert_EncodeExtension_KeyUsage(CertEncodeCtx *ctx, Anybuf **out) {
-    return KA_FRAMED("KI_Cert_EncodeExtension_KeyUsage",
-                     encodePart(ctx, out, writeFieldExtension<OidKeyUsage, &CertExtensions::keyUsage, writeKeyUsage>));
+    return KA_FRAMED("KI_Cert_EncodeExtension_KeyUsage", encodePart(ctx, out, writeKeyUsage));
 }
 
 int32_t KI_Cert_EncodeExtension_ExtKeyUsage(CertEncodeCtx *ctx, Anybuf **out) {
-    return KA_FRAMED(
-        "KI_Cert_EncodeExtension_ExtKeyUsage",
-        encodePart(ctx, out, writeFieldExtension<OidExtKeyUsage, &CertExtensions::extKeyUsage, writeExtKeyUsage>));
+    return KA_FRAMED("KI_Cert_EncodeExtension_ExtKeyUsage", encodePart(ctx, out, writeExtKeyUsage));
 }
 
 int32_t KI_Cert_EncodeExtension_CrlDistributePoint(CertEncodeCtx *ctx, Anybuf **out) {
-    return KA_FRAMED(
-        "KI_Cert_EncodeExtension_CrlDistributePoint",
-        encodePart(ctx, out,
-                   writeFieldExtension<OidCrlDistPoints, &CertExtensions::crlDistPoints, writeDistributionPoints>));
+    return KA_FRAMED("KI_Cert_EncodeExtension_CrlDistributePoint", encodePart(ctx, out, writeCrlDistPoints));
 }
 
 int32_t KI_Cert_EncodeExtension_AIA(CertEncodeCtx *ctx, Anybuf **out) {
@@ -270,31 +282,38 @@ int32_t KI_Cert_EncodeExtension_AIA(CertEncodeCtx *ctx, Anybuf **out) {
 }
 
 int32_t KI_Cert_EncodeExtension_Private(CertEncodeCtx *ctx, Anybuf **out) {
-    return KA_FRAMED("KI_Cert_EncodeExtension_Unknown", encodePart(ctx, out, writePrivate));
+    KA_FRAME("KI_Cert_EncodeExtension_Unknown");
+    KA_PASS(checkPointers({ctx, out}));
+    Chain extensions;
+    for (const PrivateExtensionNode *node = ctx->extensions.privateExtensions; node != nullptr; node = node->next) {
+        Writer extension;
+        KA_PASS(writePrivate(extension, *node));
+        KA_PASS(extension.moveTo(extensions.slot()));
+    }
+    if (extensions.head() != nullptr)
+        extensions.moveTo(out);
+    return KA_DONE();
 }
 
 int32_t KI_CERT_EncodeDiscriptList(const AccessNode *first, Anybuf **out) {
     KA_FRAME("KI_CERT_EncodeDiscriptList");
-    if (out == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    KA_PASS(checkPointers({out}));
     if (first == nullptr) {
         if (WriteNullSequence(out) != KACERT_Ok)
             KA_TRACE("------>WriteNullSequence");
         return KA_DONE();
     }
-    Chain descriptions;
-    for (const AccessNode *node = first; node != nullptr; node = node->next)
-        KA_PASS(writeAccess(*node, descriptions.slot()));
-    Chain sequence;
-    KA_STEP(KAsn1_WriteSequence(descriptions.head(), sequence.slot()));
-    KA_STEP(KAsn1_WriteOctetString(sequence.head(), out));
+    Writer list;
+    writeDescriptions(list, first);
+    KA_PASS(list.moveTo(out));
     return KA_DONE();
 }
 
 int32_t WriteNullSequence(Anybuf **out) {
     KA_FRAME("WriteNullSequence");
-    Chain null;
-    KA_STEP(KAsn1_WriteNull(null.slot()));
-    KA_STEP(KAsn1_WriteSequence(null.head(), out));
+    KA_PASS(checkPointers({out}));
+    Writer sequence(0);
+    writeNullSequence(sequence);
+    KA_PASS(sequence.moveTo(out));
     return KA_DONE();
 }

@@ -56,6 +56,9 @@ template <> inline void clearNode(PrivateExtensionNode &node) {
     freeData(node.value);
 }
 
+// extensions [3] EXPLICIT SEQUENCE OF Extension, if there are any
+[[nodiscard]] Status writeExtensions(Writer &out, CertEncodeCtx &ctx);
+
 // `last`: see append().
 [[nodiscard]] Status decodeExtensions(const Element &extensions, CertExtensions &block, PrivateExtensionNode *&last);
 

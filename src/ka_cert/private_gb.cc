@@ -29,76 +29,67 @@ Status readOid(const char *text, Oid &out) {
     return KACERT_Ok;
 }
 
-Status writeCharacters(const uint8_t *text, int32_t length, Anybuf **out) {
-    if (KACert_EncodeChar(text, length, out) != KACERT_Ok)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>KACert_EncodeChar");
-    return KACERT_Ok;
-}
-
-Status writeUtf8(const uint8_t *text, int32_t length, Anybuf **out) {
-    KA_STEP(KI_EnCodeUtf8(text, length, out));
-    return KACERT_Ok;
-}
-
 // The numbers of a person, by the tag that they get.
 using Identify = KA_GBPRIV_IDENTIFY;
 struct Number {
     int32_t Identify::*flag;
     uint8_t (Identify::*text)[512];
     int32_t Identify::*length;
-    Status (*write)(const uint8_t *text, int32_t length, Anybuf **out);
+    bool isUtf8;
     const char *badLength;
 };
 constexpr Number Numbers[] = {
-    {&Identify::residenterCardFlag, &Identify::residenterCardNumber, &Identify::residenterCardNumberLen,
-     writeCharacters, "------>residenterCardNumberLen is Err"},
+    {&Identify::residenterCardFlag, &Identify::residenterCardNumber, &Identify::residenterCardNumberLen, false,
+     "------>residenterCardNumberLen is Err"},
     {&Identify::militaryOfficerCardFlag, &Identify::militaryOfficerCardNumber, &Identify::militaryOfficerCardNumberLen,
-     writeUtf8, "------>militaryOfficerCardNumberLen is Err"},
-    {&Identify::passportFlag, &Identify::passportNumber, &Identify::passportNumberLen, writeCharacters,
+     true, "------>militaryOfficerCardNumberLen is Err"},
+    {&Identify::passportFlag, &Identify::passportNumber, &Identify::passportNumberLen, false,
      "------>passportNumberLen is Err"},
 };
 
-// [tag] IMPLICIT of the number's string
-Status writeNumber(const Identify &record, const Number &number, uint32_t tag, Anybuf **out) {
+// [number] IMPLICIT PrintableString or UTF8String
+Status writeNumber(Writer &out, const Identify &record, const Number &number, uint8_t tag) {
     const int32_t length = record.*number.length;
     if (length < 1)
         return KA_FAIL(KACERT_InvalidParamErr, number.badLength);
     if (static_cast<size_t>(length) > sizeof(record.*number.text))
         return KA_FAIL(KACERT_InvalidLengthErr, number.badLength);
-    Chain string;
-    KA_PASS(number.write(record.*number.text, length, string.slot()));
-    KA_STEP(KAsn1_WriteImplicit(string.head(), tag, out));
+    const Bytes text(record.*number.text, static_cast<size_t>(length));
+    Converted utf8;
+    if (number.isUtf8)
+        KA_STEP_AS("------>KI_EnCodeUtf8", utf8.from(KI_Chinese2UTF8String, text));
+    out.element(tag, number.isUtf8 ? utf8.bytes() : text);
     return KACERT_Ok;
 }
 
 // SET of the numbers that are flagged
-Status writeIdentify(const void *data, int32_t length, Anybuf **out) {
+Status writeIdentify(Writer &out, const void *data, int32_t length) {
     if (length != static_cast<int32_t>(sizeof(Identify)))
         return KA_FAIL(KACERT_InvalidParamErr, "------>privDataLen != sizeof(KA_GBPRIV_IDENTIFY)");
     const Identify &record = *static_cast<const Identify *>(data);
     if (record.residenterCardFlag == 0 && record.militaryOfficerCardFlag == 0 && record.passportFlag == 0)
         return KA_FAIL(KACERT_InvalidParamErr, "------>tag all is 0");
-    Chain numbers;
-    uint32_t tag = 0;
+    const Construct numbers(out, TagSet);
+    uint8_t tag = 0x80;
     for (const Number &number : Numbers) {
         if (record.*number.flag == 1)
-            KA_PASS(writeNumber(record, number, tag, numbers.slot()));
+            KA_PASS(writeNumber(out, record, number, tag));
         ++tag;
     }
-    KA_STEP(KAsn1_WriteSet(numbers.head(), out));
     return KACERT_Ok;
 }
 
-Status writeText(const void *data, int32_t length, Anybuf **out) {
+Status writeText(Writer &out, const void *data, int32_t length) {
     if (length < 1)
         return KA_FAIL(KACERT_InvalidParamErr, "------>privDataLen is Err");
-    return writeCharacters(static_cast<const uint8_t *>(data), length, out);
+    out.element(TagPrintableString, {static_cast<const uint8_t *>(data), static_cast<size_t>(length)});
+    return KACERT_Ok;
 }
 
 struct Type {
     int32_t type;
     const char *oid;
-    Status (*write)(const void *data, int32_t length, Anybuf **out);
+    Status (*write)(Writer &out, const void *data, int32_t length);
 };
 constexpr Type Types[] = {
     {CERT_GBPRIV_IDENTIFY, "1.2.86.11.7.1", writeIdentify}, {CERT_GBPRIV_7_2, "1.2.86.11.7.2", writeText},
@@ -120,28 +111,36 @@ struct ThumbAlgorithm {
 };
 constexpr ThumbAlgorithm ThumbAlgorithms[] = {{0, "1.2.840.113549.2.5", true}, {1, "1.3.14.3.2.26", false}};
 
-// SEQUENCE { OBJECT IDENTIFIER, NULL where it has parameters }
-Status writeThumbAlgorithm(const ThumbAlgorithm &algorithm, Anybuf **out) {
+// SEQUENCE { OBJECT IDENTIFIER, NULL if it has parameters }
+Status writeThumbAlgorithm(Writer &out, const ThumbAlgorithm &algorithm) {
     Oid oid;
     KA_PASS(readOid(algorithm.oid, oid));
+    const Construct identifier(out, TagSequence);
+    out.objectId(oid.bytes());
     if (algorithm.hasParameters)
-        return writeAlgorithm(borrowOid(oid.bytes()), out);
-    Chain identifier;
-    KA_STEP_AS("------>KAsn1_WriteObjectId", writeOid(oid.bytes(), identifier.slot()));
-    KA_STEP(KAsn1_WriteSequence(identifier.head(), out));
+        out.null();
     return KACERT_Ok;
 }
 
 // SEQUENCE { algorithm, OCTET STRING value }
-Status writeThumb(const KA_THUMBPRINT &thumb, const ThumbAlgorithm &algorithm, Anybuf **out) {
+Status writeThumb(Writer &out, const KA_THUMBPRINT &thumb, const ThumbAlgorithm &algorithm) {
     if (thumb.valueLen > static_cast<int32_t>(sizeof thumb.value))
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KACERT_InvalidLengthErr");
-    Chain fields;
-    KA_PASS(writeThumbAlgorithm(algorithm, fields.slot()));
-    const Status status = UnsignedChar2OCTET(thumb.value, thumb.valueLen, fields.slot());
-    if (status != KACERT_Ok)
-        return KA_FAIL(status == KACERT_InvalidParamErr ? status : KACERT_MemoryErr, "------>UnsignedChar2OCTET");
-    KA_STEP(KAsn1_WriteSequence(fields.head(), out));
+    const Construct sequence(out, TagSequence);
+    KA_PASS(writeThumbAlgorithm(out, algorithm));
+    if (thumb.valueLen < 1)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>UnsignedChar2OCTET");
+    out.octetString({thumb.value, static_cast<size_t>(thumb.valueLen)});
+    return KACERT_Ok;
+}
+
+// SEQUENCE OF the digests of the known algorithms
+Status writeThumbs(Writer &out, const KA_THUMBPRINT *first) {
+    const Construct list(out, TagSequence);
+    for (const KA_THUMBPRINT *thumb = first; thumb != nullptr; thumb = thumb->next)
+        for (const ThumbAlgorithm &algorithm : ThumbAlgorithms)
+            if (algorithm.id == thumb->algorithm)
+                KA_PASS(writeThumb(out, *thumb, algorithm));
     return KACERT_Ok;
 }
 
@@ -156,9 +155,10 @@ int32_t KACert_SetCertPrivate_GB(CertEncodeCtx *ctx, int32_t type, const void *d
         return KA_FAIL(KACERT_InvalidParamErr, "------>certAttributeType is Err");
     if (critical != 0 && critical != 1)
         return KA_FAIL(KACERT_InvalidParamErr, "------>critical is Err");
-    Chain value;
-    KA_PASS(known->write(data, length, value.slot()));
-    const Bytes whole = bytesOf(*value.head());
+    Writer value;
+    KA_PASS(known->write(value, data, length));
+    KA_PASS(value.status());
+    const Bytes whole = value.since(0);
     if (whole.size() > LargestValue)
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KACERT_InvalidLengthErr");
     Oid oid;
@@ -173,13 +173,8 @@ int32_t EnCodeThums(const KA_THUMBPRINT *first, uint32_t recordSize, uint8_t *re
     KA_FRAME("EnCodeThums");
     if (first == nullptr || recordSize != sizeof(KA_THUMBPRINT) || result == nullptr || resultLength == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "----->input error");
-    Chain thumbs;
-    for (const KA_THUMBPRINT *thumb = first; thumb != nullptr; thumb = thumb->next)
-        for (const ThumbAlgorithm &algorithm : ThumbAlgorithms)
-            if (algorithm.id == thumb->algorithm)
-                KA_PASS(writeThumb(*thumb, algorithm, thumbs.slot()));
-    Chain list;
-    KA_STEP(KAsn1_WriteSequence(thumbs.head(), list.slot()));
-    handOut(*list.head(), result, resultLength);
+    Writer list;
+    KA_PASS(writeThumbs(list, first));
+    KA_PASS(handOut(list, result, resultLength));
     return KA_DONE();
 }

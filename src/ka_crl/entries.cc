@@ -1,5 +1,4 @@
-// The entries of revoked certificates: a block each where they are set, and one block for the whole list when it is
-// written.
+// The entries of revoked certificates: a block each.
 #include "ka_crl.h"
 
 #include <string.h>
@@ -19,10 +18,7 @@ uint8_t *roomOf(RevokedEntry &entry) {
 
 EntryPtr newEntry(Bytes serialNumber) {
     const uint64_t room = serialNumber.size() + ReasonRoom;
-    if (room > UINT32_MAX - sizeof(RevokedEntry))
-        return nullptr;
-    const auto size = static_cast<uint32_t>(sizeof(RevokedEntry) + room);
-    EntryPtr entry(static_cast<RevokedEntry *>(KAPR_Malloc(KA_SOURCE, __LINE__, size)));
+    EntryPtr entry(KA_CREATE_WITH(room, RevokedEntry));
     if (entry == nullptr)
         return nullptr;
     entry->room = static_cast<uint32_t>(room);
@@ -46,130 +42,67 @@ Status setReason(RevokedEntry &entry, Bytes value) {
     return KACERT_Ok;
 }
 
+namespace {
+
+// SEQUENCE OF Extension { cRLReason, OCTET STRING { ENUMERATED } }
+Status writeReason(Writer &out, const RevokedEntry &entry) {
+    const Construct extensions(out, TagSequence);
+    return writeExtension(out, OidReason, 0, [&] {
+        out.element(TagEnumerated, bytesOf(entry.reason));
+        return out.status();
+    });
+}
+
+// SEQUENCE { userCertificate INTEGER, revocationDate Time, crlEntryExtensions OPTIONAL }
+Status writeEntry(Writer &out, const RevokedEntry &entry, LocalClock &clock) {
+    const CertTime &date = entry.revocationDate;
+    const Construct sequence(out, TagSequence);
+    KA_STEP_AS("------>KAsn1_WriteIntegerArray", out.number(bytesOf(entry.serialNumber)));
+    KA_PASS(writeTime(out, date.isUtc != 0, secondsOf(date), clock));
+    if (entry.hasEntryExtensions == 1)
+        KA_STEP_AS("------>KI_CRL_WriteEntryExtension", writeReason(out, entry));
+    return KACERT_Ok;
+}
+
+// What most entries take beside their number and reason.
+constexpr uint32_t EntryRoom = 21;
+constexpr uint32_t ExtensionsRoom = 15;
+
+} // namespace
+
+uint32_t sizeOfEntries(const CrlEncodeCtx &ctx) {
+    uint64_t size = ctx.revokedDer.length;
+    for (const RevokedEntry *entry = ctx.firstRevoked; entry != nullptr; entry = entry->next)
+        size += uint64_t{EntryRoom} + entry->serialNumber.length +
+                (entry->hasEntryExtensions == 1 ? ExtensionsRoom + uint64_t{entry->reason.length} : 0);
+    return size < UINT32_MAX ? static_cast<uint32_t>(size) : UINT32_MAX;
+}
+
+// A ready list that is none is refused after the entries.
+Status writeEntries(Writer &out, const CrlEncodeCtx &ctx, uint32_t expected) {
+    const Construct list(out, TagSequence, expected);
+    Level ready;
+    const Status opened = ctx.revokedDer.length > 0 ? readSequence(elementOf(ctx.revokedDer), ready) : KACERT_Ok;
+    out.octets(ready.rest);
+    LocalClock clock;
+    for (const RevokedEntry *entry = ctx.firstRevoked; entry != nullptr; entry = entry->next)
+        KA_PASS(writeEntry(out, *entry, clock));
+    KA_STEP_AS("------>KI_CRL_AddRevokedCert", opened);
+    return KACERT_Ok;
+}
+
 } // namespace karil
 
 using namespace karil;
 
-namespace {
-
-// The content octets of an entry's elements, from the outermost of its extensions inwards.
-struct EntrySize {
-    uint64_t whole = 0;
-    uint64_t serialNumber = 0;
-    uint64_t extensions = 0; // 0: there is none
-    uint64_t extension = 0;
-    uint64_t value = 0;
-};
-
-bool hasSignOctet(const Anybuf &integer) {
-    return integer.length > 0 && (integer.data[0] & 0x80) != 0;
-}
-
-struct Date {
-    Tag tag;
-    int32_t seconds;
-    const char *words;
-};
-Date dateOf(const RevokedEntry &entry) {
-    const CertTime &date = entry.revocationDate;
-    if (date.isUtc != 0)
-        return {TagUtcTime, secondsOf(date), "------>KAsn1_WriteUtcTime"};
-    return {TagGeneralizedTime, secondsOf(date), "------>KAsn1_WriteGeneralizedTime"};
-}
-
-// Refuses what cannot be written, so that the list's one block is only asked for where it will be filled.
-Status measure(const RevokedEntry &entry, EntrySize &out) {
-    const Anybuf &serial = entry.serialNumber;
-    const Anybuf &reason = entry.reason;
-    const Date date = dateOf(entry);
-    if (serial.data == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_WriteIntegerArray");
-    if (date.seconds < 0)
-        return KA_FAIL(KACERT_InvalidTimeErr, date.words);
-    out.serialNumber = uint64_t{serial.length} + (hasSignOctet(serial) ? 1 : 0);
-    out.whole = elementSize(out.serialNumber) + elementSize(TimeLength);
-    if (entry.hasEntryExtensions != 1)
-        return KACERT_Ok;
-    if (reason.data == nullptr && reason.length > 0)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>KI_CRL_WriteEntryExtension");
-    out.value = elementSize(reason.length);
-    out.extension = elementSize(sizeof OidReason) + elementSize(out.value);
-    out.extensions = elementSize(out.extension);
-    out.whole += elementSize(out.extensions);
-    return KACERT_Ok;
-}
-
-uint8_t *put(uint8_t *at, Bytes octets) {
-    if (!octets.empty())
-        memcpy(at, octets.data(), octets.size());
-    return at + octets.size();
-}
-
-// SEQUENCE { SEQUENCE { OBJECT IDENTIFIER, OCTET STRING { ENUMERATED } } }
-uint8_t *putReason(uint8_t *at, const Anybuf &reason, const EntrySize &size) {
-    at = putHeader(at, TagSequence, size.extensions);
-    at = putHeader(at, TagSequence, size.extension);
-    at = put(putHeader(at, TagObjectId, sizeof OidReason), OidReason);
-    at = putHeader(at, TagOctetString, size.value);
-    return put(putHeader(at, TagEnumerated, reason.length), bytesOf(reason));
-}
-
-// SEQUENCE { userCertificate INTEGER, revocationDate Time, crlEntryExtensions OPTIONAL }
-Status putEntry(const RevokedEntry &entry, LocalClock &clock, uint8_t *&at) {
-    EntrySize size;
-    KA_PASS(measure(entry, size));
-    const Date date = dateOf(entry);
-    uint8_t text[TimeLength];
-    KA_STEP_AS(date.words, timeText(date.seconds, clock, text));
-    at = putHeader(at, TagSequence, size.whole);
-    at = putHeader(at, TagInteger, size.serialNumber);
-    if (hasSignOctet(entry.serialNumber))
-        *at++ = 0;
-    at = put(at, bytesOf(entry.serialNumber));
-    at = put(putHeader(at, date.tag, TimeLength), text);
-    if (size.extensions > 0)
-        at = putReason(at, entry.reason, size);
-    return KACERT_Ok;
-}
-
-// SEQUENCE OF entries, those of the ready list first
-Status writeEntries(const CrlEncodeCtx &ctx, Anybuf **out) {
-    uint64_t total = 0;
-    for (const RevokedEntry *entry = ctx.firstRevoked; entry != nullptr; entry = entry->next) {
-        EntrySize size;
-        KA_PASS(measure(*entry, size));
-        total += elementSize(size.whole);
-    }
-    Level ready;
-    if (ctx.revokedDer.length > 0)
-        KA_STEP_AS("------>KI_CRL_AddRevokedCert", readSequence(elementOf(ctx.revokedDer), ready));
-    total += ready.rest.size();
-    Anybuf *node = nullptr;
-    uint8_t *at = nullptr;
-    KA_STEP_AS("------>KAsn1_WriteSequence", newElement(TagSequence, total, &node, &at));
-    AnybufPtr list(node);
-    at = put(at, ready.rest);
-    LocalClock clock;
-    for (const RevokedEntry *entry = ctx.firstRevoked; entry != nullptr; entry = entry->next)
-        KA_PASS(putEntry(*entry, clock, at));
-    *out = list.release();
-    return KACERT_Ok;
-}
-
-// crlEntryExtensions ::= SEQUENCE { Extension } with the reason
-Status writeReason(const RevokedEntry &entry, Anybuf **out) {
-    Chain reason;
-    KA_STEP(KAsn1_WriteEnumerated(&entry.reason, reason.slot()));
-    Chain extension;
-    KA_PASS(writeExtension(OidReason, 0, *reason.head(), extension.slot()));
-    KA_STEP(KAsn1_WriteSequence(extension.head(), out));
-    return KACERT_Ok;
-}
-
-} // namespace
-
 int32_t KI_CRL_EncodeRevokedCRL(const CrlEncodeCtx *ctx, Anybuf **out) {
-    return KA_FRAMED("KI_CRL_EncodeRevokedCRL", encodePart(ctx, out, writeEntries));
+    KA_FRAME("KI_CRL_EncodeRevokedCRL");
+    KA_PASS(checkPointers({ctx, out}));
+    const uint32_t expected = sizeOfEntries(*ctx);
+    Writer list(expected);
+    KA_PASS(writeEntries(list, *ctx, expected));
+    KA_STEP_AS("------>KAsn1_WriteSequence", list.moveTo(out));
+    return KA_DONE();
 }
 
 int32_t KI_CRL_AddRevokedCert(const CrlEncodeCtx *ctx, Anybuf *entries, Anybuf **out) {
@@ -185,5 +118,11 @@ int32_t KI_CRL_AddRevokedCert(const CrlEncodeCtx *ctx, Anybuf *entries, Anybuf *
 }
 
 int32_t KI_CRL_WriteEntryExtension(const RevokedEntry *entry, Anybuf **out) {
-    return KA_FRAMED("KI_CRL_WriteEntryExtension", encodePart(entry, out, writeReason));
+    KA_FRAME("KI_CRL_WriteEntryExtension");
+    if (entry == nullptr || out == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+    Writer extensions;
+    KA_PASS(writeReason(extensions, *entry));
+    KA_PASS(extensions.moveTo(out));
+    return KA_DONE();
 }

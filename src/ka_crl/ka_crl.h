@@ -19,11 +19,15 @@ template <> inline void clearNode(RevokedEntry &node) {
 }
 using EntryPtr = NodePtr<RevokedEntry>;
 
-// A node with a serial number in its own block, which has room for a reason of the usual size as well. Null where there
-// is no memory.
+// A node with a serial number in its own block, which has room for a reason of the usual size as well. Null if there is
+// no memory.
 [[nodiscard]] EntryPtr newEntry(Bytes serialNumber);
-// In the node's own block where it fits there.
+// In the node's own block if it fits there.
 [[nodiscard]] Status setReason(RevokedEntry &entry, Bytes value);
+
+// About how many octets the list of entries has, and the list itself: SEQUENCE OF, the ready list's entries first.
+uint32_t sizeOfEntries(const CrlEncodeCtx &ctx);
+[[nodiscard]] Status writeEntries(Writer &out, const CrlEncodeCtx &ctx, uint32_t expected);
 
 // The entry that date and reason belong to, or null.
 RevokedEntry *lastEntry(CrlEncodeCtx &ctx);

@@ -17,7 +17,7 @@ struct Issuer {
     uint8_t keyId[512];
     uint32_t keyIdLength = 0;
 };
-// Answered where the key identifier cannot be read.
+// Answered if the key identifier cannot be read.
 constexpr Status KeyIdErr = 3;
 
 Status readIssuer(Bytes der, Issuer &out) {

@@ -7,7 +7,7 @@
 
 namespace karil {
 
-// A digest algorithm: its id, size, DigestInfo prefix (RFC 8017 9.2, note 1) and the streaming calls behind it.
+// A digest algorithm: its id, size, DigestInfo prefix (RFC 8017 9.2, note 1) and the streaming calls.
 struct DigestAlgorithm {
     int32_t id;
     uint32_t size;

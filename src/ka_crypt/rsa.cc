@@ -1,4 +1,4 @@
-// The low-level RSA interface: a key object for each call, with no provider or library context behind it.
+// The low-level RSA interface: a key object for each call, without provider or library context.
 #define OPENSSL_SUPPRESS_DEPRECATED
 #include "ka_crypt.h"
 
@@ -81,8 +81,8 @@ uint32_t operate(Operation operation, RSA *key, Bytes input, uint8_t *output) {
     return result < 0 ? OperationFailed : static_cast<uint32_t>(result);
 }
 
-// RSA_private_decrypt that refuses a bad block. From libcrypto 3.2 on the function itself gives octets made up for one,
-// unless it is asked to leave the padding alone.
+// RSA_private_decrypt that refuses a bad block. From libcrypto 3.2 on the function itself returns random octets for
+// one, unless it is asked to leave the padding alone.
 int privateDecrypt(int size, const unsigned char *input, unsigned char *output, RSA *key, int) {
     Secret<LargestModulus> block;
     const int length = RSA_private_decrypt(size, input, block.octets, key, RSA_NO_PADDING);

@@ -146,7 +146,7 @@ Status verify(const Check &check) {
     return KACERT_Ok;
 }
 
-// The DN attributes answer nothing where no text can be made; here that must not pass for an empty name.
+// The DN attributes answer nothing if no text can be made. Here that must not count as an empty name.
 Status readName(const NameRecord &head, Scratch &text) {
     KA_STEP(KI_GetDN(&text.record, &head));
     return KACERT_Ok;

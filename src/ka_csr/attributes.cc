@@ -8,7 +8,7 @@ namespace {
 using Ctx = CsrEncodeCtx;
 
 #define KA_SUBJECT_AS(ID, GET_WORDS, KIND)                                                                             \
-    KA_ROW_AS(ID, #ID, GET_WORDS, (addToName<KIND, &Ctx::subject>), (answerFromName<KIND, &Ctx::subject>))
+    KA_ROW_WORDS(ID, #ID, GET_WORDS, (addToName<KIND, &Ctx::subject>), (answerFromName<KIND, &Ctx::subject>))
 #define KA_SUBJECT(ID, KIND) KA_SUBJECT_AS(ID, #ID, KIND)
 
 constexpr Attribute<Ctx> Rows[] = {

@@ -5,54 +5,47 @@ using namespace karil;
 namespace {
 
 // Attribute ::= SEQUENCE { type OBJECT IDENTIFIER, values SET { OCTET STRING } }
-Status writeAttribute(const CsrAttributeNode &node, Anybuf **out) {
-    const AlgorithmRecord type = {node.id, node.oid};
-    Chain fields;
-    KA_STEP(KAsn1_WriteObjectId(&type, fields.slot()));
-    Chain value;
-    KA_STEP(KAsn1_WriteOctetString(&node.value, value.slot()));
-    KA_STEP(KAsn1_WriteSet(value.head(), fields.slot()));
-    KA_STEP(KAsn1_WriteSequence(fields.head(), out));
-    return KACERT_Ok;
+void writeAttribute(Writer &out, const CsrAttributeNode &node) {
+    const Construct attribute(out, TagSequence);
+    out.objectId(bytesOf(node.oid));
+    const Construct values(out, TagSet);
+    out.octetString(bytesOf(node.value));
 }
 
-// Attributes ::= [0] IMPLICIT SET OF Attribute, or nothing
-Status writeAttributes(const CsrEncodeCtx &ctx, Anybuf **out) {
+// Attributes ::= [0] IMPLICIT SET OF Attribute
+Status writeAttributes(Writer &out, const CsrEncodeCtx &ctx) {
     if (ctx.hasAttributes == 0)
         return KACERT_Ok;
-    Chain list;
+    const Construct attributes(out, 0xA0);
     for (const CsrAttributeNode *node = ctx.attributes; node != nullptr; node = node->next)
-        KA_PASS(writeAttribute(*node, list.slot()));
-    Chain set;
-    KA_STEP(KAsn1_WriteSet(list.head(), set.slot()));
-    KA_STEP(KAsn1_WriteImplicit(set.head(), 0, out));
-    return KACERT_Ok;
+        writeAttribute(out, *node);
+    return out.status();
 }
 
 // CertificationRequestInfo ::= SEQUENCE { version, subject, subjectPKInfo, attributes }
-Status writeInfo(const CsrEncodeCtx &ctx, Anybuf **out) {
-    const Anybuf nothing = {};
-    Chain fields;
-    KA_STEP(KAsn1_WriteInteger(static_cast<uint32_t>(ctx.version), fields.slot()));
-    KA_STEP(KI_EncodeIssuerSuject(&ctx.subject, fields.slot()));
-    KA_PASS(writePublicKey(ctx.publicKeyAlgorithm, ctx.publicKey, fields.slot()));
-    if (ctx.hasAttributes != 0)
-        KA_STEP(KI_Csr_EncodeAttributes(&ctx, fields.slot()));
-    else
-        KA_STEP(KAsn1_WriteExplicit(&nothing, 0, fields.slot()));
-    KA_STEP(KAsn1_WriteSequence(fields.head(), out));
+Status writeInfo(Writer &out, const CsrEncodeCtx &ctx) {
+    const Construct info(out, TagSequence);
+    out.integer(static_cast<uint32_t>(ctx.version));
+    KA_STEP_AS("------>KI_EncodeIssuerSuject", encodeName(out, ctx.subject));
+    writePublicKey(out, ctx.publicKeyAlgorithm, ctx.publicKey);
+    if (ctx.hasAttributes == 0)
+        out.element(0xA0, {});
+    KA_STEP_AS("------>KI_Csr_EncodeAttributes", writeAttributes(out, ctx));
+    return KACERT_Ok;
+}
+
+Status sign(CsrEncodeCtx &ctx, Bytes info) {
+    HookOutput signature;
+    KA_PASS(callForSize(ctx.signFunc, ctx.signKey, info, signature));
+    KA_STEP(KACert_SetCsrAttributeChar(&ctx, CSR_SELF_SIGNATURE, signature.octets.get(),
+                                       static_cast<int32_t>(signature.length)));
     return KACERT_Ok;
 }
 
 // CertificationRequest ::= SEQUENCE { certificationRequestInfo, signatureAlgorithm, signature BIT STRING }
-Status writeRequest(CsrEncodeCtx &ctx, Anybuf **out) {
-    Chain parts;
-    KA_PASS(writeInfo(ctx, parts.slot()));
-    HookOutput signature;
-    KA_PASS(callForSize(ctx.signFunc, ctx.signKey, *parts.head(), signature));
-    KA_STEP(KACert_SetCsrAttributeChar(&ctx, CSR_SELF_SIGNATURE, signature.octets.get(),
-                                       static_cast<int32_t>(signature.length)));
-    return writeSigned(parts, ctx.outerSignatureAlgorithm, ctx.signature, out);
+Status writeRequest(Writer &out, CsrEncodeCtx &ctx) {
+    return writeSigned(
+        out, ctx, [&] { return writeInfo(out, ctx); }, [&](Bytes info) { return sign(ctx, info); });
 }
 
 } // namespace

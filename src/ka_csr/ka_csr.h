@@ -12,7 +12,7 @@ template <> inline void clearNode(CsrAttributeNode &node) {
     freeData(node.value);
 }
 
-// Hangs the node behind the others.
+// Adds the node at the end of the list.
 void appendAttribute(CsrEncodeCtx &ctx, NodePtr<CsrAttributeNode> node);
 
 } // namespace karil

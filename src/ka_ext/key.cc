@@ -38,16 +38,7 @@ Status writeNumbers(Writer &out, const uint8_t *block, Fields fields) {
     return KACERT_Ok;
 }
 
-Status handOut(const Writer &key, uint8_t *result, uint32_t *resultLength) {
-    KA_PASS(key.status());
-    const Bytes whole = key.since(0);
-    *resultLength = static_cast<uint32_t>(whole.size());
-    if (result != nullptr)
-        memcpy(result, whole.data(), whole.size());
-    return KACERT_Ok;
-}
-
-// An INTEGER for each field, right-aligned. `missing`: answered where there are fewer.
+// An INTEGER for each field, right-aligned. `missing`: answered if there are fewer.
 Status readNumbers(Level integers, uint8_t *block, Fields fields, Status missing) {
     for (const uint32_t size : fields) {
         if (integers.empty())

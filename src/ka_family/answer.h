@@ -18,9 +18,9 @@ struct Answer {
 [[nodiscard]] Status answerIf(bool isThere, const Answer &answer, Bytes value);
 // Octets that cannot be asked for without a buffer.
 [[nodiscard]] Status answerIntoBuffer(const Answer &answer, Bytes value);
-// The octets of one field with the length of another, zeros behind them where it is longer.
+// The octets of one field with the length of another, followed by zeros if it is longer.
 [[nodiscard]] Status answerWithLengthOf(const Anybuf &other, const Answer &answer, const Anybuf &octets);
-// The first attribute of the kind; nothing is stored where there is none.
+// The first attribute of the kind; nothing is stored if there is none.
 [[nodiscard]] Status answerName(const NameRecord &head, uint32_t kind, const Answer &answer);
 // All organizational units, joined by ",OU=". They cannot be asked for without a buffer.
 [[nodiscard]] Status answerUnits(const NameRecord &head, const Answer &answer);

@@ -134,9 +134,10 @@ template <auto Cache, auto Name, class Ctx> Status answerLine(Ctx &ctx, const An
 
 } // namespace karil
 
-// A row of Attribute, and one whose words of Set or Get are not the id's own.
-#define KA_ROW(ID, SET, GET) KA_ROW_AS(ID, #ID, #ID, SET, GET)
-#define KA_ROW_AS(ID, SET_WORDS, GET_WORDS, SET, GET)                                                                  \
+// A row of Attribute; the words of Set, or of both, may be another id's.
+#define KA_ROW(ID, SET, GET) KA_ROW_AS(ID, #ID, SET, GET)
+#define KA_ROW_AS(ID, SET_WORDS, SET, GET) KA_ROW_WORDS(ID, SET_WORDS, #ID, SET, GET)
+#define KA_ROW_WORDS(ID, SET_WORDS, GET_WORDS, SET, GET)                                                               \
     { ID, KA_ARROW "Set " SET_WORDS, KA_ARROW "Get " GET_WORDS, KA_ARROW "Get " GET_WORDS " LEN", SET, GET }
 // A row of IntAttribute.
 #define KA_INT_ROW(ID, SET, GET) KA_INT_ROW_AS(ID, #ID, SET, GET)

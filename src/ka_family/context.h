@@ -12,8 +12,7 @@ namespace karil {
                                    Status refusal = KACERT_InvalidParamErr);
 
 // A zeroed record for `*out`, which must not be null.
-[[nodiscard]] Status createRecord(const void *out, uint32_t size, void *&record,
-                                  Status refusal = KACERT_InvalidParamErr);
+[[nodiscard]] Status createRecord(const void *out, uint32_t size, void *&record);
 
 // Stores a zeroed context. The id of its `algorithms` is 1.
 template <class Ctx>

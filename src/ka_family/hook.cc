@@ -20,15 +20,16 @@ constexpr uint32_t SizeLimit = 10240;
 // Room beyond an area's bound: the signature of a key of 8,192 bits that is written over the bound does no harm.
 constexpr uint32_t Margin = 1024;
 
-Status call(KAHookFunc hook, const Anybuf &input, uint8_t *area, uint32_t &length, void *parameter) {
+Status call(KAHookFunc hook, Bytes input, uint8_t *area, uint32_t &length, void *parameter) {
     if (hook == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>KACertSignFunc");
-    KA_STEP_AS("------>KACertSignFunc", hook(input.data, input.length, area, &length, parameter));
+    KA_STEP_AS("------>KACertSignFunc",
+               hook(input.data(), static_cast<uint32_t>(input.size()), area, &length, parameter));
     return KACERT_Ok;
 }
 
 // The call that fills the area.
-Status fillArea(KAHookFunc hook, const Anybuf &key, const Anybuf &input, uint32_t bound, HookOutput &out) {
+Status fillArea(KAHookFunc hook, const Anybuf &key, Bytes input, uint32_t bound, HookOutput &out) {
     out.octets = KA_BLOCK(uint64_t{bound} + Margin);
     if (out.octets == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
@@ -41,12 +42,12 @@ Status fillArea(KAHookFunc hook, const Anybuf &key, const Anybuf &input, uint32_
 
 } // namespace
 
-Status callWithFixedArea(KAHookFunc hook, const Anybuf &key, const Anybuf &input, HookOutput &out) {
+Status callWithFixedArea(KAHookFunc hook, const Anybuf &key, Bytes input, HookOutput &out) {
     KA_PASS(call(hook, input, nullptr, out.length, nullptr));
     return fillArea(hook, key, input, FixedArea, out);
 }
 
-Status callForSize(KAHookFunc hook, const Anybuf &key, const Anybuf &input, HookOutput &out) {
+Status callForSize(KAHookFunc hook, const Anybuf &key, Bytes input, HookOutput &out) {
     KA_PASS(call(hook, input, nullptr, out.length, key.data));
     if (out.length >= SizeLimit)
         return KA_FAIL(KACERT_InvalidSignatureLenErr, "------>KACERT_InvalidSignatureLenErr");

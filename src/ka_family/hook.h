@@ -23,9 +23,9 @@ struct HookOutput {
 // The protocols. Each calls the hook twice with the octets of `input`, both times with the same length variable, and
 // refuses a length above the area's bound. `key`: the context's copy of the parameter.
 // A fixed area of 512 octets: the first call has neither area nor parameter.
-[[nodiscard]] Status callWithFixedArea(KAHookFunc hook, const Anybuf &key, const Anybuf &input, HookOutput &out);
+[[nodiscard]] Status callWithFixedArea(KAHookFunc hook, const Anybuf &key, Bytes input, HookOutput &out);
 // An area whose size, below 10,240 octets, the first call tells. Both calls have the parameter.
-[[nodiscard]] Status callForSize(KAHookFunc hook, const Anybuf &key, const Anybuf &input, HookOutput &out);
+[[nodiscard]] Status callForSize(KAHookFunc hook, const Anybuf &key, Bytes input, HookOutput &out);
 
 // A hook with a copy of its parameter, as the messages' records hold it.
 struct Hook {

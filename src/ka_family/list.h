@@ -1,4 +1,4 @@
-// Lists that a context owns, linked by `next`. append() of the ground hangs a node behind them.
+// Lists that a context owns, linked by `next`. append() of ka_low adds a node at the end.
 #pragma once
 
 #include "context.h"

@@ -21,12 +21,6 @@ void clearSecret(Anybuf &record) {
     KI_ClearAnybuf(&record);
 }
 
-void freeSecret(Anybuf *first) {
-    for (const Anybuf *node = first; node != nullptr; node = node->next)
-        wipe(node->data, node->length);
-    KI_FreeAnybuf(first);
-}
-
 } // namespace karil
 
 using namespace karil;

@@ -49,7 +49,7 @@ inline bool equal(Bytes left, Bytes right) {
 // Zeroes `size` octets in a way that the compiler keeps: for keys, passwords and what is derived from them.
 void wipe(void *block, size_t size);
 
-// Octets that are wiped where they go out of scope: digests, opened blocks, the numbers of keys.
+// Octets that are wiped at the end of their scope: digests, opened blocks, the numbers of keys.
 template <uint32_t Size> struct Secret {
     uint8_t octets[Size] = {};
 
@@ -58,9 +58,6 @@ template <uint32_t Size> struct Secret {
 
 // KI_ClearAnybuf for a record that holds a key: its bytes are wiped first.
 void clearSecret(Anybuf &record);
-
-// KI_FreeAnybuf for a chain that holds key octets: they are wiped first.
-void freeSecret(Anybuf *first);
 
 // Frees a record's data when it goes out of scope.
 struct Scratch {
@@ -72,13 +69,13 @@ struct Scratch {
     ~Scratch() { KI_ClearAnybuf(&record); }
 };
 
-// A chain that is being written. slot() is where the next writer puts its node, or chain of nodes.
-template <auto Free> class ChainOf {
+// A chain that is being built. slot() is where the next node goes, or the next chain of nodes.
+class Chain {
 public:
-    ChainOf() = default;
-    ChainOf(const ChainOf &) = delete;
-    ChainOf &operator=(const ChainOf &) = delete;
-    ~ChainOf() { Free(first); }
+    Chain() = default;
+    Chain(const Chain &) = delete;
+    Chain &operator=(const Chain &) = delete;
+    ~Chain() { KI_FreeAnybuf(first); }
 
     Anybuf **slot() {
         while (*tail != nullptr)
@@ -96,11 +93,10 @@ private:
     Anybuf *first = nullptr;
     Anybuf **tail = &first;
 };
-using Chain = ChainOf<KI_FreeAnybuf>;
-using SecretChain = ChainOf<freeSecret>; // of elements that hold key octets
 
 // Appends to a singly linked list whose link member is `Link`. `hint` is the last node, as far as its owner knows:
-// nodes that others hung behind it are passed, so that an append is O(1) and a stale hint does no harm.
+// nodes that the library added after it are skipped, so that an append is O(1). For lists that only the library
+// touches.
 template <auto Link, class Node> void append(Node *&first, Node *&hint, Node *node) {
     if (first == nullptr) {
         first = hint = node;

@@ -1,217 +1,185 @@
-#include "cp936.h"
+#include "cp936_table.h"
 #include "ka_low.h"
 
-#include <errno.h>
-#include <iconv.h>
+#include <algorithm>
 #include <string.h>
 
 using namespace karil;
 
 namespace {
 
-constexpr size_t WideArea = 2048;
-constexpr size_t NarrowArea = 1024;
+constexpr size_t WideLimit = 2048;
+constexpr size_t NarrowLimit = 1024;
+// Room for every result of a source within its limit, so that the conversions below need not look at what is left:
+// a unit becomes three octets at most, an octet of a narrow text becomes two.
+constexpr size_t Room = WideLimit / 2 * 3;
+static_assert(Room >= NarrowLimit * 2);
+constexpr uint32_t Replacement = 0xFFFD;
 
-// What stands for octets that the converter cannot take.
-struct Mend {
-    size_t passed;
-    uint8_t octets[3];
-    size_t size;
-};
-
-Mend mendPair(Bytes rest) {
-    if (rest.size() < 2 || rest[0] < 0x81 || rest[0] == 0xFF)
-        return {1, {0, '?'}, 2};
-    const uint32_t code = privateOfPair(rest[0], rest[1]);
-    if (code == 0)
-        return {2, {0, '?'}, 2};
-    return {2, {static_cast<uint8_t>(code >> 8), static_cast<uint8_t>(code)}, 2};
+uint32_t unitAt(const uint8_t *at) {
+    return uint32_t{at[0]} << 8 | at[1];
 }
 
-Mend mendUnit(Bytes rest) {
-    const uint32_t pair = pairOfPrivate(uint32_t{rest[0]} << 8 | rest[1]);
-    if (pair == 0)
-        return {2, {'?'}, 1};
-    return {2, {static_cast<uint8_t>(pair >> 8), static_cast<uint8_t>(pair)}, 2};
+uint8_t *putUnit(uint8_t *out, uint32_t unit) {
+    *out++ = static_cast<uint8_t>(unit >> 8);
+    *out++ = static_cast<uint8_t>(unit);
+    return out;
 }
 
-// A lone surrogate becomes U+FFFD.
-Mend mendSurrogate(Bytes) {
-    return {2, {0xEF, 0xBF, 0xBD}, 3};
+uint8_t *chineseToBmp(Bytes source, uint8_t *out) {
+    for (size_t at = 0; at < source.size();) {
+        const uint8_t lead = source[at++];
+        uint32_t unit = OctetUnits[lead];
+        if (lead > 0x80 && lead < 0xFF && at < source.size()) {
+            const uint8_t trail = source[at++];
+            unit = trail < 0x40 ? '?' : PairUnits[lead - 0x81][trail - 0x40];
+        }
+        out = putUnit(out, unit);
+    }
+    return out;
 }
 
-// The octets of a broken sequence that belong together: its maximal subpart (Unicode 3.9, table 3-7).
-size_t brokenSequence(Bytes rest) {
-    const uint8_t lead = rest[0];
+// The letter that `base` and `mark` make together, or 0.
+uint32_t composed(uint32_t base, uint32_t mark) {
+    const Composition *end = Compositions + CompositionCount;
+    const Composition *found = std::lower_bound(Compositions, end, mark << 16 | base, [](auto &row, uint32_t key) {
+        return (uint32_t{row.mark} << 16 | row.base) < key;
+    });
+    return found != end && found->mark == mark && found->base == base ? found->letter : 0;
+}
+
+uint32_t octetsOf(uint32_t unit) {
+    return UnitOctets[UnitPages[unit >> 8]][unit & 0xFF];
+}
+
+uint8_t *bmpToChinese(Bytes source, uint8_t *out) {
+    uint32_t last = 0;
+    uint8_t *lastOut = out;
+    for (size_t at = 0; at + 1 < source.size(); at += 2) {
+        uint32_t unit = unitAt(&source[at]);
+        uint32_t octets = octetsOf(unit);
+        if (octets == '?')
+            // A composed letter takes the place of its base, and may take a further mark.
+            if (const uint32_t letter = composed(last, unit); letter != 0) {
+                unit = letter;
+                octets = octetsOf(letter);
+                out = lastOut;
+            }
+        last = unit;
+        lastOut = out;
+        if (octets > 0xFF)
+            *out++ = static_cast<uint8_t>(octets >> 8);
+        *out++ = static_cast<uint8_t>(octets);
+    }
+    return out;
+}
+
+uint8_t *putUtf8(uint8_t *out, uint32_t code) {
+    constexpr uint8_t Leads[] = {0, 0xC0, 0xE0, 0xF0};
+    const uint32_t more = code < 0x80 ? 0 : code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
+    *out++ = static_cast<uint8_t>(Leads[more] | code >> (6 * more));
+    for (uint32_t left = more; left > 0; --left)
+        *out++ = static_cast<uint8_t>(0x80 | (code >> (6 * (left - 1)) & 0x3F));
+    return out;
+}
+
+uint8_t *bmpToUtf8(Bytes source, uint8_t *out) {
+    for (size_t at = 0; at + 1 < source.size(); at += 2) {
+        uint32_t code = unitAt(&source[at]);
+        if (code >= 0xD800 && code < 0xE000) {
+            const uint32_t low = code < 0xDC00 && at + 3 < source.size() ? unitAt(&source[at + 2]) : 0;
+            if (low >= 0xDC00 && low < 0xE000) {
+                code = 0x10000 + ((code - 0xD800) << 10 | (low - 0xDC00));
+                at += 2;
+            } else {
+                code = Replacement;
+            }
+        }
+        out = putUtf8(out, code);
+    }
+    return out;
+}
+
+// Takes one sequence, or the octets of a broken one that belong together: its maximal subpart (Unicode 3.9, table
+// 3-7), which becomes one U+FFFD.
+uint32_t takeSequence(Bytes source, size_t &at) {
+    const uint8_t lead = source[at++];
+    if (lead < 0x80)
+        return lead;
     if (lead < 0xC2 || lead > 0xF4)
-        return 1;
-    const size_t whole = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+        return Replacement;
+    uint32_t more = lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
     uint8_t low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
     uint8_t high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
-    size_t size = 1;
-    while (size < whole && size < rest.size() && rest[size] >= low && rest[size] <= high) {
+    uint32_t code = lead & (0x3Fu >> more);
+    for (; more > 0; --more) {
+        if (at >= source.size() || source[at] < low || source[at] > high)
+            return Replacement;
+        code = code << 6 | (source[at++] & 0x3F);
         low = 0x80;
         high = 0xBF;
-        ++size;
     }
-    return size;
+    return code;
 }
 
-Mend mendSequence(Bytes rest) {
-    return {brokenSequence(rest), {0xFF, 0xFD}, 2};
+uint8_t *utf8ToBmp(Bytes source, uint8_t *out) {
+    for (size_t at = 0; at < source.size();) {
+        const uint32_t code = takeSequence(source, at);
+        if (code < 0x10000) {
+            out = putUnit(out, code);
+        } else {
+            out = putUnit(out, 0xD800 + ((code - 0x10000) >> 10));
+            out = putUnit(out, 0xDC00 + (code & 0x3FF));
+        }
+    }
+    return out;
 }
 
-// One direction of conversion. BMP text is on the side that is not narrow.
 struct Route {
-    const char *from;
-    const char *to;
-    bool fromBmp;
-    int32_t limit;
+    uint8_t *(*convert)(Bytes source, uint8_t *out); // returns where the result ends
+    int32_t sourceLimit;
+    size_t resultLimit;
     const char *limitWords; // null: refused without a trace
-    Mend (*mend)(Bytes rest);
-    bool composes;
-    const char *words; // of a failed conversion
+    const char *words;      // of a failed conversion
 };
-constexpr Route ChineseToBmp = {"CP936", "UTF-16BE", false, 1024,
-                                nullptr, mendPair,   false, "------>MultiByteToWideChar"};
-constexpr Route BmpToChinese = {"UTF-16BE", "CP936", true, 2048, nullptr, mendUnit, true, "------>WideCharToMultiByte"};
-constexpr Route BmpToUtf8 = {"UTF-16BE",
-                             "UTF-8",
-                             true,
-                             2048,
-                             "------>KI_BmpString2UTF8函数输入长度太长",
-                             mendSurrogate,
-                             false,
+constexpr Route ChineseToBmp = {chineseToBmp, NarrowLimit, WideLimit, nullptr, "------>MultiByteToWideChar"};
+constexpr Route BmpToChinese = {bmpToChinese, WideLimit, NarrowLimit, nullptr, "------>WideCharToMultiByte"};
+constexpr Route BmpToUtf8 = {bmpToUtf8, WideLimit, NarrowLimit, "------>KI_BmpString2UTF8函数输入长度太长",
                              "------>WideCharToMultiByte函数失败"};
-constexpr Route Utf8ToBmp = {"UTF-8",
-                             "UTF-16BE",
-                             false,
-                             1024,
-                             "------>KI_UTF82BmpString函数输入长度太长",
-                             mendSequence,
-                             false,
+constexpr Route Utf8ToBmp = {utf8ToBmp, NarrowLimit, WideLimit, "------>KI_UTF82BmpString函数输入长度太长",
                              "------>MultiByteToWideChar函数失败"};
-
-class Converter {
-public:
-    explicit Converter(const Route &route) : descriptor(iconv_open(route.to, route.from)) {}
-    ~Converter() {
-        if (isOpen())
-            iconv_close(descriptor);
-    }
-    Converter(const Converter &) = delete;
-    Converter &operator=(const Converter &) = delete;
-    bool isOpen() const { return reinterpret_cast<intptr_t>(descriptor) != -1; }
-
-    // Converts as far as it goes; false where the area is full.
-    bool run(Bytes &rest, std::span<uint8_t> &area) {
-        char *in = reinterpret_cast<char *>(const_cast<uint8_t *>(rest.data()));
-        char *out = reinterpret_cast<char *>(area.data());
-        size_t inLeft = rest.size();
-        size_t outLeft = area.size();
-        const bool stopped = iconv(descriptor, &in, &inLeft, &out, &outLeft) == static_cast<size_t>(-1);
-        const bool isFull = stopped && errno == E2BIG;
-        rest = rest.last(inLeft);
-        area = area.last(outLeft);
-        return !isFull;
-    }
-
-private:
-    iconv_t descriptor;
-};
-
-// Puts composed letters in the place of a base letter and its combining marks.
-Bytes compose(Bytes text, std::span<uint8_t, WideArea> area) {
-    size_t size = 0;
-    for (size_t at = 0; at < text.size(); at += 2) {
-        const uint32_t unit = uint32_t{text[at]} << 8 | text[at + 1];
-        const uint32_t letter = size == 0 ? 0 : composed(uint32_t{area[size - 2]} << 8 | area[size - 1], unit);
-        size -= letter != 0 ? 2 : 0;
-        const uint32_t stored = letter != 0 ? letter : unit;
-        area[size++] = static_cast<uint8_t>(stored >> 8);
-        area[size++] = static_cast<uint8_t>(stored);
-    }
-    return area.first(size);
-}
-
-bool isAscii(Bytes text, bool isBmp) {
-    uint8_t odd = 0;
-    uint8_t even = 0;
-    for (size_t at = 1; at < text.size(); at += 2) {
-        even |= text[at - 1];
-        odd |= text[at];
-    }
-    if (text.size() % 2 != 0)
-        even |= text.back();
-    return odd < 0x80 && even < (isBmp ? 1 : 0x80);
-}
-
-// ASCII is the same in all three encodings but for the octet in front. Gives the octets written, 0 for none or too
-// many.
-size_t copyAscii(Bytes text, bool isBmp, std::span<uint8_t> area) {
-    const size_t size = isBmp ? text.size() / 2 : text.size() * 2;
-    if (size > area.size())
-        return 0;
-    for (size_t at = 0; at < size; ++at)
-        area[at] = isBmp ? text[2 * at + 1] : at % 2 == 0 ? uint8_t{0} : text[at / 2];
-    return size;
-}
-
-size_t transcode(const Route &route, Bytes rest, std::span<uint8_t> area) {
-    Converter converter(route);
-    if (!converter.isOpen())
-        return 0;
-    const size_t whole = area.size();
-    for (;;) {
-        if (!converter.run(rest, area))
-            return 0;
-        if (rest.empty())
-            return whole - area.size();
-        const Mend mend = route.mend(rest);
-        if (mend.size > area.size())
-            return 0;
-        memcpy(area.data(), mend.octets, mend.size);
-        area = area.subspan(mend.size);
-        rest = rest.subspan(mend.passed);
-    }
-}
-
-size_t convertText(const Route &route, Bytes text, std::span<uint8_t> area) {
-    if (isAscii(text, route.fromBmp))
-        return copyAscii(text, route.fromBmp, area);
-    uint8_t wide[WideArea];
-    return transcode(route, route.composes ? compose(text, wide) : text, area);
-}
-
-// Text that is all ASCII, is not empty and fits every area. False leaves the outputs as they were.
-bool copyPlain(const uint8_t *source, int32_t length, uint8_t *result, uint32_t *resultLength) {
-    if (source == nullptr || resultLength == nullptr || length < 1 || length > static_cast<int32_t>(NarrowArea))
-        return false;
-    const auto size = static_cast<size_t>(length);
-    if (!isAscii({source, size}, false))
-        return false;
-    *resultLength = static_cast<uint32_t>(size);
-    if (result != nullptr)
-        memcpy(result, source, size);
-    return true;
-}
 
 Status convert(const Route &route, const uint8_t *source, int32_t length, uint8_t *result, uint32_t *resultLength) {
     if (resultLength == nullptr || (source == nullptr && length > 0))
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
-    if (length > route.limit)
+    if (length > route.sourceLimit)
         return route.limitWords != nullptr ? KA_FAIL(KACERT_InvalidLengthErr, route.limitWords)
                                            : Status{KACERT_InvalidLengthErr};
-    const size_t octets = length < 0 ? 0 : static_cast<size_t>(length);
-    uint8_t area[WideArea];
-    const size_t size = convertText(route, {source, route.fromBmp ? octets & ~size_t{1} : octets},
-                                    {area, route.fromBmp ? NarrowArea : WideArea});
-    if (size < 1)
+    uint8_t area[Room];
+    const uint8_t *end = route.convert({source, length < 0 ? 0 : static_cast<size_t>(length)}, area);
+    const auto size = static_cast<size_t>(end - area);
+    if (size < 1 || size > route.resultLimit)
         return KA_FAIL(KACERT_Ok, route.words);
     *resultLength = static_cast<uint32_t>(size);
     if (result != nullptr)
         memcpy(result, area, size);
     return KACERT_Ok;
+}
+
+// Text that is all ASCII, is not empty and fits every area. False leaves the outputs as they were.
+bool copyPlain(const uint8_t *source, int32_t length, uint8_t *result, uint32_t *resultLength) {
+    if (source == nullptr || resultLength == nullptr || length < 1 || length > static_cast<int32_t>(NarrowLimit))
+        return false;
+    const Bytes text(source, static_cast<size_t>(length));
+    uint8_t bits = 0;
+    for (const uint8_t octet : text)
+        bits |= octet;
+    if (bits >= 0x80)
+        return false;
+    *resultLength = static_cast<uint32_t>(length);
+    if (result != nullptr)
+        memcpy(result, source, text.size());
+    return true;
 }
 
 } // namespace
@@ -237,7 +205,7 @@ int32_t KI_Chinese2UTF8String(const uint8_t *source, int32_t length, uint8_t *re
     KA_FRAME("KI_Chinese2UTF8String");
     if (copyPlain(source, length, result, resultLength))
         return KA_DONE();
-    uint8_t bmp[WideArea];
+    uint8_t bmp[WideLimit];
     uint32_t bmpLength = 0;
     KA_STEP_AS("------>MKI_Chinese2BmpString函数失败", KI_Chinese2BmpString(source, length, bmp, &bmpLength));
     KA_STEP_AS("------>KI_BmpString2UTF8函数失败",
@@ -249,7 +217,7 @@ int32_t KI_UTF8String2Chinese(const uint8_t *source, int32_t length, uint8_t *re
     KA_FRAME("KI_UTF8String2Chinese");
     if (copyPlain(source, length, result, resultLength))
         return KA_DONE();
-    uint8_t bmp[WideArea];
+    uint8_t bmp[WideLimit];
     uint32_t bmpLength = 0;
     KA_STEP_AS("------>KI_UTF82BmpString函数失败", KI_UTF82BmpString(source, length, bmp, &bmpLength));
     KA_STEP_AS("------>KI_BmpString2Chinese函数失败",

@@ -134,13 +134,6 @@ Status readSlot(const Element &element, const Slot &slot, GeneralNameRecord &nam
 
 } // namespace
 
-Status writeTaggedIa5(const Anybuf &text, uint32_t number, Anybuf **out) {
-    Chain string;
-    KA_STEP(KAsn1_WriteIa5String(&text, string.slot()));
-    KA_STEP(KAsn1_WriteImplicit(string.head(), number, out));
-    return KACERT_Ok;
-}
-
 // GeneralNames ::= SEQUENCE OF GeneralName
 Status encodeGeneralNames(Writer &out, GeneralNameRecord &names) {
     const Construct list(out, TagSequence);

@@ -37,9 +37,7 @@ void freeGeneralNames(GeneralNameRecord &names);
 
 // The wire strings' tags are set in the records of `head`.
 [[nodiscard]] Status encodeName(Writer &out, const NameRecord &head);
-// GeneralNames, and the IA5String of one of them under its tag [number] IMPLICIT.
 [[nodiscard]] Status encodeGeneralNames(Writer &out, GeneralNameRecord &names);
-[[nodiscard]] Status writeTaggedIa5(const Anybuf &text, uint32_t number, Anybuf **out);
 
 // What the conversions of text.h take and answer.
 using Conversion = int32_t (*)(const uint8_t *, int32_t, uint8_t *, uint32_t *);

@@ -103,9 +103,9 @@ Status appendName(NameRecord &head, uint32_t kind, Bytes value) {
     if (record == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
     record->id = kind;
-    auto *behind = reinterpret_cast<uint8_t *>(record + 1);
-    behind = placePart(record->oid, oid, behind);
-    placePart(record->value, value, behind);
+    auto *at = reinterpret_cast<uint8_t *>(record + 1);
+    at = placePart(record->oid, oid, at);
+    placePart(record->value, value, at);
     record->value.tag = TagPrintableString;
     NameRecord *last = nullptr;
     append<&NameRecord::next>(head.next, last, record);

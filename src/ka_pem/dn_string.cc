@@ -111,7 +111,7 @@ Status parse(std::span<const Target> fields, const uint8_t *text, int32_t length
         return Refused;
     if (length < 1)
         return KACERT_Ok;
-    Area area; // a value may go where the text stands
+    Area area; // a value may go into the text's own place
     area.add({text, static_cast<size_t>(length)});
     findValues(area.text(), fields);
     return KACERT_Ok;

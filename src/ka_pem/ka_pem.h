@@ -10,15 +10,15 @@
 
 namespace karil {
 
-// What PEM and DN strings answer where they fail.
+// What PEM and DN strings answer if they fail.
 constexpr Status Refused = -1;
 
 inline Bytes bytesOf(const char *text) {
     return {reinterpret_cast<const uint8_t *>(text), strlen(text)};
 }
 
-// The octets in front of the first `octet` and those behind it; false, with both as they were, where there is none.
-bool split(Bytes text, uint8_t octet, Bytes &front, Bytes &behind);
+// The octets before the first `octet` and those after it; false, with both as they were, if there is none.
+bool split(Bytes text, uint8_t octet, Bytes &front, Bytes &after);
 
 // Octets of the base64 text of `size` octets, without a terminator.
 constexpr uint64_t encodedSize(uint64_t size) {

@@ -4,12 +4,12 @@
 
 namespace karil {
 
-bool split(Bytes text, uint8_t octet, Bytes &front, Bytes &behind) {
+bool split(Bytes text, uint8_t octet, Bytes &front, Bytes &after) {
     const auto *at = text.empty() ? nullptr : static_cast<const uint8_t *>(memchr(text.data(), octet, text.size()));
     if (at == nullptr)
         return false;
     front = text.first(static_cast<size_t>(at - text.data()));
-    behind = text.subspan(front.size() + 1);
+    after = text.subspan(front.size() + 1);
     return true;
 }
 
@@ -36,26 +36,26 @@ uint64_t lineSize(Bytes line) {
 // Passes over the next five octets that start with a hyphen.
 bool passDashes(Bytes &text) {
     Bytes front;
-    Bytes behind;
-    if (!split(text, '-', front, behind))
+    Bytes after;
+    if (!split(text, '-', front, after))
         return false;
-    text = behind.subspan(std::min(DashesSize - 1, behind.size()));
+    text = after.subspan(std::min(DashesSize - 1, after.size()));
     return true;
 }
 
 // What stands between header and footer, or all of a text without a hyphen.
 bool findBody(Bytes text, Bytes &body) {
-    Bytes behind = text;
+    Bytes after = text;
     body = text;
-    if (!passDashes(behind))
+    if (!passDashes(after))
         return true;
-    return passDashes(behind) && split(behind, '-', body, behind);
+    return passDashes(after) && split(after, '-', body, after);
 }
 
 // Copies the body without its line ends, as far as a zero octet.
 Bytes copyBody(Bytes body, uint8_t *area) {
-    Bytes behind;
-    split(body, 0, body, behind);
+    Bytes after;
+    split(body, 0, body, after);
     uint8_t *at = area;
     for (const uint8_t octet : body) {
         *at = octet;

@@ -86,7 +86,7 @@ Status makeDigestInfo(const AlgorithmRecord *algorithm, const uint8_t *digest, i
     KA_PASS(takeValue(digest, digestLength));
     Writer info(DigestInfoBound);
     KA_PASS(writeDigestInfo(info, bytesOf(algorithm->oid), {digest, static_cast<size_t>(digestLength)}));
-    return handOutWritten(info, out, outLength);
+    return handOut(info, out, outLength);
 }
 
 Status encodeTypeData(const uint8_t *der, int32_t length, int32_t type) {
@@ -124,17 +124,8 @@ int32_t contentTypeOf(Bytes oid) {
 }
 
 ContentFrame::ContentFrame(Writer &out, Bytes oid, uint64_t expected, uint32_t number)
-    : info(out, TagSequence, about(elementSize(expected) + elementSize(oid.size()))),
+    : info(out, TagSequence, about(expected + oid.size() + 16)),
       content((out.objectId(oid), out), taggedSet(number), about(expected)) {
-}
-
-Status handOutWritten(const Writer &out, uint8_t *result, uint32_t *resultLength) {
-    KA_PASS(out.status());
-    const Bytes written = out.since(0);
-    *resultLength = out.size();
-    if (result != nullptr)
-        memcpy(result, written.data(), written.size());
-    return KACERT_Ok;
 }
 
 Status checkBound(const Writer &out, uint32_t start, uint32_t bound) {
@@ -172,7 +163,7 @@ Status writeDigestInfo(Writer &out, Bytes oid, Bytes digest) {
     const uint32_t start = out.size();
     {
         const Construct info(out, TagSequence);
-        writeAlgorithmWithNull(out, oid);
+        writeAlgorithm(out, oid);
         out.octetString(digest);
     }
     KA_PASS(out.status());

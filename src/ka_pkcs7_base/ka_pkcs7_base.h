@@ -1,7 +1,7 @@
 // What all PKCS#7 messages are made of: the ContentInfo frame, lists of elements, attributes and digest algorithms,
 // encrypted content, recipients, signers.
 //
-// A message is written with one Writer, in the order of the wire, and handed out by handOutWritten(). What is written
+// A message is written with one Writer, in the order of the wire, and handed out by handOut(). What is written
 // here does not open or close anything of the caller's, so calls can be mixed with the Writer's own. A message is
 // decoded from one kept copy of the input: takeWhole(), keep(), readContentInfo(); the elements that are taken from it
 // are kept ones, and what the functions here store of them are parts of that copy.
@@ -52,9 +52,6 @@ constexpr uint8_t taggedSet(uint32_t number) {
     return static_cast<uint8_t>(0xA0 | number);
 }
 
-// What an exported encoder hands out: the length always, the octets if there is a buffer.
-[[nodiscard]] Status handOutWritten(const Writer &out, uint8_t *result, uint32_t *resultLength);
-
 // The element at `der`. A length above 0 bounds what its header claims (KACERT_LengthNotEqualErr), 0 trusts the header,
 // and one below 0 is KACERT_InvalidLengthErr. The octets are the caller's: see keep().
 [[nodiscard]] Status takeWhole(const uint8_t *der, int32_t length, Element &out);
@@ -96,9 +93,7 @@ void writeDigestAlgorithms(Writer &out, const DigestAlgorithmNode *first);
 // What was read before a failure stays in the list. An algorithm without identifier is `missing`.
 [[nodiscard]] Status readDigestAlgorithms(const Element &set, DigestAlgorithmList list, Status missing);
 
-// AlgorithmIdentifier ::= SEQUENCE { OBJECT IDENTIFIER, NULL }
-void writeAlgorithmWithNull(Writer &out, Bytes oid);
-// The identifier alone. Without one: `missing`, with the words.
+// The identifier of an AlgorithmIdentifier. Without one: `missing`, with the words.
 [[nodiscard]] Status readAlgorithmOid(const Element &element, Anybuf &oid, Status missing, const char *words);
 
 // SET OF Attribute, or [number] IMPLICIT, by the tag octet.
@@ -168,7 +163,7 @@ template <class Ctx>
     KA_PASS(checkArguments({ctx, result, resultLength}));
     Writer out;
     KA_PASS(write(out, *ctx, NoBound));
-    return handOutWritten(out, result, resultLength);
+    return handOut(out, result, resultLength);
 }
 // Within the bound of an element that starts at `start`.
 [[nodiscard]] Status checkBound(const Writer &out, uint32_t start, uint32_t bound);

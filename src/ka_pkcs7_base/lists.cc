@@ -135,7 +135,7 @@ void clearDigestAlgorithms(DigestAlgorithmList list) {
 void writeDigestAlgorithms(Writer &out, const DigestAlgorithmNode *first) {
     const Construct set(out, TagSet);
     for (const DigestAlgorithmNode *node = first; node != nullptr; node = node->next)
-        writeAlgorithmWithNull(out, bytesOf(node->oid));
+        writeAlgorithm(out, bytesOf(node->oid));
 }
 
 Status readDigestAlgorithms(const Element &set, DigestAlgorithmList list, Status missing) {

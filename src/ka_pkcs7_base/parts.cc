@@ -10,12 +10,6 @@ struct SharedOctets {
 
 namespace karil {
 
-void writeAlgorithmWithNull(Writer &out, Bytes oid) {
-    const Construct algorithm(out, TagSequence);
-    out.objectId(oid);
-    out.null();
-}
-
 Status readAlgorithmOid(const Element &element, Anybuf &oid, Status missing, const char *words) {
     Level fields;
     Element content;

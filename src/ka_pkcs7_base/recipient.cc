@@ -18,7 +18,7 @@ Status setKey(Ctx &ctx, Bytes value) {
 #define KA_ISSUER(ID, KIND) KA_ROW(ID, (addToName<KIND, &Ctx::issuer>), (answerFromName<KIND, &Ctx::issuer>))
 
 constexpr Attribute<Ctx> Rows[] = {
-    KA_ROW_AS(PKCS7_RECIPIENT_DN, "PKCS7_SIGNER_DN", "PKCS7_SIGNER_DN", setDn, nullptr),
+    KA_ROW_AS(PKCS7_RECIPIENT_DN, "PKCS7_SIGNER_DN", setDn, nullptr),
     KA_ISSUER(PKCS7_RECIPIENT_ISSUER_COUNTRY, KA_NAME_COUNTRY),
     KA_ISSUER(PKCS7_RECIPIENT_ISSUER_STATEORPROVINCE, KA_NAME_STATEORPROVINCE),
     KA_ISSUER(PKCS7_RECIPIENT_ISSUER_LOCALITY, KA_NAME_LOCALITY),
@@ -85,7 +85,7 @@ Status writeFields(Writer &out, Ctx &ctx) {
     if (ctx.serial.length == 0)
         return KA_FAIL(KACERT_InvalidItemErr, "------>KAsn1_WriteIntegerArray");
     KA_PASS(writeIssuerAndSerial(out, ctx.issuer, ctx.dnSet == 1 ? ctx.issuerDn : nullptr, ctx.serial));
-    writeAlgorithmWithNull(out, bytesOf(ctx.keyEncryptionAlgorithm.oid));
+    writeAlgorithm(out, bytesOf(ctx.keyEncryptionAlgorithm.oid));
     KA_PASS(out.status());
     HookArea area;
     Bytes key;

@@ -37,7 +37,7 @@ constexpr Attribute<Ctx> Rows[] = {
     KA_ISSUER(PKCS7_ISSUER_EMAIL, KA_NAME_EMAIL),
     KA_ISSUER(PKCS7_ISSUER_POSTALADDRESS, KA_NAME_POSTALADDRESS),
     KA_ROW(PKCS7_SIGNER_SERIAL, (setField<TagInteger, &Ctx::serial>), (answerField<&Ctx::serial>)),
-    KA_ROW_AS(PKCS7_SIGNER_DIGEST_ALGO, "PKCS7_DIGEST_ALGO", "PKCS7_SIGNER_DIGEST_ALGO",
+    KA_ROW_AS(PKCS7_SIGNER_DIGEST_ALGO, "PKCS7_DIGEST_ALGO",
               (setField<TagObjectId, &Ctx::digestAlgorithm, &AlgorithmIdentifierRecord::oid>),
               (answerField<&Ctx::digestAlgorithm, &AlgorithmIdentifierRecord::oid>)),
     KA_ROW(PKCS7_SIGNER_DIGEST_ENC_ALG,

@@ -104,7 +104,7 @@ Status writeSigned(Writer &out, Ctx &ctx) {
     KA_PASS(sign(ctx, ctx.attributesSet != 0 ? out.since(start) : bytesOf(ctx.content)));
     if (ctx.attributesSet != 0)
         out.retag(start, taggedSet(0));
-    writeAlgorithmWithNull(out, bytesOf(ctx.digestEncAlgorithm.oid));
+    writeAlgorithm(out, bytesOf(ctx.digestEncAlgorithm.oid));
     out.octetString(bytesOf(ctx.encryptedDigest));
     return KACERT_Ok;
 }
@@ -116,7 +116,7 @@ Status writeFields(Writer &out, Ctx &ctx) {
         return KA_FAIL(KACERT_InvalidItemErr, "------>IssuerAndSerialNumber is null");
     KA_PASS(writeIssuerAndSerial(out, ctx.issuer, dn, ctx.serial));
     KA_PASS(checkAlgorithm(ctx.digestAlgorithm, "------>Signer digestAlgorithm is null"));
-    writeAlgorithmWithNull(out, bytesOf(ctx.digestAlgorithm.oid));
+    writeAlgorithm(out, bytesOf(ctx.digestAlgorithm.oid));
     KA_PASS(checkContent(ctx));
     KA_PASS(addAutomatic(ctx));
     KA_PASS(writeSigned(out, ctx));
