@@ -39,7 +39,7 @@ Status encode(const DataCtx *ctx, uint8_t *result, uint32_t *resultLength) {
         out.octetString(content);
     }
     KA_STEP_AS("------>KI_MakeContentToSequence", out.status());
-    return handOutWritten(out, result, resultLength);
+    return handOut(out, result, resultLength);
 }
 
 Status readContent(const uint8_t *der, int32_t length, Anybuf &content) {

@@ -7,11 +7,11 @@ namespace {
 using Ctx = EncryptedDataCtx;
 
 constexpr Attribute<Ctx> Rows[] = {
-    KA_ROW_AS(PKCS7_ENCRYPTEDDATA_CONTENTTYPE, "PKCS7_CONTENTTYPE", "PKCS7_CONTENTTYPE",
-              (setField<TagObjectId, &Ctx::contentType, &AlgorithmRecord::oid>),
-              (answerPresent<&Ctx::contentType, &AlgorithmRecord::oid>)),
-    KA_ROW_AS(PKCS7_ENCRYPTEDDATA_CONTENTENCRYPTION_PARAMETER, "PKCS7_CONTENTENCRYPTION_PARAMETER",
-              "PKCS7_CONTENTENCRYPTION_PARAMETER", setSecret<&Ctx::content>, answerPresent<&Ctx::content>),
+    KA_ROW_WORDS(PKCS7_ENCRYPTEDDATA_CONTENTTYPE, "PKCS7_CONTENTTYPE", "PKCS7_CONTENTTYPE",
+                 (setField<TagObjectId, &Ctx::contentType, &AlgorithmRecord::oid>),
+                 (answerPresent<&Ctx::contentType, &AlgorithmRecord::oid>)),
+    KA_ROW_WORDS(PKCS7_ENCRYPTEDDATA_CONTENTENCRYPTION_PARAMETER, "PKCS7_CONTENTENCRYPTION_PARAMETER",
+                 "PKCS7_CONTENTENCRYPTION_PARAMETER", setSecret<&Ctx::content>, answerPresent<&Ctx::content>),
 };
 
 constexpr IntAttribute<Ctx> IntRows[] = {
@@ -44,7 +44,7 @@ Status encode(Ctx *ctx, uint8_t *result, uint32_t *resultLength) {
     KA_PASS(checkArguments({ctx, resultLength}));
     Writer out;
     KA_PASS(writeEncryptedData(out, *ctx, ElementBound));
-    return handOutWritten(out, result, resultLength);
+    return handOut(out, result, resultLength);
 }
 
 Status open(Ctx &ctx, const uint8_t *der, int32_t length, Element &content) {

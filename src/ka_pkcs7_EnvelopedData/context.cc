@@ -12,12 +12,12 @@ template <auto... Path> Status answerEncrypted(Ctx &ctx, const Answer &answer) {
 }
 
 constexpr Attribute<Ctx> Rows[] = {
-    KA_ROW_AS(PKCS7_ENVELOPED_ENCRYPTED_CONTENT, "PKCS7_ENCRYPTED_CONTENT", "PKCS7_ENCRYPTED_CONTENT",
-              setSecret<&Ctx::content>, answerPresent<&Ctx::content>),
-    KA_ROW_AS(PKCS7_ENVELOPED_CONTENTTYPE, "PKCS7_ENVELOPEDDATA_CONTENTTYPE", "PKCS7_ENVELOPEDDATA_CONTENTTYPE",
-              (setField<TagObjectId, &Ctx::contentType, &AlgorithmRecord::oid>),
-              (answerPresent<&Ctx::contentType, &AlgorithmRecord::oid>)),
-    KA_ROW_AS(PKCS7_ENVELOPED_RECIPIENT_KEY, "PKCS7_RECIPIENT_KEY", "", setSecret<&Ctx::key>, nullptr),
+    KA_ROW_WORDS(PKCS7_ENVELOPED_ENCRYPTED_CONTENT, "PKCS7_ENCRYPTED_CONTENT", "PKCS7_ENCRYPTED_CONTENT",
+                 setSecret<&Ctx::content>, answerPresent<&Ctx::content>),
+    KA_ROW_WORDS(PKCS7_ENVELOPED_CONTENTTYPE, "PKCS7_ENVELOPEDDATA_CONTENTTYPE", "PKCS7_ENVELOPEDDATA_CONTENTTYPE",
+                 (setField<TagObjectId, &Ctx::contentType, &AlgorithmRecord::oid>),
+                 (answerPresent<&Ctx::contentType, &AlgorithmRecord::oid>)),
+    KA_ROW_WORDS(PKCS7_ENVELOPED_RECIPIENT_KEY, "PKCS7_RECIPIENT_KEY", "", setSecret<&Ctx::key>, nullptr),
     KA_ROW(PKCS7_ENVELOPED_CIPHERTEXT, nullptr, answerEncrypted<&EncryptedContentCtx::encryptedContent>),
     KA_ROW(PKCS7_ENVELOPED_ALGO, nullptr,
            (answerEncrypted<&EncryptedContentCtx::encryptionAlgorithm, &AlgorithmIdentifierRecord::oid>)),

@@ -7,15 +7,15 @@ namespace {
 using Ctx = SignedAndEnvelopedDataCtx;
 
 constexpr Attribute<Ctx> Rows[] = {
-    KA_ROW_AS(PKCS7_SIGNEDANDENVELOPED_CERTIFICATE, "PKCS7_CERTIFICATE", "", addCertificate, nullptr),
-    KA_ROW_AS(PKCS7_SIGNEDANDENVELOPED_CRL, "PKCS7_CRL", "", addCrl, nullptr),
-    KA_ROW_AS(PKCS7_SIGNEDANDENVELOPED_DIGEST_ALGO, "PKCS7_DIGEST_ALGO", "", addDigest, nullptr),
-    KA_ROW_AS(PKCS7_SIGNEDANDENVELOPED_ENCRYPTED_CONTENT, "PKCS7_ENCRYPTED_CONTENT", "PKCS7_ENCRYPTED_CONTENT",
-              setShared<true>, answerField<&Ctx::content>),
-    KA_ROW_AS(PKCS7_SIGNEDANDENVELOPED_CONTENTTYPE, "PKCS7_SIGNEDANDENVELOPED_CONTENTTYPE", "PKCS7_CONTENTTYPE",
-              (setField<TagObjectId, &Ctx::contentType, &AlgorithmRecord::oid>),
-              (answerField<&Ctx::contentType, &AlgorithmRecord::oid>)),
-    KA_ROW_AS(PKCS7_SIGNEDANDENVELOPED_RECIPIENT_KEY, "PKCS7_RECIPIENT_KEY", "", setSecret<&Ctx::key>, nullptr),
+    KA_ROW_WORDS(PKCS7_SIGNEDANDENVELOPED_CERTIFICATE, "PKCS7_CERTIFICATE", "", addCertificate, nullptr),
+    KA_ROW_WORDS(PKCS7_SIGNEDANDENVELOPED_CRL, "PKCS7_CRL", "", addCrl, nullptr),
+    KA_ROW_WORDS(PKCS7_SIGNEDANDENVELOPED_DIGEST_ALGO, "PKCS7_DIGEST_ALGO", "", addDigest, nullptr),
+    KA_ROW_WORDS(PKCS7_SIGNEDANDENVELOPED_ENCRYPTED_CONTENT, "PKCS7_ENCRYPTED_CONTENT", "PKCS7_ENCRYPTED_CONTENT",
+                 setShared<true>, answerField<&Ctx::content>),
+    KA_ROW_WORDS(PKCS7_SIGNEDANDENVELOPED_CONTENTTYPE, "PKCS7_SIGNEDANDENVELOPED_CONTENTTYPE", "PKCS7_CONTENTTYPE",
+                 (setField<TagObjectId, &Ctx::contentType, &AlgorithmRecord::oid>),
+                 (answerField<&Ctx::contentType, &AlgorithmRecord::oid>)),
+    KA_ROW_WORDS(PKCS7_SIGNEDANDENVELOPED_RECIPIENT_KEY, "PKCS7_RECIPIENT_KEY", "", setSecret<&Ctx::key>, nullptr),
 };
 
 constexpr ListAttribute<Ctx> Lists[] = {

@@ -54,7 +54,7 @@ Status encode(Ctx *ctx, uint8_t *result, uint32_t *resultLength) {
         KA_PASS(writeFields(out, *ctx));
     }
     KA_STEP_AS("------>KI_MakeContentToSequence", out.status());
-    return handOutWritten(out, result, resultLength);
+    return handOut(out, result, resultLength);
 }
 
 Status readInfo(const Element &element, Ctx &ctx) {

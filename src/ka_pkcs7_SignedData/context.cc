@@ -19,12 +19,12 @@ Status setContent(Ctx &ctx, Bytes value) {
 }
 
 constexpr Attribute<Ctx> Rows[] = {
-    KA_ROW_AS(PKCS7_SIGNEDDATA_DIGEST_ALGO, "PKCS7_DIGEST_ALGO", "", addDigest, nullptr),
-    KA_ROW_AS(PKCS7_SIGNEDDATA_CONTENTTYPE, "PKCS7_CONTENTTYPE", "PKCS7_CONTENTTYPE", setContentType,
-              (answerField<&Ctx::contentType, &AlgorithmRecord::oid>)),
-    KA_ROW_AS(PKCS7_SIGNEDDATA_CONTENT, "PKCS7_CONTENT", "PKCS7_CONTENT", setContent, answerField<&Ctx::content>),
-    KA_ROW_AS(PKCS7_SIGNEDDATA_CERTIFICATE, "PKCS7_CERTIFICATE", "", addCertificate, nullptr),
-    KA_ROW_AS(PKCS7_SIGNEDDATA_CRL, "PKCS7_CRL", "", addCrl, nullptr),
+    KA_ROW_WORDS(PKCS7_SIGNEDDATA_DIGEST_ALGO, "PKCS7_DIGEST_ALGO", "", addDigest, nullptr),
+    KA_ROW_WORDS(PKCS7_SIGNEDDATA_CONTENTTYPE, "PKCS7_CONTENTTYPE", "PKCS7_CONTENTTYPE", setContentType,
+                 (answerField<&Ctx::contentType, &AlgorithmRecord::oid>)),
+    KA_ROW_WORDS(PKCS7_SIGNEDDATA_CONTENT, "PKCS7_CONTENT", "PKCS7_CONTENT", setContent, answerField<&Ctx::content>),
+    KA_ROW_WORDS(PKCS7_SIGNEDDATA_CERTIFICATE, "PKCS7_CERTIFICATE", "", addCertificate, nullptr),
+    KA_ROW_WORDS(PKCS7_SIGNEDDATA_CRL, "PKCS7_CRL", "", addCrl, nullptr),
 };
 
 // The first CRL, for every position that there is.
