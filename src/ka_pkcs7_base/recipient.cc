@@ -15,8 +15,6 @@ Status setKey(Ctx &ctx, Bytes value) {
     return replaceSecret(ctx.key, value);
 }
 
-#define KA_ISSUER(ID, KIND) KA_ROW(ID, (addToName<KIND, &Ctx::issuer>), (answerFromName<KIND, &Ctx::issuer>))
-
 constexpr Attribute<Ctx> Rows[] = {
     KA_ROW_AS(PKCS7_RECIPIENT_DN, "PKCS7_SIGNER_DN", setDn, nullptr),
     KA_ISSUER(PKCS7_RECIPIENT_ISSUER_COUNTRY, KA_NAME_COUNTRY),
