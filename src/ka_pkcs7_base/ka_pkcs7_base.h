@@ -114,7 +114,7 @@ constexpr uint32_t DigestInfoBound = 512;
 [[nodiscard]] Status writeDigestInfo(Writer &out, Bytes oid, Bytes digest);
 
 // IssuerAndSerialNumber ::= SEQUENCE { issuer Name, serialNumber INTEGER }, in a context with the fields of signers and
-// recipients.
+// recipients. An empty serial number is KACERT_InvalidItemErr.
 [[nodiscard]] Status writeIssuerAndSerial(Writer &out, const NameRecord &issuer, const Anybuf *dn,
                                           const Anybuf &serial);
 // An element that is not there is `missing`.

@@ -80,8 +80,6 @@ Status encryptedKey(const Ctx &ctx, HookArea &area, Bytes &out) {
 
 Status writeFields(Writer &out, Ctx &ctx) {
     out.integer(static_cast<uint32_t>(ctx.version));
-    if (ctx.serial.length == 0)
-        return KA_FAIL(KACERT_InvalidItemErr, "------>KAsn1_WriteIntegerArray");
     KA_PASS(writeIssuerAndSerial(out, ctx.issuer, ctx.dnSet == 1 ? ctx.issuerDn : nullptr, ctx.serial));
     writeAlgorithm(out, bytesOf(ctx.keyEncryptionAlgorithm.oid));
     KA_PASS(out.status());

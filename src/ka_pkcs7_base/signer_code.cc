@@ -112,7 +112,7 @@ Status writeSigned(Writer &out, Ctx &ctx) {
 Status writeFields(Writer &out, Ctx &ctx) {
     out.integer(static_cast<uint32_t>(ctx.version));
     const Anybuf *dn = ctx.dnSet == 1 ? ctx.issuerDn : nullptr;
-    if ((dn == nullptr && ctx.issuer.next == nullptr) || ctx.serial.length == 0)
+    if (dn == nullptr && (ctx.issuer.next == nullptr || ctx.serial.length == 0))
         return KA_FAIL(KACERT_InvalidItemErr, "------>IssuerAndSerialNumber is null");
     KA_PASS(writeIssuerAndSerial(out, ctx.issuer, dn, ctx.serial));
     KA_PASS(checkAlgorithm(ctx.digestAlgorithm, "------>Signer digestAlgorithm is null"));
