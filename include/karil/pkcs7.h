@@ -218,7 +218,7 @@ KARIL_API int32_t KI_PKCS7_DecodeAttributes(const Anybuf *chain, AttributeRecord
  * Writes DigestInfo (RFC 2315 9.4): SEQUENCE { SEQUENCE { oid, NULL }, OCTET STRING }. `algorithm`: its OID is
  * taken, whatever it names. `digest`: `digestLength` octets; null only with length 0. `out`: receives the DER, at most
  * 512 octets. Returns 0; KACERT_InvalidLengthErr for a DigestInfo above 512 octets or a negative length;
- * KACERT_InvalidItemErr; KACERT_MemoryErr.
+ * KACERT_InvalidItemErr; KACERT_InvalidParamErr for an OID with a length and no data; KACERT_MemoryErr.
  */
 KARIL_API int32_t KI_MakeDigestInfo(const AlgorithmRecord *algorithm, const uint8_t *digest, int32_t digestLength,
                                     uint8_t *out, uint32_t *outLength);

@@ -180,15 +180,6 @@ Status readRecipient(const Element &element, RecipientInfoCtx &ctx) {
     return KACERT_Ok;
 }
 
-Status writeRecipients(Writer &out, RecipientInfoCtx *first, Bytes key) {
-    const Construct set(out, TagSet);
-    for (RecipientInfoCtx *ctx = first; ctx != nullptr; ctx = ctx->next) {
-        KA_PASS(replaceSecret(ctx->key, key));
-        KA_STEP_AS("------>KA_PKCS7_EncodeRecipientInfo", writeRecipient(out, *ctx, ElementBound));
-    }
-    return KACERT_Ok;
-}
-
 Status readRecipients(Level set, RecipientList list) {
     while (!set.empty()) {
         RecipientPtr ctx;

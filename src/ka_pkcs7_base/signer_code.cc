@@ -228,16 +228,6 @@ Status readSigner(const Element &element, SignerInfoCtx &ctx) {
     return fields.empty() ? KACERT_Ok : readUnauthenticated(fields.take(), ctx);
 }
 
-Status writeSigners(Writer &out, SignerList list, Bytes contentType, const SharedContent &content) {
-    const Construct set(out, TagSet);
-    SignerInfoCtx *ctx = list.first;
-    for (uint32_t i = 0; i < list.count && ctx != nullptr; ++i, ctx = ctx->next) {
-        KA_PASS(lendContent(*ctx, contentType, &content));
-        KA_STEP_AS("------>KA_PKCS7_EncodeSignerInfo", writeSigner(out, *ctx, ElementBound));
-    }
-    return KACERT_Ok;
-}
-
 Status readSigners(Level set, SignerList list, Bytes contentType, const SharedContent *content) {
     while (!set.empty()) {
         SignerPtr ctx;
