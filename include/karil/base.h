@@ -95,6 +95,17 @@ typedef struct AlgorithmRecord {
 KARIL_SIZE_32(AlgorithmRecord, 32);
 
 /*
+ * The library's own notes on a list that a context owns: its last node, and the node that was asked for last with its
+ * position. Callers leave them alone.
+ */
+typedef struct ListMarks {
+    void *last;
+    void *node;
+    uint32_t position;
+} ListMarks;
+KARIL_SIZE_32(ListMarks, 12);
+
+/*
  * A hook: how an object family reaches a key, a digest or a cipher that lives anywhere. `input`, `inputLength`: the
  * octets to work on. `output`: the area for the result, or null in a call that asks for no result. `outputLength`:
  * receives the octets written; the function that stores the hook tells what it holds on entry. `parameter`: the hook's

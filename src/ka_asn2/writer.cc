@@ -135,6 +135,11 @@ void Writer::boolean(bool value) {
     element(TagBoolean, {&octet, 1});
 }
 
+void Writer::retag(uint32_t at, uint8_t tag) {
+    if (failure == KACERT_Ok && at < used)
+        block.get()[at] = tag;
+}
+
 Bytes Writer::since(uint32_t start) const {
     return failure == KACERT_Ok && block != nullptr ? Bytes(block.get() + start, used - start) : Bytes{};
 }

@@ -41,6 +41,8 @@ public:
     [[nodiscard]] Status status() const { return failure; }
     void fail(Status status);
     uint32_t size() const { return used; }
+    // Puts another tag in the place of one that was written at `at`.
+    void retag(uint32_t at, uint8_t tag);
     // What was written from `start` on, up to the next write; nothing after a failure.
     Bytes since(uint32_t start) const;
 

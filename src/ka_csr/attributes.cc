@@ -38,7 +38,8 @@ constexpr Attribute<Ctx> Rows[] = {
 using namespace karil;
 
 int32_t KACert_SetCsrAttributeChar(CsrEncodeCtx *ctx, int32_t id, const uint8_t *value, int32_t length) {
-    return KA_FRAMED("KACert_SetCsrAttributeChar", setAttribute(Rows, ctx, id, value, length, KACERT_MemoryErr));
+    return KA_FRAMED("KACert_SetCsrAttributeChar",
+                     setAttribute(Rows, ctx, id, value, length, {.length = KACERT_MemoryErr}));
 }
 
 int32_t KACert_GetCsrAttributeChar(CsrDecodeCtx *ctx, int32_t id, uint8_t *result, uint32_t *resultLength) {

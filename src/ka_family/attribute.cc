@@ -2,24 +2,22 @@
 
 namespace karil {
 
-Status checkValue(const void *ctx, const uint8_t *value, int32_t length, Status badLength) {
-    if (length < 1)
-        return KA_FAIL(badLength, "------>KACERT_InvalidLengthErr");
-    return checkPointers({ctx, value});
+Status checkValue(const void *ctx, const uint8_t *value, int32_t length, const Refusals &refusals) {
+    if (length < refusals.shortest)
+        return KA_FAIL(refusals.length, "------>KACERT_InvalidLengthErr");
+    KA_PASS(checkPointers({ctx}, refusals.pointer));
+    return length > 0 ? checkPointers({value}, refusals.pointer) : KACERT_Ok;
 }
 
-Status checkPair(const void *ctx, const uint8_t *oid, int32_t oidLength, const uint8_t *value, int32_t valueLength) {
+Status checkPair(const void *ctx, const uint8_t *oid, int32_t oidLength, const uint8_t *value, int32_t valueLength,
+                 Status refusal) {
     if (oidLength < 1 || valueLength < 1)
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KACERT_InvalidLengthErr");
-    return checkPointers({ctx, oid, value});
+    return checkPointers({ctx, oid, value}, refusal);
 }
 
-Status refuseSet() {
-    return KA_FAIL(KACERT_AttributeNotSupportErr, "------>Set KACERT_AttributeNotSupportErr");
-}
-
-Status refuseGet() {
-    return KA_FAIL(KACERT_AttributeNotSupportErr, "------>Get KACERT_AttributeNotSupportErr");
+Status refuseId(Status status, const char *words) {
+    return KA_FAIL(status, words);
 }
 
 void traceRow(const char *words) {

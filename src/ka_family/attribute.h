@@ -34,53 +34,62 @@ template <class Row, size_t Size> const Row *findRow(const Row (&rows)[Size], in
     return nullptr;
 }
 
-// What Set and Get refuse before their row is reached. `badLength`: the family's status for a length below 1.
-[[nodiscard]] Status checkValue(const void *ctx, const uint8_t *value, int32_t length, Status badLength);
-[[nodiscard]] Status refuseSet();
-[[nodiscard]] Status refuseGet();
+// What a family answers to arguments that Set and Get refuse before their row is reached.
+struct Refusals {
+    Status pointer = KACERT_InvalidParamErr;
+    Status length = KACERT_InvalidLengthErr; // of a value that is shorter than the shortest
+    Status id = KACERT_AttributeNotSupportErr;
+    const char *setWords = "------>Set KACERT_AttributeNotSupportErr";
+    const char *getWords = "------>Get KACERT_AttributeNotSupportErr";
+    int32_t shortest = 1;
+};
+[[nodiscard]] Status checkValue(const void *ctx, const uint8_t *value, int32_t length, const Refusals &refusals);
+[[nodiscard]] Status refuseId(Status status, const char *words);
 // The same for a Set of an object identifier with its value.
 [[nodiscard]] Status checkPair(const void *ctx, const uint8_t *oid, int32_t oidLength, const uint8_t *value,
-                               int32_t valueLength);
+                               int32_t valueLength, Status refusal = KACERT_InvalidParamErr);
 // The words of a Set or Get that its row begins with.
 void traceRow(const char *words);
 
 // The Set and Get of the Char functions, within their frame.
 template <class Ctx, size_t Size>
 [[nodiscard]] Status setAttribute(const Attribute<Ctx> (&rows)[Size], Ctx *ctx, int32_t id, const uint8_t *value,
-                                  int32_t length, Status badLength = KACERT_InvalidLengthErr) {
-    KA_PASS(checkValue(ctx, value, length, badLength));
+                                  int32_t length, const Refusals &refusals = {}) {
+    KA_PASS(checkValue(ctx, value, length, refusals));
     const Attribute<Ctx> *row = findRow(rows, id);
     if (row == nullptr || row->set == nullptr)
-        return refuseSet();
+        return refuseId(refusals.id, refusals.setWords);
     traceRow(row->setWords);
     return row->set(*ctx, Bytes(value, static_cast<size_t>(length)));
 }
 template <class Ctx, size_t Size>
 [[nodiscard]] Status getAttribute(const Attribute<Ctx> (&rows)[Size], Ctx *ctx, int32_t id, uint8_t *result,
-                                  uint32_t *resultLength) {
-    KA_PASS(checkPointers({ctx, resultLength}));
+                                  uint32_t *resultLength, const Refusals &refusals = {}) {
+    KA_PASS(checkPointers({ctx, resultLength}, refusals.pointer));
     const Attribute<Ctx> *row = findRow(rows, id);
     if (row == nullptr || row->get == nullptr)
-        return refuseGet();
+        return refuseId(refusals.id, refusals.getWords);
     return row->get(*ctx, {result, resultLength, row->getWords, row->getLengthWords});
 }
 
 // The same of the Int functions.
 template <class Ctx, size_t Size>
-[[nodiscard]] Status setInt(const IntAttribute<Ctx> (&rows)[Size], Ctx *ctx, int32_t id, int32_t value) {
-    KA_PASS(checkPointers({ctx}));
+[[nodiscard]] Status setInt(const IntAttribute<Ctx> (&rows)[Size], Ctx *ctx, int32_t id, int32_t value,
+                            const Refusals &refusals = {}) {
+    KA_PASS(checkPointers({ctx}, refusals.pointer));
     const IntAttribute<Ctx> *row = findRow(rows, id);
     if (row == nullptr)
-        return refuseSet();
+        return refuseId(refusals.id, refusals.setWords);
     traceRow(row->setWords);
     return row->set(*ctx, value);
 }
 template <class Ctx, size_t Size>
-[[nodiscard]] Status getInt(const IntAttribute<Ctx> (&rows)[Size], const Ctx *ctx, int32_t id, int32_t *value) {
-    KA_PASS(checkPointers({ctx, value}));
+[[nodiscard]] Status getInt(const IntAttribute<Ctx> (&rows)[Size], const Ctx *ctx, int32_t id, int32_t *value,
+                            const Refusals &refusals = {}) {
+    KA_PASS(checkPointers({ctx, value}, refusals.pointer));
     const IntAttribute<Ctx> *row = findRow(rows, id);
     if (row == nullptr)
-        return refuseGet();
+        return refuseId(refusals.id, refusals.getWords);
     traceRow(row->getWords);
     row->get(*ctx, *value);
     return KACERT_Ok;

@@ -2,15 +2,15 @@
 
 namespace karil {
 
-Status checkPointers(std::initializer_list<const void *> pointers) {
+Status checkPointers(std::initializer_list<const void *> pointers, Status refusal) {
     for (const void *pointer : pointers)
         if (pointer == nullptr)
-            return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+            return KA_FAIL(refusal, "------>Pointer is NULL");
     return KACERT_Ok;
 }
 
-Status createRecord(const void *out, uint32_t size, void *&record) {
-    KA_PASS(checkPointers({out}));
+Status createRecord(const void *out, uint32_t size, void *&record, Status refusal) {
+    KA_PASS(checkPointers({out}, refusal));
     record = KAPR_Malloc(KA_SOURCE, __LINE__, size);
     return record != nullptr ? KACERT_Ok : KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
 }

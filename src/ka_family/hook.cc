@@ -54,4 +54,51 @@ Status callForSize(KAHookFunc hook, const Anybuf &key, Bytes input, HookOutput &
     return fillArea(hook, key, input, out.length, out);
 }
 
+Status copyParameter(const void *parameter, int32_t length, void *&copy) {
+    copy = nullptr;
+    if (parameter == nullptr || length < 1)
+        return KACERT_Ok;
+    Owned<uint8_t> block = KA_BLOCK(static_cast<uint32_t>(length));
+    if (block == nullptr)
+        return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
+    memcpy(block.get(), parameter, static_cast<uint32_t>(length));
+    copy = block.release();
+    return KACERT_Ok;
+}
+
+void freeParameter(void *&copy, uint32_t length) {
+    wipe(copy, length);
+    KAPR_Free(copy);
+    copy = nullptr;
+}
+
+void HookArea::moveTo(Anybuf &record) {
+    const uint32_t tag = record.tag;
+    clearSecret(record);
+    wipe(block.get() + used, size - used);
+    record.tag = tag;
+    record.length = used;
+    record.data = block.release();
+}
+
+Status callWithCopy(const Hook &hook, Bytes input, uint64_t bound, HookArea &out, const char *words) {
+    if (bound + Margin > UINT32_MAX)
+        return KA_FAIL(KACERT_InvalidLengthErr, words);
+    wipe(out.block.get(), out.size);
+    out.size = static_cast<size_t>(bound) + Margin;
+    out.block = KA_BLOCK(out.size);
+    if (out.block == nullptr)
+        return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
+    void *parameter = nullptr;
+    KA_PASS(copyParameter(hook.parameter, static_cast<int32_t>(hook.length), parameter));
+    out.used = static_cast<uint32_t>(bound);
+    const Status status =
+        hook.function(input.data(), static_cast<uint32_t>(input.size()), out.block.get(), &out.used, parameter);
+    freeParameter(parameter, hook.length);
+    if (status == KACERT_Ok && out.used <= bound)
+        return KACERT_Ok;
+    out.used = 0;
+    return KA_FAIL(status != KACERT_Ok ? status : KACERT_InvalidLengthErr, words);
+}
+
 } // namespace karil

@@ -39,6 +39,28 @@ template <class Node> void freeList(Node *&first) {
     }
 }
 
+// A list with marks: an append takes one step, and so does the next of a walk by position.
+template <auto Link, class Node> void appendMarked(Node *&first, ListMarks &marks, Node *node) {
+    auto *last = static_cast<Node *>(marks.last);
+    append<Link>(first, last, node);
+    marks.last = last;
+}
+// The node at `position`, from 1, or null.
+template <auto Link, class Node> Node *nodeAt(Node *first, ListMarks &marks, int32_t position) {
+    if (position < 1)
+        return nullptr;
+    const auto wanted = static_cast<uint32_t>(position);
+    const bool goesOn = marks.node != nullptr && marks.position <= wanted;
+    Node *node = goesOn ? static_cast<Node *>(marks.node) : first;
+    for (uint32_t at = goesOn ? marks.position : 1; at < wanted && node != nullptr; ++at)
+        node = node->*Link;
+    if (node != nullptr) {
+        marks.node = node;
+        marks.position = wanted;
+    }
+    return node;
+}
+
 // The node numbered `index`, from 1; without one `index` becomes their number.
 template <class Node> const Node *numbered(const Node *first, uint32_t &index) {
     uint32_t count = 0;
