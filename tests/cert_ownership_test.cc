@@ -1,12 +1,8 @@
 // Whose the octets of a context are. What a test leaves wrong here, the leak and address checks see as well.
-#include "cert_support.h"
-#include "karil/asn1.h"
-#include "karil/cert_ext.h"
-#include "karil/name.h"
+#include "testkit.h"
 
-#include <gtest/gtest.h>
+using namespace karil_test;
 
-namespace karil_test {
 namespace {
 
 CertParts sampleParts() {
@@ -20,8 +16,8 @@ CertParts sampleParts() {
 }
 
 CertPtr decodedSample() {
-    CertPtr ctx = newCert();
-    EXPECT_EQ(decode(ctx, sampleParts().whole()), KACERT_Ok);
+    CertPtr ctx = create<CertEncodeCtx>();
+    EXPECT_EQ(decode(*ctx, sampleParts().whole()), KACERT_Ok);
     return ctx;
 }
 
@@ -43,7 +39,8 @@ constexpr int32_t Asked[] = {CERT_TBS_CERTIFICATE,
 // The answers to all of them but one.
 std::string answersBut(const CertPtr &ctx, int32_t left) {
     std::string all;
-    for (const int32_t id : Asked) all += id == left ? "" : getChar(ctx, id) + ";";
+    for (const int32_t id : Asked)
+        all += id == left ? "" : get(*ctx, id) + ";";
     return all;
 }
 
@@ -54,8 +51,9 @@ TEST(CertOwnership, AValueSetAfterDecodingReplacesThatOneAlone) {
           CERT_ISSUER_DERDN, CERT_SUBJECT_DERDN, CERT_SUBJECTPUBLICKEYINFO}) {
         const CertPtr ctx = decodedSample();
         const std::string others = answersBut(ctx, id);
-        for (int i = 0; i < 2; ++i) EXPECT_EQ(setChar(ctx, id, longer), KACERT_Ok) << id;
-        EXPECT_EQ(getChar(ctx, id), toHex(text(longer))) << id;
+        for (int i = 0; i < 2; ++i)
+            EXPECT_EQ(set(*ctx, id, longer), KACERT_Ok) << id;
+        EXPECT_EQ(get(*ctx, id), toHex(text(longer))) << id;
         EXPECT_EQ(answersBut(ctx, id), others) << id;
     }
 }
@@ -70,8 +68,8 @@ TEST(CertOwnership, AClearedFieldTakesNothingElseAlong) {
     KI_ClearAnybuf(&ctx->serialNumber);
     KI_ClearAnybuf(&ctx->extensions.subjectKeyId.keyId);
     ASSERT_EQ(KI_SetAttributeCharValue(&ctx->serialNumber, text("7").data(), 1), KACERT_Ok);
-    EXPECT_EQ(getChar(ctx, CERT_SERIALNUMBER), "37");
-    EXPECT_EQ(getChar(ctx, CERT_SUBJECT_COMMONNAME), "A8 A6");
+    EXPECT_EQ(get(*ctx, CERT_SERIALNUMBER), "37");
+    EXPECT_EQ(get(*ctx, CERT_SUBJECT_COMMONNAME), "A8 A6");
 }
 
 TEST(CertOwnership, ACopyOutlivesTheContext) {
@@ -91,29 +89,27 @@ TEST(CertOwnership, ACopyOutlivesTheContext) {
 // Records read outside of a context own their octets: the source may go.
 TEST(CertOwnership, SingleReadersCopy) {
     NameRecord head = {};
-    const CertPtr ctx = newCert();
+    const CertPtr ctx = create<CertEncodeCtx>();
     for (int i = 0; i < 2; ++i) {
-        Octets name = sampleParts().subject;
-        Octets keyId = extension("55 1D 0E", hex("04 02 01 02"));
-        const Anybuf nameSource = view(name, 16);
-        const Anybuf keyIdSource = view(keyId, 16);
-        ASSERT_EQ(KI_DecodeIssuerSubject(&nameSource, &head), KACERT_Ok);
-        ASSERT_EQ(KI_Cert_DecodeExtension_SubjectKeyIdentifier(&keyIdSource, &ctx->extensions), KACERT_Ok);
+        const Exact name(sampleParts().subject, 16), keyId(extension("55 1D 0E", hex("04 02 01 02")), 16);
+        ASSERT_EQ(KI_DecodeIssuerSubject(&name.record, &head), KACERT_Ok);
+        ASSERT_EQ(KI_Cert_DecodeExtension_SubjectKeyIdentifier(&keyId.record, &ctx->extensions), KACERT_Ok);
     }
     EXPECT_EQ(toHex(head.next->next->value), toHex(text("Works")));
-    EXPECT_EQ(getChar(ctx, CERTEX_SUBJECTKEYIDENTIFIER), "01 02");
+    EXPECT_EQ(get(*ctx, CERTEX_SUBJECTKEYIDENTIFIER), "01 02");
     KI_FreeName(head.next);
 }
 
 // Whether it was decoded or set, a record can be taken off its list and freed alone.
 TEST(CertOwnership, ANameRecordIsFreedAlone) {
     CertPtr ctx = decodedSample();
-    ASSERT_EQ(setChar(ctx, CERT_SUBJECT_EMAIL, "a@b"), KACERT_Ok);
+    ASSERT_EQ(set(*ctx, CERT_SUBJECT_EMAIL, "a@b"), KACERT_Ok);
     for (int left = 4; left > 0; --left) {
         NameRecord *first = ctx->subject.next;
         ctx->subject.next = first->next;
         first->next = nullptr;
-        if (left == 1) ctx.reset();
+        if (left == 1)
+            ctx.reset();
         EXPECT_GT(first->value.length, 0u);
         KI_FreeName(first);
     }
@@ -121,12 +117,11 @@ TEST(CertOwnership, ANameRecordIsFreedAlone) {
 
 // The data of a written node goes with the node, may be cleared alone and may be replaced.
 TEST(AnybufOwnership, AWrittenNodeIsClearedAndFilledAgain) {
-    Octets octets = hex("01 02 03");
-    const Anybuf source = view(octets);
+    const Exact octets(hex("01 02 03"));
     for (const bool isFilled : {false, true}) {
         Anybuf *node = nullptr;
-        ASSERT_EQ(KAsn1_WriteOctetString(&source, &node), KACERT_Ok);
-        ASSERT_EQ(KAsn1_WriteOctetString(&source, &node->next), KACERT_Ok);
+        ASSERT_EQ(KAsn1_WriteOctetString(&octets.record, &node), KACERT_Ok);
+        ASSERT_EQ(KAsn1_WriteOctetString(&octets.record, &node->next), KACERT_Ok);
         const Chain owner(node);
         const Chain behind(node->next);
         KI_ClearAnybuf(node);
@@ -139,4 +134,3 @@ TEST(AnybufOwnership, AWrittenNodeIsClearedAndFilledAgain) {
 }
 
 } // namespace
-} // namespace karil_test

@@ -1,11 +1,10 @@
 // Elements of indefinite length into definite form.
-#include "karil/indefinite.h"
-#include "support.h"
+#include "testkit.h"
 
-#include <gtest/gtest.h>
 #include <sstream>
 
-namespace karil_test {
+using namespace karil_test;
+
 namespace {
 
 // Octets with a run of 55 between them.
@@ -14,12 +13,7 @@ struct Filled {
     size_t count = 0;
     const char *tail = "";
 
-    Octets octets() const {
-        Octets all = hex(head), end = hex(tail);
-        all.insert(all.end(), count, 0x55);
-        all.insert(all.end(), end.begin(), end.end());
-        return all;
-    }
+    Octets octets() const { return cat({hex(head), Octets(count, 0x55), hex(tail)}); }
 };
 
 // The result, "refused" or, where 0 is returned and nothing stored, "the input". Nothing is written behind a result.
@@ -27,7 +21,7 @@ std::string convert(const Octets &input) {
     const Exact source(input);
     Octets output(input.size() + 500, 0xEE);
     uint32_t size = 77777;
-    const int32_t status = KAsn1_IndefiniteToDefinite(source.record.data, source.record.length, output.data(), &size);
+    const int32_t status = TRIED(KAsn1_IndefiniteToDefinite(source.data(), source.record.length, output.data(), &size));
     EXPECT_TRUE(status == 0 || (status == KAPKCS7_IndefiniteFormatErr && size == 77777));
     const size_t stored = size == 77777 ? 0 : size;
     EXPECT_EQ(Octets(output.begin() + static_cast<long>(stored), output.end()), Octets(output.size() - stored, 0xEE));
@@ -51,6 +45,9 @@ TEST(Indefinite, Converted) {
         {{"30 80 00 00 00 00 30 80 00 00"}, {"30 00"}},
         {{"31 82 00 09 30 80 02 01 05 00 00 07 07"}, {"31 82 00 09 30 03 02 01 05 07 07 00 00"}}, // outer length stays
         {{"30 80 04 7D", 125, "00 00"}, {"30 7F 04 7D", 125}},
+        {{"30 80 30 80 04 7B", 123, "00 00 00 00"}, {"30 7F 30 7D 04 7B", 123}},
+        {{"30 80 30 80 04 7C", 124, "00 00 00 00"}, {"30 82 00 80 30 7E 04 7C", 124}},
+        {{"30 80 30 80 04 7D", 125, "00 00 00 00"}, {"30 82 00 81 30 7F 04 7D", 125}},
         {{"30 80 04 7E", 126, "00 00"}, {"30 82 00 80 04 7E", 126}},
         {{"30 80 04 81 C8", 200, "00 00"}, {"30 82 00 CB 04 81 C8", 200}},
         // 203 counts as 1 octet and takes 2, 32,768 as 2 and takes 3: cut by one. 256 and 65,536 count as they take.
@@ -64,7 +61,14 @@ TEST(Indefinite, Converted) {
         {{"A0 80 30 80 30 80 04 81 FF", 255, "00 00 00 00 02 01 05 00 00"},
          {"A0 82 01 0D 30 82 01 06 30 82 01 02 04 81 FF", 255, "02 01 05"}},
     };
-    for (const auto &[input, want] : rows) EXPECT_EQ(convert(input.octets()), toHex(want.octets())) << input.head;
+    // The cell of a long outer length is missed without a word: the input is as good as converted.
+    for (const auto &[input, want] : rows)
+        sweep(
+            [&, &octets = input, &result = want] {
+                const std::string found = convert(octets.octets());
+                EXPECT_TRUE((isHindered() && found == "the input") || found == toHex(result.octets())) << octets.head;
+            },
+            {{KAPKCS7_IndefiniteFormatErr}});
     EXPECT_EQ(convert(hex("30 03 02 01 05")), "the input");
     EXPECT_EQ(convert(hex("A0 02 05")), "the input");
 }
@@ -75,13 +79,8 @@ TEST(Indefinite, Refused) {
                               "30 80 02 01 05 00 00 00 00; 31 00 00 30 80 00 00; A1 80 02 01 05 00 00;"
                               "30 80 30 04 04 02 00 00 00 00; 30 80 30 02 05 00 00 00;"
                               "31 80 30 80 00 00; 30 88 30 80 00 00; 31 82 01 F9 30 80 00 00");
-    for (std::string input; std::getline(inputs, input, ';');) EXPECT_EQ(convert(hex(input)), "refused") << input;
-    uint8_t octets[8] = {0x31};
-    uint32_t size = 77;
-    for (const int32_t status :
-         {KAsn1_IndefiniteToDefinite(nullptr, 1, octets, &size), KAsn1_IndefiniteToDefinite(octets, 1, nullptr, &size),
-          KAsn1_IndefiniteToDefinite(octets, 1, octets, nullptr)})
-        EXPECT_EQ(status, KAPKCS7_IndefiniteFormatErr);
+    for (std::string input; std::getline(inputs, input, ';');)
+        EXPECT_EQ(convert(hex(input)), "refused") << input;
 }
 
 // A walk from mark to mark for each of them, or a move of all that follows, would take minutes.
@@ -100,4 +99,3 @@ TEST(Indefinite, LongRuns) {
 }
 
 } // namespace
-} // namespace karil_test

@@ -18,14 +18,17 @@ const std::map<std::string, Conversion> conversions = {
 // ask for it, and the octets go to a block of just that size.
 std::string convert(const std::string &name, const Octets &source) {
     const auto found = conversions.find(name);
-    if (found == conversions.end()) return "no call " + name;
+    if (found == conversions.end())
+        return "no call " + name;
     const Conversion conversion = found->second;
     uint32_t length = 0xFFFF;
     const Exact exact(source);
     const auto size = static_cast<int32_t>(source.size());
     const int32_t status = conversion(exact.record.data, size, nullptr, &length);
-    if (status != KACERT_Ok) return "status " + std::to_string(status);
-    if (length == 0xFFFF) return "-";
+    if (status != KACERT_Ok)
+        return "status " + std::to_string(status);
+    if (length == 0xFFFF)
+        return "-";
     Octets result(length);
     uint32_t again = 0;
     EXPECT_EQ(conversion(exact.record.data, size, result.data(), &again), KACERT_Ok);
@@ -35,7 +38,8 @@ std::string convert(const std::string &name, const Octets &source) {
 
 size_t failureLines(const Trace &trace) {
     size_t count = 0;
-    for (const std::string &line : trace.lines()) count += line.rfind("------>", 0) == 0 ? 1 : 0;
+    for (const std::string &line : trace.lines())
+        count += line.rfind("------>", 0) == 0 ? 1 : 0;
     return count;
 }
 
@@ -61,7 +65,8 @@ ROWS(Text, Failures) {
 // What the C library's converter makes of a few octets; nothing if it refuses them.
 Octets oracle(const char *to, const char *from, Octets source) {
     const iconv_t converter = iconv_open(to, from);
-    if (converter == reinterpret_cast<iconv_t>(-1)) throw std::runtime_error("no oracle");
+    if (converter == reinterpret_cast<iconv_t>(-1))
+        throw std::runtime_error("no oracle");
     Octets result(8);
     char *in = reinterpret_cast<char *>(source.data());
     char *out = reinterpret_cast<char *>(result.data());
@@ -72,10 +77,16 @@ Octets oracle(const char *to, const char *from, Octets source) {
     result.resize(isWhole ? result.size() - outLeft : 0);
     return result;
 }
-Octets bmpOf(const Octets &source) { return oracle("UTF-16BE", "CP936", source); }
-Octets chineseOf(const Octets &source) { return oracle("CP936", "UTF-16BE", source); }
+Octets bmpOf(const Octets &source) {
+    return oracle("UTF-16BE", "CP936", source);
+}
+Octets chineseOf(const Octets &source) {
+    return oracle("CP936", "UTF-16BE", source);
+}
 
-Octets word(uint32_t value) { return {static_cast<uint8_t>(value >> 8), static_cast<uint8_t>(value)}; }
+Octets word(uint32_t value) {
+    return {static_cast<uint8_t>(value >> 8), static_cast<uint8_t>(value)};
+}
 Octets operator+(Octets left, const Octets &right) {
     left.insert(left.end(), right.begin(), right.end());
     return left;
@@ -111,10 +122,12 @@ TEST(Text, EveryPairAndEveryCodePoint) {
                 privatePairs[want = word(area.code++)] = word(pair);
         ASSERT_EQ(convert("936>BMP", word(pair)), toHex(orMark(want))) << std::hex << pair;
     }
-    for (const PrivateUse &area : areas) EXPECT_EQ(area.code, area.lastCode + 1) << area.why;
+    for (const PrivateUse &area : areas)
+        EXPECT_EQ(area.code, area.lastCode + 1) << area.why;
     for (uint32_t code = 0; code <= 0xFFFF; ++code) {
         Octets want = chineseOf(word(code));
-        if (want.empty()) want = privatePairs.count(word(code)) != 0 ? privatePairs[word(code)] : Octets{'?'};
+        if (want.empty())
+            want = privatePairs.count(word(code)) != 0 ? privatePairs[word(code)] : Octets{'?'};
         ASSERT_EQ(convert("BMP>936", word(code)), toHex(want)) << std::hex << code;
     }
 }

@@ -1,17 +1,5 @@
 // Certificates, CRLs and requests that libcrypto signed, whole and tampered with.
-#include "cert_support.h"
-#include "pkey.h"
-
-#include "karil/crypt.h"
-#include "karil/verify.h"
-
-#include <openssl/err.h>
-#include <openssl/pem.h>
-#include <openssl/x509.h>
-
-#include <gtest/gtest.h>
-
-#include <ctime>
+#include "crypto.h"
 
 using namespace karil_test;
 
@@ -22,14 +10,12 @@ constexpr char Md5WithRsa[] = "2A 86 48 86 F7 0D 01 01 04";
 constexpr char Sha256WithRsa[] = "2A 86 48 86 F7 0D 01 01 0B";
 
 const Pkey &rootKey() {
-    static const Pkey key(EVP_RSA_gen(2048));
+    static const Pkey key = keyOf(keyPair().secret);
     return key;
 }
 
-Octets bits(const Octets &octets) { return tlv(0x03, cat({hex("00"), octets})); }
-Octets publicKey(const Pkey &key) { return seq({algorithm(RsaEncryption), bits(derOf(i2d_PublicKey, key.get()))}); }
-Octets named(std::string_view name, uint8_t tag = 0x13) {
-    return seq({set({seq({oid("55 04 03"), tlv(tag, text(name))})})});
+Octets spkiOf(const Pkey &key) {
+    return seq({algorithm(RsaEncryption), bits(publicKeyOf(key))});
 }
 
 // Seconds from one moment, which the first row takes.
@@ -40,7 +26,9 @@ Octets utcTime(int offset) {
     strftime(digits, sizeof digits, "%y%m%d%H%M%SZ", gmtime(&at));
     return tlv(0x17, text(digits));
 }
-Octets window(int from, int to) { return seq({utcTime(from), utcTime(to)}); }
+Octets window(int from, int to) {
+    return seq({utcTime(from), utcTime(to)});
+}
 
 // An issuer's certificate and what it issued; a row changes what it is about.
 struct Link {
@@ -51,18 +39,22 @@ struct Link {
     void (*tamper)(CertParts &subject) = nullptr; // behind the signer's back
 
     Link() {
-        issuer.subject = subject.issuer = named("Root");
+        issuer.subject = subject.issuer = commonName("Root");
         issuer.validity = subject.validity = window(-1000, 1000);
-        issuer.key = subject.key = publicKey(rootKey());
+        issuer.key = subject.key = spkiOf(rootKey());
     }
     Octets finish(Octets (*tbs)(const Link &)) {
         const Octets input = tbs(*this);
-        if (subject.signature == CertParts().signature) subject.signature = bits(signWith(*signer, digest, input));
-        if (tamper != nullptr) tamper(subject);
+        if (subject.signature == CertParts().signature)
+            subject.signature = bits(signWith(*signer, digest, input));
+        if (tamper != nullptr)
+            tamper(subject);
         return seq({tbs(*this), subject.outer, subject.signature});
     }
 };
-Octets certTbs(const Link &link) { return link.subject.tbs(); }
+Octets certTbs(const Link &link) {
+    return link.subject.tbs();
+}
 Octets crlTbs(const Link &link) {
     const Octets stale = cat({utcTime(-90), utcTime(-60)});
     return seq({hex("02 01 01"), link.subject.inner, link.subject.issuer, stale, seq({}), link.subject.extensions});
@@ -73,13 +65,16 @@ Octets csrTbs(const Link &link) {
 
 template <auto Check, auto Tbs> int32_t verifyIssued(Link &link) {
     const Octets issuer = link.issuer.whole(), object = link.finish(Tbs);
-    return Check(issuer.data(), static_cast<uint32_t>(issuer.size()), object.data(),
-                 static_cast<uint32_t>(object.size()));
+    return TRIED(Check(issuer.data(), sizeOf(issuer), object.data(), sizeOf(object)));
 }
 constexpr auto verifyCert = verifyIssued<KA_VerifyCert, certTbs>;
 constexpr auto verifyCrl = verifyIssued<KA_VerifyCrl, crlTbs>;
-int32_t verifyCsr(const Octets &csr) { return KA_VerifyCsr_Sign(csr.data(), static_cast<int32_t>(csr.size())); }
-int32_t verifyCsrOf(Link &link) { return verifyCsr(link.finish(csrTbs)); }
+int32_t verifyCsr(const Octets &csr) {
+    return TRIED(KA_VerifyCsr_Sign(csr.data(), lengthOf(csr)));
+}
+int32_t verifyCsrOf(Link &link) {
+    return verifyCsr(link.finish(csrTbs));
+}
 
 void setAlgorithm(Link &link, const char *id, const EVP_MD *digest) {
     link.subject.outer = link.subject.inner = algorithm(id);
@@ -126,13 +121,13 @@ TEST(Verify, SignaturesKeysAndAlgorithms) {
 // Names by their text, times of a certificate, and which of two faults is told.
 TEST(Verify, NamesTimesAndOrder) {
     const Zone utc("UTC");
-    static const Octets longest = named(std::string(1020, 'x')); // with "CN=" and a comma, 1,024 octets
-    static const Octets tooLong = named(std::string(1021, 'x'));
+    static const Octets longest = commonName(std::string(1020, 'x')); // with "CN=" and a comma, 1,024 octets
+    static const Octets tooLong = commonName(std::string(1021, 'x'));
     static const auto setNames = [](Link &l, const Octets &name) { l.issuer.subject = l.subject.issuer = name; };
     static const auto setTimes = [](Link &l, int from, int to) { l.subject.validity = window(from, to); };
     const std::tuple<const char *, void (*)(Link &), int32_t, int32_t> rows[] = {
-        {"letter case", [](Link &l) { l.subject.issuer = named("rOOT"); }, 116, 116},
-        {"another string type", [](Link &l) { l.subject.issuer = named("Root", 0x0C); }, 0, 0},
+        {"letter case", [](Link &l) { l.subject.issuer = commonName("rOOT"); }, 116, 116},
+        {"another string type", [](Link &l) { l.subject.issuer = commonName("Root", 0x0C); }, 0, 0},
         {"no names", [](Link &l) { setNames(l, seq({})); }, 0, 0},
         {"the longest", [](Link &l) { setNames(l, longest); }, 0, 0},
         {"too long", [](Link &l) { setNames(l, tooLong); }, 101, 101},
@@ -141,7 +136,7 @@ TEST(Verify, NamesTimesAndOrder) {
         {"a second late", [](Link &l) { setTimes(l, -1000, 1001); }, 117, 0},
         {"not yet", [](Link &l) { setTimes(l, 100, 1000); }, 117, 0},
         {"no more", [](Link &l) { setTimes(l, -1000, -100); }, 117, 0},
-        {"name, time", [](Link &l) { setTimes(l, 100, 1000), l.subject.issuer = named("X"); }, 116, 116},
+        {"name, time", [](Link &l) { setTimes(l, 100, 1000), l.subject.issuer = commonName("X"); }, 116, 116},
         {"time, algorithm", [](Link &l) { setTimes(l, 100, 1000), setAlgorithm(l, "2A", EVP_sha1()); }, 117, 118},
         {"algorithm, signature", [](Link &l) { setAlgorithm(l, "2A", nullptr), l.subject.signature = bits(tooLong); },
          118, 118},
@@ -159,20 +154,8 @@ TEST(Verify, NamesTimesAndOrder) {
         EXPECT_EQ(verifyCrl(crl), wantCrl) << name;
     }
     const uint8_t octet = 0x30;
-    for (const auto verify : {KA_VerifyCert, KA_VerifyCrl}) {
-        EXPECT_EQ(verify(nullptr, 1, &octet, 1), KACERT_CertNotEndErr);
-        EXPECT_EQ(verify(&octet, 1, nullptr, 1), KACERT_CertNotEndErr);
-    }
-    EXPECT_EQ(KA_VerifyCsr_Sign(nullptr, 1), KACERT_CertNotEndErr);
-    for (const int32_t length : {0, -1}) EXPECT_EQ(KA_VerifyCsr_Sign(&octet, length), KACERT_CertNotEndErr);
-}
-
-Octets pem(const Octets &der) {
-    const std::unique_ptr<BIO, By<BIO_free>> out(BIO_new(BIO_s_mem()));
-    PEM_write_bio(out.get(), "CERTIFICATE REQUEST", "", der.data(), static_cast<long>(der.size()));
-    char *data = nullptr;
-    const long size = BIO_get_mem_data(out.get(), &data);
-    return Octets(data, data + size);
+    for (const int32_t length : {0, -1})
+        EXPECT_EQ(KA_VerifyCsr_Sign(&octet, length), KACERT_CertNotEndErr);
 }
 
 TEST(Verify, RequestsInPem) {
@@ -185,31 +168,27 @@ TEST(Verify, RequestsInPem) {
     Octets bad = request(1);
     bad.back() ^= 1;
     const std::pair<Octets, int32_t> rows[] = {
-        {pem(request(1)), KACERT_Ok},
-        {pem(bad), KACERT_VerifySignatureErr},
-        {pem(Octets(127)), KACERT_CertNotEndErr},
-        {pem(cat({hex("31 7E"), Octets(126)})), KACERT_InvalidTagErr},
-        {pem(request(to5000)), KACERT_Ok},
-        {pem(request(to5000 + 1)), KACERT_InvalidLengthErr},
+        {pemOf("CERTIFICATE REQUEST", request(1)), KACERT_Ok},
+        {pemOf("CERTIFICATE REQUEST", bad), KACERT_VerifySignatureErr},
+        {pemOf("CERTIFICATE REQUEST", Octets(127)), KACERT_CertNotEndErr},
+        {pemOf("CERTIFICATE REQUEST", cat({hex("31 7E"), Octets(126)})), KACERT_InvalidTagErr},
+        {pemOf("CERTIFICATE REQUEST", request(to5000)), KACERT_Ok},
+        {pemOf("CERTIFICATE REQUEST", request(to5000 + 1)), KACERT_InvalidLengthErr},
         {request(to5000 + 1), KACERT_Ok},
         {text("xyz"), -1},
     };
-    for (const auto &[octets, want] : rows) EXPECT_EQ(verifyCsr(octets), want) << octets.size();
+    for (const auto &[octets, want] : rows)
+        EXPECT_EQ(verifyCsr(octets), want) << octets.size();
 }
 
 // libcrypto takes what the rows above are made from.
-template <auto Read, auto Verify, auto Free> int oracle(const Octets &der) {
-    const uint8_t *at = der.data();
-    auto *object = Read(nullptr, &at, static_cast<long>(der.size()));
-    const int verdict = Verify(object, rootKey().get());
-    Free(object);
-    return verdict;
-}
-
 TEST(Verify, LibcryptoAgrees) {
-    EXPECT_EQ((oracle<d2i_X509, X509_verify, X509_free>(Link().finish(certTbs))), 1);
-    EXPECT_EQ((oracle<d2i_X509_CRL, X509_CRL_verify, X509_CRL_free>(Link().finish(crlTbs))), 1);
-    EXPECT_EQ((oracle<d2i_X509_REQ, X509_REQ_verify, X509_REQ_free>(Link().finish(csrTbs))), 1);
+    const auto cert = parsed<d2i_X509, X509_free>(Link().finish(certTbs));
+    const auto crl = parsed<d2i_X509_CRL, X509_CRL_free>(Link().finish(crlTbs));
+    const auto csr = parsed<d2i_X509_REQ, X509_REQ_free>(Link().finish(csrTbs));
+    EXPECT_EQ(X509_verify(cert.get(), rootKey().get()), 1);
+    EXPECT_EQ(X509_CRL_verify(crl.get(), rootKey().get()), 1);
+    EXPECT_EQ(X509_REQ_verify(csr.get(), rootKey().get()), 1);
     Link link; // MD2, which libcrypto has not: it signs the digest
     setAlgorithm(link, Md2WithRsa, nullptr);
     const Octets tbs = certTbs(link);
@@ -218,6 +197,21 @@ TEST(Verify, LibcryptoAgrees) {
     KA_PKCS7_DigestMessage(KA_DIGEST_MD2, tbs.data(), static_cast<uint32_t>(tbs.size()), digest.data(), &size);
     link.subject.signature = bits(signWith(rootKey(), nullptr, digest));
     EXPECT_EQ(verifyCert(link), KACERT_Ok);
+}
+
+// libcrypto's want of memory is a signature that does not verify.
+TEST(Verify, UnderFailingAllocations) {
+    const Zone utc("UTC");
+    const Octets csr = pemOf("CERTIFICATE REQUEST", Link().finish(csrTbs));
+    const auto verifyAll = [&csr] {
+        Link cert, crl;
+        EXPECT_EQ(verifyCert(cert), KACERT_Ok);
+        EXPECT_EQ(verifyCrl(crl), KACERT_Ok);
+        EXPECT_EQ(verifyCsr(csr), KACERT_Ok);
+    };
+    EXPECT_TRUE(sweep(verifyAll, {{KACERT_MemoryErr, KACERT_CrlNotEndErr, -1}}));
+    const auto verifyOne = [&csr] { EXPECT_EQ(verifyCsr(csr), KACERT_Ok); };
+    EXPECT_TRUE(sweep(verifyOne, {{KACERT_VerifySignatureErr}, true, Pool::Crypto}));
 }
 
 } // namespace

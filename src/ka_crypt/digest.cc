@@ -3,6 +3,7 @@
 #include "ka_crypt.h"
 
 #include <nettle/md2.h>
+#include <nettle/version.h>
 #include <openssl/md5.h>
 #include <openssl/sha.h>
 
@@ -14,7 +15,11 @@ void digestMd2(Bytes input, uint8_t *output) {
     md2_ctx state;
     md2_init(&state);
     md2_update(&state, input.size(), input.data());
+#if NETTLE_VERSION_MAJOR >= 4
+    md2_digest(&state, output);
+#else
     md2_digest(&state, MD2_DIGEST_SIZE, output);
+#endif
     wipe(&state, sizeof state);
 }
 

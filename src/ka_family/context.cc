@@ -10,7 +10,8 @@ Status checkPointers(std::initializer_list<const void *> pointers, Status refusa
 }
 
 Status createRecord(const void *out, uint32_t size, void *&record, Status refusal) {
-    KA_PASS(checkPointers({out}, refusal));
+    if (out == nullptr)
+        return KA_FAIL(refusal, "------>Pointer is NULL");
     record = KAPR_Malloc(KA_SOURCE, __LINE__, size);
     return record != nullptr ? KACERT_Ok : KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
 }

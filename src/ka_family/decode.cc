@@ -21,11 +21,8 @@ Status keepPart(KeptOctets *&kept, const Anybuf &source, Element &out) {
     return KACERT_Ok;
 }
 
-Status takeField(Level &fields, Element &out, Status missing, const char *words) {
-    if (fields.empty())
-        return KA_FAIL(missing, words);
-    out = fields.take();
-    return KACERT_Ok;
+Status missingField(Status missing, const char *words) {
+    return KA_FAIL(missing, words);
 }
 
 Status openObject(Bytes der, KeptOctets *&kept, Anybuf &encoded, Level &parts, Status noMemory) {

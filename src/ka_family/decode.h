@@ -32,8 +32,15 @@ template <class Ctx>
     return decode(kept, *ctx);
 }
 
-// The next field, which must be there.
-[[nodiscard]] Status takeField(Level &fields, Element &out, Status missing, const char *words);
+// The next field, which must be there. It is in each decoder's path, and inline there: calls cost 3 % of a certificate.
+[[nodiscard]] Status missingField(Status missing, const char *words);
+[[nodiscard, gnu::always_inline]] inline Status takeField(Level &fields, Element &out, Status missing,
+                                                          const char *words) {
+    if (fields.empty())
+        return missingField(missing, words);
+    out = fields.take();
+    return KACERT_Ok;
+}
 
 // The parts of an object, SIGNED ::= SEQUENCE { toBeSigned, algorithm, signature BIT STRING }, whose octets the context
 // keeps; `encoded` becomes the whole. `noMemory`: the status if the first allocation finds none.

@@ -17,7 +17,8 @@ static int32_t sign(const uint8_t *input, uint32_t inputLength, uint8_t *output,
                     void *parameter) {
     (void)input;
     (void)inputLength;
-    if (output != NULL) memcpy(output, parameter, 4);
+    if (output != NULL)
+        memcpy(output, parameter, 4);
     *outputLength = 4;
     return 0;
 }

@@ -1,7 +1,5 @@
 #include "rows.h"
 
-#include "der.h"
-
 #include <algorithm>
 #include <cctype>
 #include <fstream>
@@ -25,13 +23,15 @@ std::vector<std::string> split(std::string_view text, char separator) {
     int depth = 0;
     for (const char c : text) {
         isQuoted ^= c == '"';
-        if (!isQuoted) depth += (c == '{') - (c == '}');
+        if (!isQuoted)
+            depth += (c == '{') - (c == '}');
         if (c == separator && !isQuoted && depth == 0)
             parts.emplace_back();
         else
             parts.back() += c;
     }
-    for (std::string &part : parts) part = trimmed(part);
+    for (std::string &part : parts)
+        part = trimmed(part);
     return parts;
 }
 
@@ -46,7 +46,8 @@ struct OctetText {
         return rest.empty() ? '\0' : rest[0];
     }
     bool take(char wanted) {
-        if (peek() != wanted) return false;
+        if (peek() != wanted)
+            return false;
         rest.remove_prefix(1);
         return true;
     }
@@ -57,13 +58,16 @@ struct OctetText {
     }
     std::string_view takeName() {
         size_t size = 0;
-        while (size < rest.size() && std::isalnum(static_cast<unsigned char>(rest[size])) != 0) ++size;
+        while (size < rest.size() && std::isalnum(static_cast<unsigned char>(rest[size])) != 0)
+            ++size;
         return takeFirst(size);
     }
     Octets sequence(char end) {
         Octets all;
-        while (isGood && peek() != end) one(all);
-        if (end != '\0') isGood = isGood && take(end);
+        while (isGood && peek() != end)
+            one(all);
+        if (end != '\0')
+            isGood = isGood && take(end);
         return all;
     }
     void one(Octets &all) {
@@ -75,11 +79,13 @@ struct OctetText {
         } else if (take('(')) {
             const Octets unit = sequence(')');
             isGood = isGood && take('*') && isNumber(peek());
-            for (int i = isGood ? std::stoi(std::string(takeName())) : 0; i > 0; --i) all = cat({all, unit});
+            for (int i = isGood ? std::stoi(std::string(takeName())) : 0; i > 0; --i)
+                all = cat({all, unit});
         } else if (take('$')) {
             const auto named = names.find(takeName());
             isGood = named != names.end();
-            if (isGood) all = cat({all, named->second});
+            if (isGood)
+                all = cat({all, named->second});
         } else if (!all.empty() && take('{')) {
             const uint8_t tag = all.back();
             all.pop_back();
@@ -87,7 +93,8 @@ struct OctetText {
         } else {
             const std::string pair(takeFirst(2));
             isGood = pair.size() == 2 && pair.find_first_not_of("0123456789ABCDEF") == pair.npos;
-            if (isGood) all.push_back(static_cast<uint8_t>(std::stoi(pair, nullptr, 16)));
+            if (isGood)
+                all.push_back(static_cast<uint8_t>(std::stoi(pair, nullptr, 16)));
         }
     }
     static bool isNumber(char c) { return c >= '0' && c <= '9'; }
@@ -108,7 +115,8 @@ struct File {
 
     bool addHeader(const std::string &line) {
         const size_t end = line.find(']');
-        if (end == line.npos) return false;
+        if (end == line.npos)
+            return false;
         section = line.substr(1, end - 1);
         columns = split(line.substr(end + 1), '|');
         const std::set<std::string> different(columns.begin(), columns.end());
@@ -123,9 +131,11 @@ struct File {
     bool addCases(const std::string &line, const std::string &place) {
         for (const std::string &one : split(line, ';')) {
             const std::vector<std::string> fields = split(one, '|');
-            if (section.empty() || fields.size() != columns.size()) return false;
-            Row row = {place + one, {}, names, {}};
-            for (size_t i = 0; i < fields.size(); ++i) row.fields[columns[i]] = fields[i];
+            if (section.empty() || fields.size() != columns.size())
+                return false;
+            Row row = {place + one, {}, names};
+            for (size_t i = 0; i < fields.size(); ++i)
+                row.fields[columns[i]] = fields[i];
             sections[section].push_back(row);
         }
         return true;
@@ -137,16 +147,20 @@ File readFile(const std::string &family, std::istream &stream) {
     int number = 0;
     for (std::string line; std::getline(stream, line);) {
         const std::string place = family + ".txt:" + std::to_string(++number) + ' ';
-        if (line.empty() || line[0] == '#') continue;
+        if (line.empty() || line[0] == '#')
+            continue;
         const bool isName = line[0] == '$' && line.find('=') < line.find('|');
         const bool isGood = line[0] == '[' ? file.addHeader(line)
                             : isName       ? file.addName(line)
                                            : file.addCases(line, place);
-        if (!isGood) file.fault += place + "cannot be taken: " + line + '\n';
+        if (!isGood)
+            file.fault += place + "cannot be taken: " + line + '\n';
     }
-    if (file.sections.empty()) file.fault += family + ".txt is missing or empty\n";
+    if (file.sections.empty())
+        file.fault += family + ".txt is missing or empty\n";
     for (const auto &[name, rows] : file.sections)
-        if (rows.empty()) file.fault += family + ".txt: no case in " + name + '\n';
+        if (rows.empty())
+            file.fault += family + ".txt: no case in " + name + '\n';
     return file;
 }
 
@@ -170,11 +184,10 @@ const std::string &Row::operator()(std::string_view column) const {
 
 Octets Row::parse(std::string_view octets) const {
     Octets out;
-    if (!parseOctets(octets, *names, out)) ADD_FAILURE() << place << ": no octets: " << octets;
+    if (!parseOctets(octets, *names, out))
+        ADD_FAILURE() << place << ": no octets: " << octets;
     return out;
 }
-
-Octets Row::octets(std::string_view column) const { return parse((*this)(column)); }
 
 std::string Row::hex(std::string_view column) const {
     const std::string &field = (*this)(column);
@@ -187,7 +200,8 @@ int64_t Row::wide(std::string_view column) const {
     size_t end = 0;
     const bool isNumber = !field.empty() && field.find_first_not_of("-x0123456789ABCDEF") == field.npos;
     const int64_t value = isNumber ? std::stoll(field, &end, 0) : 0;
-    if (end != field.size() || !isNumber) ADD_FAILURE() << place << ": no number in " << column;
+    if (end != field.size() || !isNumber)
+        ADD_FAILURE() << place << ": no number in " << column;
     return value;
 }
 
@@ -216,26 +230,36 @@ std::vector<Row> rowsOf(const std::string &family, const std::string &section) {
     return file.sections[section];
 }
 
-void runRows(const std::string &family, const std::string &section, void (*body)(const Row &)) {
+void runRows(const std::string &family, const std::string &section, void (*body)(const Row &), const Sweep *how) {
     std::set<std::string> unread;
     std::set<std::string> read = {"name"};
+    bool isFailed = how == nullptr;
     for (const Row &row : rowsOf(family, section)) {
         SCOPED_TRACE(row.place);
-        body(row);
-        for (const auto &[column, field] : row.fields) unread.insert(column);
-        for (const auto &[column, isRead] : row.read) read.insert(column);
+        if (how != nullptr)
+            isFailed = sweep([&] { body(row); }, *how) || isFailed;
+        else
+            body(row);
+        for (const auto &[column, field] : row.fields)
+            unread.insert(column);
+        for (const auto &[column, isRead] : row.read)
+            read.insert(column);
     }
+    EXPECT_TRUE(isFailed) << "no case allocates";
     for (const std::string &column : unread)
         EXPECT_EQ(read.count(column), 1u) << family << ".txt: " << section << " never looks at " << column;
 }
 
-bool addSection(const char *family, const char *section) { return registered().emplace(family, section).second; }
+bool addSection(const char *family, const char *section) {
+    return registered().emplace(family, section).second;
+}
 
 std::string faultOf(const std::string &family, std::istream &stream) {
     const File file = readFile(family, stream);
     std::string fault = file.fault;
     for (const auto &[section, rows] : file.sections)
-        if (registered().count({family, section}) == 0) fault += family + ".txt: nothing reads " + section + '\n';
+        if (registered().count({family, section}) == 0)
+            fault += family + ".txt: nothing reads " + section + '\n';
     return fault;
 }
 

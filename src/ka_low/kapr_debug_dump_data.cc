@@ -1,0 +1,4 @@
+#include "karil/base.h"
+
+void KAPR_DebugDumpData(const char *, ...) {
+}

@@ -1,0 +1,4 @@
+#include "karil/base.h"
+
+void KAPR_DebugValMessage(const char *, ...) {
+}

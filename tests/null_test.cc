@@ -1,0 +1,205 @@
+// Null pointers: what every export returns for each of its arguments that may not be null, its outputs left alone.
+#include "testkit.h"
+
+#include "karil/karil.h"
+
+#include <dlfcn.h>
+
+#include <array>
+#include <cstring>
+#include <fstream>
+#include <set>
+#include <sstream>
+
+using namespace karil_test;
+
+namespace {
+
+// What the pointers point to: zeros, but for records over an empty SEQUENCE and a hook's parameter, which starts
+// with 1.
+using Area = std::array<uint8_t, 8192>;
+alignas(16) Area areas[32];
+constexpr uint32_t Parameter = KA_DIGEST_SHA1;
+
+template <class T> T good(size_t at, std::vector<int64_t> &numbers) {
+    static uint8_t sequence[] = {0x30, 0};
+    const Anybuf record = {sequence, 2, 0, 0, 16, nullptr, nullptr};
+    if constexpr (std::is_same_v<T, KAHookFunc>) {
+        return fixedSignature;
+    } else if constexpr (std::is_pointer_v<T>) {
+        areas[at] = {};
+        if constexpr (std::is_same_v<T, Anybuf *> || std::is_same_v<T, const Anybuf *>)
+            memcpy(areas[at].data(), &record, sizeof record);
+        if constexpr (std::is_same_v<T, void *> || std::is_same_v<T, const uint32_t *>)
+            memcpy(areas[at].data(), &Parameter, sizeof Parameter);
+        return reinterpret_cast<T>(areas[at].data());
+    } else {
+        const int64_t number = numbers.empty() ? 1 : numbers.front();
+        if (!numbers.empty())
+            numbers.erase(numbers.begin());
+        return static_cast<T>(number);
+    }
+}
+
+// Calls with one argument after the other null; "-" in `want` stands for one that may be.
+template <class R, class... A> struct Caller {
+    template <size_t... I>
+    static std::string call(R (*function)(A...), const std::string &want, const std::vector<int64_t> &numbers,
+                            std::index_sequence<I...>) {
+        constexpr bool IsPointer[] = {std::is_pointer_v<A>...};
+        std::istringstream words(want);
+        std::string word;
+        std::string all;
+        for (size_t null = 0; null < sizeof...(A); ++null) {
+            if (!IsPointer[null])
+                continue;
+            all += all.empty() ? "" : " ";
+            words >> word;
+            if (word == "-") {
+                all += word;
+                continue;
+            }
+            std::vector<int64_t> rest = numbers;
+            std::tuple<A...> arguments{good<A>(I, rest)...};
+            (set<I>(arguments, null), ...);
+            const std::vector<Area> before(std::begin(areas), std::begin(areas) + sizeof...(A));
+            if constexpr (std::is_same_v<R, int32_t>)
+                all += std::to_string(std::apply(function, arguments));
+            EXPECT_TRUE(std::equal(before.begin(), before.end(), areas)) << "an output is changed";
+        }
+        return all;
+    }
+    template <size_t I> static void set(std::tuple<A...> &arguments, size_t null) {
+        if constexpr (std::is_pointer_v<std::tuple_element_t<I, std::tuple<A...>>>)
+            std::get<I>(arguments) = I == null ? nullptr : std::get<I>(arguments);
+    }
+};
+
+struct Export {
+    const void *address;
+    std::function<std::string(const std::string &, const std::vector<int64_t> &)> call;
+};
+template <class R, class... A> Export exportOf(R (*function)(A...)) {
+    return {reinterpret_cast<const void *>(function), [function](const auto &want, const auto &numbers) {
+                return Caller<R, A...>::call(function, want, numbers, std::index_sequence_for<A...>());
+            }};
+}
+template <auto... F> std::vector<Export> of() {
+    return {exportOf(F)...};
+}
+
+// The statuses in the arguments' order, the numbers that stand beside the pointers, if they are not 1, and the
+// functions.
+struct Group {
+    std::string want;
+    std::vector<Export> exports;
+    std::vector<int64_t> numbers = {};
+};
+const Group groups[] = {
+    {"108",
+     of<KAsn1_Low_CreateAnyBuf, KAsn1_WriteNull, WriteNullSequence, KAsn1_WriteInteger, KAsn1_Low_WriteLongTime,
+        KAsn1_Low_TimeIntToChar, KACert_CreateCertEncodeCtx, KACert_CreateCertDecodeCtx, KACert_CreateCrlEncodeCtx,
+        KACert_CreateCrlDecodeCtx, KACert_CreateCsrEncodeCtx, KACert_CreateCsrDecodeCtx>()},
+    {"108 108",
+     of<KI_CopyAnybuf, KI_SetAttributeCharValue, KI_CopyAlgorithm, KAsn1_GetCertLength, KAsn1_Low_IntToChar,
+        KAsn1_Low_CharToInt, KAsn1_Low_TimeCharToInt, KAsn1_Low_ItoCTime, KAsn1_Low_CtoITime, KAsn1_Low_ReadLongTime,
+        KAsn1_WriteUtcTime, KAsn1_WriteGeneralizedTime, KAsn1_ReadUtcTime, KAsn1_ReadGeneralizedTime,
+        KAsn1_WriteIntegerArray, KAsn1_WriteOctetString, KAsn1_WriteBitString, KAsn1_WriteCharString,
+        KAsn1_WriteBmpString, KAsn1_WriteUTF8String, KAsn1_WriteEnumerated, KAsn1_WriteIa5String,
+        KAsn1_WritePrintableString, KAsn1_WriteBoolean, KAsn1_WriteObjectId, KAsn1_ReadOctetString, KAsn1_ReadBitString,
+        KAsn1_ReadCharString, KAsn1_ReadBmpString, KAsn1_ReadUTF8String, KAsn1_ReadPrintableString,
+        KAsn1_ReadEnumerated, KAsn1_ReadIa5String, KAsn1_ReadIntegerArray, KAsn1_ReadInteger, KAsn1_ReadBoolean,
+        KAsn1_ReadObjectId, KAsn1_ReadSequence, KAsn1_ReadSet, KAsn1_WriteExplicit, KAsn1_WriteImplicit,
+        KI_GetNumberFromImpOrExplicit, KI_EnCodeUtf8, KI_EncodeIssuerSuject, KI_DecodeIssuerSubject, KI_GetDN,
+        KI_EncodeGeneralName, KI_EncodeGeneralNameS, KACert_CreateCertEncodeCtx_Ex, KI_Cert_EncodeValidity,
+        KI_Cert_EncodeExtensions, KI_Cert_EncodeExtension_AuthorityKeyIdentifyer,
+        KI_Cert_EncodeExtension_SubjectKeyIdentifier, KI_Cert_EncodeExtension_CertificatePolicies,
+        KI_Cert_EncodeExtension_IssuerAltName, KI_Cert_EncodeExtension_SubjectAltName,
+        KI_Cert_EncodeExtension_BasicConstraint, KI_Cert_EncodeExtension_KeyUsage, KI_Cert_EncodeExtension_ExtKeyUsage,
+        KI_Cert_EncodeExtension_CrlDistributePoint, KI_Cert_EncodeExtension_AIA, KI_Cert_EncodeExtension_Private,
+        KACert_DecodeCert, KI_Cert_DecodeTBS, KI_Cert_DecodeExtensions, KI_Cert_DecodeExtension_BasicConstraint,
+        KI_Cert_DecodeExtension_AuthorityKeyIdentifyer, KI_Cert_DecodeExtension_SubjectKeyIdentifier,
+        KI_Cert_DecodeExtension_KeyUsage, KI_Cert_DecodeExtension_ExtKeyUsage,
+        KI_Cert_DecodeExtension_CrlDistributionPoint, KI_Cert_DecodeExtension_SubjectAltName,
+        KI_Cert_DecodeExtension_IssuerAltName, KI_Cert_DecodeExtension_Private, KACert_CreateCrlEncodeCtx_Ex,
+        setCRL2Context, KI_CRL_EncodeRevokedCRL, KI_CRL_WriteEntryExtension, KI_Crl_EncodeExtensions,
+        KI_Crl_EncodeCRLNumber, KI_Crl_EncodeDelCRLIdentifier, KI_Crl_EncodeExtension_AuthorityKeyIdentifyer,
+        KI_Crl_EncodeCRLDPs, KACert_DecodeCrl, KI_CRL_DecodeTBS, KI_CRL_DecodeRevokedCerts, KI_Crl_DecodeExtensions,
+        KI_Crl_DecodeCRLNumber, KI_Crl_DecodeDelCRLIdentifier, KI_Csr_EncodeAttributes, KACert_DecodeCsr,
+        KI_CSR_DecodeTBS, KI_CSR_DecodeAttributes>()},
+    {"108 108 108", of<KAsn1_Low_GetTagInfo, KAsn1_Low_GetLengthInfo, KAsn1_GetLengthInfo, KAsn1_Low_WriteTagAndLength,
+                       KAsn1_ReadExplicit, KAsn1_ReadImplicit, KI_DecodeGeneralNameS>()},
+    {"108 108 108 108", of<KAsn1_Low_ReadTagAndLength>()},
+    {"106 106", of<KAsn1_Low_ReadDNTag>()},
+    {"- 108", of<KAsn1_WriteSequence, KAsn1_WriteSet, KI_CERT_EncodeDiscriptList>()},
+    {"108 - 108", of<KACert_GetOIDValue, KI_Chinese2BmpString, KI_BmpString2Chinese, KI_BmpString2UTF8,
+                     KI_UTF82BmpString, KI_Chinese2UTF8String, KI_UTF8String2Chinese, KACert_EncodeCert,
+                     KACert_EncodeCrl, KACert_EncodeCsr, KI_CRL_AddRevokedCert>()},
+    {"- 0", of<KACert_OidTextToDer>()},
+    {"- - -", of<KI_DecodeGeneralName>()},
+    {"-", of<KI_InitAnybuf, KI_ClearAnybuf, KI_FreeAnybuf, KI_FreeName, KACert_DestroyCertEncodeCtx,
+             KACert_DestroyCertDecodeCtx, KACert_DestroyCrlEncodeCtx, KACert_DestroyCrlDecodeCtx,
+             KACert_DestroyCsrEncodeCtx, KACert_DestroyCsrDecodeCtx>()},
+    {"", of<KAsn1_Low_Count_LengthOfSize>()},
+    {"123 123 123", of<KAsn1_IndefiniteToDefinite>()},
+    {"-1 -1", of<base64_encode>()},
+    {"-1 -1 -1", of<base64_decode, PEM2DER_data_format>()},
+    {"-1 -1 -1 -1 -1", of<DER2PEM_data_format>()},
+    {"-1 -1 -1 -1 -1 -1 -1 -1 -1 -1 - -1", of<KA_GenerateDN>()},
+    {"-1 -1 -1 -1 -1 -1 -1 -1 -1 -1 -1 - -1", of<KA_GenerateDN_ForMultOu>()},
+    {"- -1 - -1 - -1 - -1 - -1 - -1 - -1 - -1 - -1 - -1 -1", of<KA_ParseDN>()},
+    {"- -1 - -1 - -1 - -1 - -1 - -1 - -1 - -1 - -1 - -1 - -1 -1", of<KA_ParseDN_ForMultOu>()},
+    {"108", of<KACert_SetCertAttributeInt>(), {CERT_VERSION}},
+    {"108", of<KACert_SetCrlAttributeInt>(), {CRL_VERSION}},
+    {"108", of<KACert_SetCsrAttributeInt>(), {CSR_VERSION}},
+    {"108 108", of<KACert_GetCertAttributeInt>(), {CERT_VERSION}},
+    {"108 108", of<KACert_GetCrlAttributeInt>(), {CRL_VERSION}},
+    {"108 108", of<KACert_GetCsrAttributeInt>(), {CSR_VERSION}},
+    {"108 108", of<KACert_SetCertAttributeChar>(), {CERT_SERIALNUMBER, 1}},
+    {"108 108", of<KACert_SetCrlAttributeChar>(), {CRL_ISSUER_COMMONNAME, 1}},
+    {"108 108", of<KACert_SetCsrAttributeChar>(), {CSR_SUBJECT_COMMONNAME, 1}},
+    {"108 - 108", of<KACert_GetCertAttributeChar>(), {CERT_SERIALNUMBER}},
+    {"108 - 108", of<KACert_GetCrlAttributeChar>(), {CRL_ISSUER_COMMONNAME}},
+    {"108 - 108", of<KACert_GetCsrAttributeChar>(), {CSR_SUBJECT_COMMONNAME}},
+    {"108 - -", of<KACert_SetCertSignFunc, KACert_SetCrlSignFunc, KACert_SetCsrSignFunc>()},
+    {"108 108 108",
+     of<KACert_SetCertAttributePrivate, KACert_SetCertAttributePrivate_ForValue, KACert_SetCsrAttributePrivate>()},
+    {"108 108 - - - - -", of<KACert_GetCertAttributePrivate>()},
+    {"108 108 - - - -", of<KACert_GetCsrAttributePrivate>()},
+    {"-1 -1", of<KACert_EncodeChar>()},
+    {"108 -1", of<UnsignedChar2OCTET>()},
+    {"108 108", of<KACert_SetCertPrivate_GB>(), {CERT_GBPRIV_7_2, 1, 0}},
+    {"108 108 108", of<KI_DecodePubKey>()},
+    {"108 108 108", of<EnCodeThums>(), {sizeof(KA_THUMBPRINT)}},
+    {"121 121", of<KA_PKCS7_GenRSAKeyPair, KA_PKCS7_GenRSAKeyPair_2048, KA_PKCS7_GenerateBytes>()},
+    {"121 121 121 121", of<KA_PKCS7_RSAPublicEncrypt, KA_PKCS7_RSAPublicDecrypt, KA_PKCS7_RSAPrivateEncrypt,
+                           KA_PKCS7_RSAPrivateDecrypt, KA_PrivateKeyEncFunc_Ref, KA_PrivateKeyDecryptFunc_Ref,
+                           KA_PublicKeyDecryptFunc_Ref, KA_PublicKeyEncryptFunc_Ref, KA_DigestFunc_Ref>()},
+    {"121 121 121", of<KA_PKCS7_DigestMessage>(), {KA_DIGEST_MD5}},
+    {"121 121 121 121", of<KA_PKCS7_SignedData, KA_PKCS7_VerifySignature>(), {KA_DIGEST_SHA1}},
+    {"100 - 100", of<KA_Encode_PublicKey, KA_Encode_PrivateKey>()},
+    {"100 100", of<KA_Decode_PublicKey, KA_Decode_PrivateKey>()},
+    {"100 - 100", of<KI_PKCS1to8KEY>()},
+    {"109 109", of<KA_VerifyCert, KA_VerifyCrl>()},
+    {"109", of<KA_VerifyCsr_Sign>()},
+};
+
+TEST(Null, EveryExportIsAsked) {
+    std::set<const void *> asked;
+    for (const Group &group : groups)
+        for (const Export &one : group.exports) {
+            Dl_info info = {};
+            dladdr(const_cast<void *>(one.address), &info);
+            EXPECT_EQ(one.call(group.want, group.numbers), group.want) << info.dli_sname;
+            asked.insert(one.address);
+        }
+    std::ifstream exports(KARIL_EXPORTS);
+    size_t count = 0;
+    for (std::string name; std::getline(exports >> std::ws, name, ';'); ++count) {
+        const void *const address = name.rfind("KAPR_", 0) == 0 ? nullptr : dlsym(RTLD_DEFAULT, name.c_str());
+        EXPECT_EQ(asked.count(address), address != nullptr ? 1u : 0u) << name;
+    }
+    EXPECT_GT(count, 200u);
+}
+
+} // namespace
