@@ -147,4 +147,39 @@ TEST(Regression, DecodePubKey) {
     }
 }
 
+// A record to be decoded may be a field of what it is decoded into.
+TEST(Regression, OcspSourcesInTheirTarget) {
+    const Zone utc("UTC");
+    const auto give = [](Anybuf &record, const Octets &octets) {
+        EXPECT_EQ(KI_SetAttributeCharValue(&record, octets.data(), sizeOf(octets)), KACERT_Ok);
+    };
+    const Octets id = seq({commonName("N"), tlv(4, {1, 2})}), nonceType = oid("2B 06 01 05 05 07 30 01 02");
+    const Octets data = seq({hex("A0 03 02 01 00"), id, tlv(0x18, text("200101000000Z")), seq({})});
+    OcspBasicResponse response = {};
+    ResponseId &responder = response.data.responder;
+    give(responder.derName, id);
+    EXPECT_EQ(KI_DecodeResponseId(&responder, &responder.derName), KACERT_Ok);
+    EXPECT_EQ(toHex(responder.keyHash), "01 02");
+    KI_ClearAnybuf(&responder.keyHash);
+    give(responder.keyHash, data);
+    EXPECT_EQ(KI_DecodeResponseData(&response.data, &responder.keyHash), KACERT_Ok);
+    EXPECT_EQ(response.data.producedAt.generalizedValue, Y2020);
+    give(response.signedOctets, seq({data, oid("2A 04"), tlv(4, {9})}));
+    EXPECT_EQ(KI_DecodeBasicResponse(&response, &response.signedOctets), KACERT_Ok);
+    EXPECT_EQ(toHex(response.signature.value), "09");
+    OcspExtension &extensions = response.data.extensions;
+    give(extensions.nonce, seq({seq({nonceType, tlv(4, {1})}), seq({nonceType, tlv(4, {2})})}));
+    EXPECT_EQ(KI_DecodeOCSPExtension(&extensions, &extensions.nonce), KACERT_Ok);
+    EXPECT_EQ(toHex(extensions.nonce), "02");
+    OcspCrlId &crlId = extensions.crlId;
+    give(crlId.type.oid, seq({oid("2A 03"), tlv(4, tlv(0xA0, tlv(0x16, text("u"))))}));
+    EXPECT_EQ(KI_DecodeOCSPCrlId(&crlId, &crlId.type.oid), KACERT_Ok);
+    EXPECT_EQ(toHex(crlId.url), "75");
+    KI_FreeOCSPExtension(&extensions);
+    KI_FreeName(responder.name.next);
+    for (Anybuf *record : {&responder.derName, &responder.keyHash, &response.signature.algorithm.oid,
+                           &response.signature.value, &response.signedOctets})
+        KI_ClearAnybuf(record);
+}
+
 } // namespace

@@ -260,8 +260,9 @@ int32_t KI_EncodeOCSPExtension(const OcspExtension *extensions, Anybuf **out) {
 
 int32_t KI_DecodeOCSPExtension(OcspExtension *extensions, const Anybuf *source) {
     KA_FRAME("KI_DecodeOCSPExtension");
-    KA_PASS(checkSource(extensions, source));
-    KA_PASS(readExtensions(elementOf(*source), *extensions));
+    Scratch copy;
+    KA_PASS(copySource(extensions, source, copy));
+    KA_PASS(readExtensions(elementOf(copy.record), *extensions));
     return KA_DONE();
 }
 
@@ -276,10 +277,11 @@ int32_t KI_EncodeOCSPCrlId(const OcspCrlId *crlId, Anybuf **out) {
 
 int32_t KI_DecodeOCSPCrlId(OcspCrlId *crlId, const Anybuf *source) {
     KA_FRAME("KI_DecodeOCSPCrlId");
-    KA_PASS(checkSource(crlId, source));
+    Scratch copy;
+    KA_PASS(copySource(crlId, source, copy));
     Element oid;
     Level fields;
-    KA_PASS(readTyped(elementOf(*source), oid, fields, KACERT_InvalidItemErr, InvalidItem));
+    KA_PASS(readTyped(elementOf(copy.record), oid, fields, KACERT_InvalidItemErr, InvalidItem));
     KA_PASS(readCrlIdFields(oid, fields, *crlId));
     return KA_DONE();
 }

@@ -21,6 +21,12 @@ Status checkSource(const void *target, const Anybuf *source) {
     return checkItems({source->data});
 }
 
+Status copySource(const void *target, const Anybuf *source, Scratch &copy) {
+    KA_PASS(checkSource(target, source));
+    KA_STEP_AS("------------>KI_CopyAnybuf", KI_CopyAnybuf(&copy.record, source));
+    return KACERT_Ok;
+}
+
 Status makeRecord(const void *out, uint32_t size, void *&record) {
     KA_PASS(checkItems({out}));
     record = KAPR_Malloc(KA_SOURCE, __LINE__, size);

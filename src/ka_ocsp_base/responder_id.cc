@@ -77,7 +77,8 @@ int32_t KI_EncodeResponseId(ResponseId *responder, Anybuf *out) {
 
 int32_t KI_DecodeResponseId(ResponseId *responder, const Anybuf *source) {
     KA_FRAME("KI_DecodeResponseId");
-    KA_PASS(checkSource(responder, source));
-    KA_PASS(readResponseId(elementOf(*source), *responder));
+    Scratch copy;
+    KA_PASS(copySource(responder, source, copy));
+    KA_PASS(readResponseId(elementOf(copy.record), *responder));
     return KA_DONE();
 }
