@@ -182,4 +182,31 @@ TEST(Regression, OcspSourcesInTheirTarget) {
         KI_ClearAnybuf(record);
 }
 
+// Of the allocations of a response without extensions, two leave no result and no failure: that of the signed octets
+// and that of the hook's parameter. The area of the hook is between them.
+TEST(Regression, OcspAllocationsWithoutAFailure) {
+    const KAHookFunc sign = [](const uint8_t *, uint32_t, uint8_t *, uint32_t *length, void *) {
+        *length = 0;
+        return 0;
+    };
+    const Exact key(hex("01 02"));
+    std::string statuses;
+    for (long nth = 1; nth <= 6; ++nth) {
+        OcspBasicResponse response = {};
+        response.data.responder.hasKeyHash = 1;
+        response.data.responder.keyHash = key.record;
+        response.signature.signFunc = sign;
+        response.signature.signParameter = key.record;
+        Anybuf *out = nullptr;
+        failAllocation(Pool::Library, nth, false);
+        const int32_t status = KI_EncodeBasicResponse(&response, &out);
+        EXPECT_TRUE(endFailing());
+        EXPECT_EQ(out, nullptr);
+        statuses += std::to_string(status) + ' ';
+        KI_ClearAnybuf(&response.signedOctets);
+        KI_ClearAnybuf(&response.signature.value);
+    }
+    EXPECT_EQ(statuses, "100 0 100 0 100 100 ");
+}
+
 } // namespace

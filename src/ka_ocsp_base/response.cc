@@ -52,7 +52,7 @@ Status signResponse(OcspSignature &signature, Bytes input, HookArea &area, bool 
     const Status status = callWithCopy(hookOf(signature.signFunc, signature.signParameter), input, SignatureBound, area,
                                        "------------>The function is error");
     isSigned = status == KACERT_Ok;
-    if (status == KACERT_MemoryErr && !area.wasCalled()) {
+    if (status == KACERT_MemoryErr && area.lacksParameter()) {
         KA_TRACE("------------>KAPR_Malloc");
         return KACERT_Ok;
     }
