@@ -209,4 +209,17 @@ TEST(Regression, OcspAllocationsWithoutAFailure) {
     EXPECT_EQ(statuses, "100 0 100 0 100 100 ");
 }
 
+TEST(Regression, OcspWordsOfWhatIsRefused) {
+    const auto wordsOf = [](const std::function<int32_t()> &call) {
+        const Trace trace;
+        EXPECT_EQ(call(), KACERT_InvalidItemErr);
+        return trace.lines().back();
+    };
+    const std::string usual = "------------>The input is invalid item";
+    EXPECT_EQ(wordsOf([] { return KI_DecodeResponseId(nullptr, nullptr); }), usual);
+    EXPECT_EQ(wordsOf([] { return KI_EncodeBasicResponse(nullptr, nullptr); }), usual);
+    EXPECT_EQ(wordsOf([] { return KI_EncodeOCSPSignature(nullptr, nullptr); }), usual);
+    EXPECT_EQ(wordsOf([] { return KI_DecodeOCSPCrlId(nullptr, nullptr); }), "------------>The input is Invalid Item");
+}
+
 } // namespace
