@@ -36,6 +36,7 @@ SWEPT_ROWS(OcspParts, CertStatus) {
 // A record of the test's own that is freed as the header says.
 struct Parts {
     OcspBasicResponse response = {};
+    Anybuf out = {};
     Parts() { KI_InitOCSPExtension(&response.data.extensions); }
     Parts(const Parts &) = delete;
     Parts &operator=(const Parts &) = delete;
@@ -43,7 +44,7 @@ struct Parts {
         OcspResponseData &data = response.data;
         OcspSignature &signature = response.signature;
         for (Anybuf *record : {&data.responder.derName, &data.responder.keyHash, &signature.algorithm.oid,
-                               &signature.value, &signature.encoded, &response.signedOctets})
+                               &signature.value, &signature.encoded, &response.signedOctets, &out})
             KI_ClearAnybuf(record);
         KI_FreeName(data.responder.name.next);
         KI_FreeAnybuf(data.responses.next);
@@ -71,7 +72,7 @@ TEST(OcspParts, RecordsOfOnesOwn) {
             ASSERT_EQ(TRIED(KI_DecodeBasicResponse(&response, &source.record)), KACERT_Ok);
             EXPECT_EQ(toHex(response.signedOctets), toHex(data));
             EXPECT_EQ(response.data.responseCount * 100u + response.signature.hasCerts, 201u);
-            Anybuf out = {};
+            Anybuf &out = parts.out;
             EXPECT_EQ(TRIED(KI_EncodeResponseId(&response.data.responder, &out)), KACERT_InvalidParamErr);
             response.data.responder.hasName = 0;
             EXPECT_EQ(TRIED(KI_EncodeResponseId(&response.data.responder, &out)), KACERT_Ok);
@@ -83,7 +84,6 @@ TEST(OcspParts, RecordsOfOnesOwn) {
             };
             const int32_t status = TRIED(encodeData());
             EXPECT_EQ(answerOf(status, nullptr) + toHex(out), "nothing" + toHex(data));
-            KI_ClearAnybuf(&out);
             Anybuf *element = &out; // what has no result is null
             EXPECT_EQ(TRIED(KI_EncodeBasicResponse(&response, &element)), KACERT_Ok);
             EXPECT_EQ(element, nullptr);

@@ -1,7 +1,7 @@
 // What the rows of OCSP tests have in common.
 #pragma once
 
-#include "rows.h"
+#include "samples.h"
 
 #include "ocsp.h"
 
@@ -67,6 +67,71 @@ template <class Ctx> void checkDecoding(Ctx &ctx, const Row &row) {
             what.rfind("int ", 0) == 0 || what == "state" || (!want.empty() && want[0] >= 'a' && want[0] <= 'z');
         EXPECT_EQ(askFor(ctx, what), isInWords ? want : toHex(row.parse(want))) << answer;
     }
+}
+
+// Requests and responses with all that can be set, and questions to them.
+inline Octets encodedId() {
+    const RequestListPtr list = create<RequestListCtx>();
+    for (const int32_t id : {15, 16, 17, 20})
+        set(*list, id, "value");
+    setHash(*list, echo);
+    return hex(written(*list));
+}
+template <class Ctx> Octets fullMessage(const char *section) {
+    const Zone utc("UTC");
+    const Owner<Ctx> ctx = create<Ctx>();
+    for (const Row &row : rowsOf("Samples", section))
+        EXPECT_EQ(takeAll(*ctx, row, "settings"), KACERT_Ok);
+    for (int count = 0; count < 2; ++count) {
+        const Octets id = encodedId();
+        EXPECT_EQ(TRIED(Family<Ctx>::add(ctx.get(), id.data(), lengthOf(id))), KACERT_Ok);
+    }
+    setSigning(*ctx, signByLength);
+    return hex(written(*ctx));
+}
+inline Octets fullOcspRequest() {
+    return fullMessage<RequestCtx>("OcspRequest");
+}
+inline Octets fullOcspResponse() {
+    return fullMessage<ResponseCtx>("OcspResponse");
+}
+inline Octets fullSingleResponse() {
+    const Zone utc("UTC");
+    const ResponseListPtr list = create<ResponseListCtx>();
+    const Octets id = encodedId();
+    set(*list, OCSP_RESPONDERLIST_CERTID, Bytes(id).subspan(2));
+    EXPECT_EQ(TRIED(KA_OCSP_SetResponseList_CertStatusUnInfo(list.get(), id.data(), 3)), KACERT_Ok);
+    for (const int32_t time : {23, 24})
+        EXPECT_EQ(TRIED(KA_OCSP_SetResponseListAttributeInt(list.get(), time, Y2020)), KACERT_Ok);
+    return hex(written(*list));
+}
+template <class Ctx> std::vector<std::string> ocspAnswersOf(Bytes der) {
+    const Zone utc("UTC");
+    const Exact exact(der);
+    const Owner<Ctx> ctx = create<Ctx>();
+    std::vector<std::string> all = {std::to_string(decode(*ctx, exact.bytes()))};
+    for (int32_t id = 0; id < 64; ++id) {
+        all.push_back(ask(*ctx, id));
+        all.push_back(askNumber(*ctx, id));
+    }
+    if constexpr (std::is_same_v<Ctx, ResponseListCtx>)
+        all.push_back(stateOf(*ctx));
+    if constexpr (requires { Family<Ctx>::single; })
+        for (uint32_t index = 0; index < 4; ++index)
+            all.push_back(askSingle(*ctx, index));
+    return all;
+}
+template <> inline std::vector<std::string> answersOf<RequestListCtx>(Bytes der) {
+    return ocspAnswersOf<RequestListCtx>(der);
+}
+template <> inline std::vector<std::string> answersOf<RequestCtx>(Bytes der) {
+    return ocspAnswersOf<RequestCtx>(der);
+}
+template <> inline std::vector<std::string> answersOf<ResponseListCtx>(Bytes der) {
+    return ocspAnswersOf<ResponseListCtx>(der);
+}
+template <> inline std::vector<std::string> answersOf<ResponseCtx>(Bytes der) {
+    return ocspAnswersOf<ResponseCtx>(der);
 }
 
 } // namespace karil_test
