@@ -1,6 +1,6 @@
 #!/bin/sh
-# Issues certificates, decodes them and those of the ca-certificates package, runs a small certification authority, and
-# lets openssl judge all that was written.
+# Issues certificates, decodes them and those of the ca-certificates package, runs a small certification authority, lets
+# openssl judge all that was written, and asks an OCSP responder about what the authority issued.
 # KARIL_BUILD_DIR: where to build, instead of build.
 set -eu
 cd "$(dirname "$0")/.."
@@ -10,7 +10,8 @@ build=${KARIL_BUILD_DIR:-build}
 folder=$build/release
 demo=$build/demo
 cmake -S . -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo
-cmake --build "$folder" --target issue_certificate certificate_authority
+cmake --build "$folder" --target issue_certificate certificate_authority ocsp
+programs=$(cd "$folder/examples" && pwd)
 
 # Dates go out in local time under the letter Z, which others read as UTC.
 TZ=UTC
@@ -57,4 +58,7 @@ if openssl verify -auth_level 0 -CAfile authority.pem -crl_check -CRLfile crl2.p
     exit 1
 fi
 grep 'certificate revoked' revoked.txt
+
+echo
+"$programs/ocsp" .
 echo "The demo is done: openssl agrees with all that karil issued."

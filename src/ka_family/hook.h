@@ -59,8 +59,8 @@ public:
     ~HookArea() { wipe(block.get(), size); }
 
     Bytes octets() const { return {block.get(), used}; }
-    // False if callWithCopy failed before the call.
-    bool wasCalled() const { return isCalled; }
+    // True if callWithCopy failed for want of memory for the copy of the parameter.
+    bool lacksParameter() const { return block != nullptr && !isCalled; }
     // Hands the block to a record, in the place of the secret that it holds.
     void moveTo(Anybuf &record);
 

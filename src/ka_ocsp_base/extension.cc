@@ -80,6 +80,9 @@ Status writeNonce(Writer &out, const OcspExtension &extensions) {
     return out.status();
 }
 
+// What decoding a CRL id refuses.
+constexpr char InvalidCrlId[] = "------------>The input is Invalid Item";
+
 // OCTET STRING { CHOICE { [0] EXPLICIT IA5String, [1] EXPLICIT INTEGER, [2] EXPLICIT time } }
 Status readCrlIdValue(const Element &element, OcspCrlId &crlId) {
     Element value;
@@ -100,7 +103,7 @@ Status readCrlIdValue(const Element &element, OcspCrlId &crlId) {
     case 0xA2: // A time is read under the tag of what holds it, which is never a time's.
         return KA_FAIL(KACERT_InvalidTagErr, "------------>KAsn1_ReadUtcTime");
     default:
-        return refuseItem();
+        return refuseItem(InvalidCrlId);
     }
 }
 
@@ -108,7 +111,7 @@ Status readCrlIdValue(const Element &element, OcspCrlId &crlId) {
 Status readCrlIdFields(const Element &oid, Level &fields, OcspCrlId &crlId) {
     KA_STEP_AS("------------>KI_CopyAlgorithm", store(crlId.type.oid, oid));
     Element value;
-    KA_PASS(takeItem(fields, value));
+    KA_PASS(takeItem(fields, value, InvalidCrlId));
     return readCrlIdValue(value, crlId);
 }
 
@@ -260,8 +263,9 @@ int32_t KI_EncodeOCSPExtension(const OcspExtension *extensions, Anybuf **out) {
 
 int32_t KI_DecodeOCSPExtension(OcspExtension *extensions, const Anybuf *source) {
     KA_FRAME("KI_DecodeOCSPExtension");
-    KA_PASS(checkSource(extensions, source));
-    KA_PASS(readExtensions(elementOf(*source), *extensions));
+    Scratch copy;
+    KA_PASS(copySource(extensions, source, copy));
+    KA_PASS(readExtensions(elementOf(copy.record), *extensions));
     return KA_DONE();
 }
 
@@ -276,10 +280,11 @@ int32_t KI_EncodeOCSPCrlId(const OcspCrlId *crlId, Anybuf **out) {
 
 int32_t KI_DecodeOCSPCrlId(OcspCrlId *crlId, const Anybuf *source) {
     KA_FRAME("KI_DecodeOCSPCrlId");
-    KA_PASS(checkSource(crlId, source));
+    Scratch copy;
+    KA_PASS(copySource(crlId, source, copy, InvalidCrlId));
     Element oid;
     Level fields;
-    KA_PASS(readTyped(elementOf(*source), oid, fields, KACERT_InvalidItemErr, InvalidItem));
+    KA_PASS(readTyped(elementOf(copy.record), oid, fields, KACERT_InvalidItemErr, InvalidCrlId));
     KA_PASS(readCrlIdFields(oid, fields, *crlId));
     return KA_DONE();
 }

@@ -16,9 +16,15 @@ Status checkItems(std::initializer_list<const void *> pointers, const char *word
     return KACERT_Ok;
 }
 
-Status checkSource(const void *target, const Anybuf *source) {
-    KA_PASS(checkItems({target, source}));
-    return checkItems({source->data});
+Status checkSource(const void *target, const Anybuf *source, const char *words) {
+    KA_PASS(checkItems({target, source}, words));
+    return checkItems({source->data}, words);
+}
+
+Status copySource(const void *target, const Anybuf *source, Scratch &copy, const char *words) {
+    KA_PASS(checkSource(target, source, words));
+    KA_STEP_AS("------------>KI_CopyAnybuf", KI_CopyAnybuf(&copy.record, source));
+    return KACERT_Ok;
 }
 
 Status makeRecord(const void *out, uint32_t size, void *&record) {

@@ -9,11 +9,14 @@
 namespace karil {
 
 // What is refused, with the status of all OCSP functions.
-constexpr char InvalidItem[] = "------------>The input is Invalid Item";
+constexpr char InvalidItem[] = "------------>The input is invalid item";
 [[nodiscard]] Status refuseItem(const char *words = InvalidItem);
 [[nodiscard]] Status checkItems(std::initializer_list<const void *> pointers, const char *words = InvalidItem);
-// A source of a decoder: a record with octets.
-[[nodiscard]] Status checkSource(const void *target, const Anybuf *source);
+// A source of a decoder: a record with octets. A decoder that stores something before it has read everything reads a
+// copy: the source may be one of the target's records.
+[[nodiscard]] Status checkSource(const void *target, const Anybuf *source, const char *words = InvalidItem);
+[[nodiscard]] Status copySource(const void *target, const Anybuf *source, Scratch &copy,
+                                const char *words = InvalidItem);
 inline bool isGiven(const Anybuf &record) {
     return record.data != nullptr && record.length > 0;
 }

@@ -7,7 +7,7 @@ namespace {
 Status writeResponderName(Writer &out, ResponseId &responder) {
     if (responder.hasDerName != 0) {
         if (responder.hasName != 0)
-            return KA_FAIL(KACERT_InvalidParamErr, "------------>The input is invalid item");
+            return KA_FAIL(KACERT_InvalidParamErr, InvalidItem);
         if (!isGiven(responder.derName))
             return refuseItem();
         out.octets(bytesOf(responder.derName));
@@ -68,7 +68,7 @@ using namespace karil;
 
 int32_t KI_EncodeResponseId(ResponseId *responder, Anybuf *out) {
     KA_FRAME("KI_EncodeResponseId");
-    KA_PASS(checkItems({responder, out}, "------------>The input is invalid item"));
+    KA_PASS(checkItems({responder, out}));
     Writer identity;
     KA_PASS(writeResponseId(identity, *responder));
     KA_STEP_AS("------------>KAsn1_WriteSequence", identity.moveTo(*out));
@@ -77,7 +77,8 @@ int32_t KI_EncodeResponseId(ResponseId *responder, Anybuf *out) {
 
 int32_t KI_DecodeResponseId(ResponseId *responder, const Anybuf *source) {
     KA_FRAME("KI_DecodeResponseId");
-    KA_PASS(checkSource(responder, source));
-    KA_PASS(readResponseId(elementOf(*source), *responder));
+    Scratch copy;
+    KA_PASS(copySource(responder, source, copy));
+    KA_PASS(readResponseId(elementOf(copy.record), *responder));
     return KA_DONE();
 }

@@ -52,7 +52,7 @@ Status signResponse(OcspSignature &signature, Bytes input, HookArea &area, bool 
     const Status status = callWithCopy(hookOf(signature.signFunc, signature.signParameter), input, SignatureBound, area,
                                        "------------>The function is error");
     isSigned = status == KACERT_Ok;
-    if (status == KACERT_MemoryErr && !area.wasCalled()) {
+    if (status == KACERT_MemoryErr && area.lacksParameter()) {
         KA_TRACE("------------>KAPR_Malloc");
         return KACERT_Ok;
     }
@@ -125,8 +125,9 @@ int32_t KI_EncodeResponseData(OcspResponseData *data, Anybuf *out) {
 
 int32_t KI_DecodeResponseData(OcspResponseData *data, const Anybuf *source) {
     KA_FRAME("KI_DecodeResponseData");
-    KA_PASS(checkSource(data, source));
-    KA_PASS(readResponseData(elementOf(*source), *data));
+    Scratch copy;
+    KA_PASS(copySource(data, source, copy));
+    KA_PASS(readResponseData(elementOf(copy.record), *data));
     return KA_DONE();
 }
 
@@ -146,7 +147,8 @@ int32_t KI_EncodeBasicResponse(OcspBasicResponse *response, Anybuf **out) {
 
 int32_t KI_DecodeBasicResponse(OcspBasicResponse *response, const Anybuf *source) {
     KA_FRAME("KI_DecodeBasicResponse");
-    KA_PASS(checkSource(response, source));
-    KA_PASS(readBasicResponse(elementOf(*source), *response));
+    Scratch copy;
+    KA_PASS(copySource(response, source, copy));
+    KA_PASS(readBasicResponse(elementOf(copy.record), *response));
     return KA_DONE();
 }
