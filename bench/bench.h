@@ -1,26 +1,23 @@
 // What the benchmarks share: the certificates they read, the certificate they build, and what stops them.
 #pragma once
 
-#include <karil/karil.h>
+#include "objects.h"
 
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
-#include <span>
-#include <string_view>
-#include <vector>
 
 namespace karil_bench {
 
-using Bytes = std::span<const uint8_t>;
-using Octets = std::vector<uint8_t>;
-
-template <auto Free> struct By {
-    template <class T> void operator()(T *object) const { Free(object); }
-};
+using karil_test::By;
+using karil_test::Bytes;
+using karil_test::bytesOf;
+using karil_test::CertPtr;
+using karil_test::create;
+using karil_test::CrlPtr;
+using karil_test::CsrPtr;
+using karil_test::Octets;
 template <class T, auto Free> using Owned = std::unique_ptr<T, By<Free>>;
-using CertPtr = Owned<CertEncodeCtx, KACert_DestroyCertEncodeCtx>;
 
 // A figure counts only where what was measured did its work.
 inline void must(bool holds, const char *claim) {
@@ -28,10 +25,6 @@ inline void must(bool holds, const char *claim) {
         return;
     std::fprintf(stderr, "this does not hold: %s\n", claim);
     std::exit(1);
-}
-
-inline Bytes octetsOf(std::string_view text) {
-    return {reinterpret_cast<const uint8_t *>(text.data()), text.size()};
 }
 
 // One certificate, decoded and destroyed. False where it does not decode.

@@ -20,10 +20,10 @@ void set(CertEncodeCtx *ctx, int32_t id, Bytes value) {
 
 void setNames(CertEncodeCtx *ctx) {
     for (const sample::NameValue &value : sample::Issuer)
-        set(ctx, value.id, octetsOf(value.text));
+        set(ctx, value.id, bytesOf(value.text));
     for (const sample::NameValue &value : sample::Subject)
-        set(ctx, value.id, octetsOf(value.text));
-    set(ctx, sample::IssuerAlt.id, octetsOf(sample::IssuerAlt.text));
+        set(ctx, value.id, bytesOf(value.text));
+    set(ctx, sample::IssuerAlt.id, bytesOf(sample::IssuerAlt.text));
 }
 
 // A flag that is written as 1 goes out as 1: what others write and read as TRUE is FF.
@@ -38,10 +38,10 @@ const Value Values[] = {
     {CERTEX_AUTHORITYKEYIDENTIFIER, sample::IssuerKeyId},
     {CERTEX_SUBJECTKEYIDENTIFIER, sample::KeyId},
     {CERTEX_CERTPOLICYID, sample::AnyPolicy},
-    {CERTEX_CERTPOLICY_CPS, octetsOf(sample::Cps)},
-    {CERT_SUBJECT_ALT_RFC822NAME, octetsOf(sample::Mail)},
-    {CERT_SUBJECT_ALT_DNSNAME, octetsOf(sample::Dns)},
-    {CERT_SUBJECT_ALT_URI, octetsOf(sample::Uri)},
+    {CERTEX_CERTPOLICY_CPS, bytesOf(sample::Cps)},
+    {CERT_SUBJECT_ALT_RFC822NAME, bytesOf(sample::Mail)},
+    {CERT_SUBJECT_ALT_DNSNAME, bytesOf(sample::Dns)},
+    {CERT_SUBJECT_ALT_URI, bytesOf(sample::Uri)},
     {CERT_SUBJECT_ALT_IPADDRESS, sample::Address},
     {CERTEX_AUTHORITY, Bytes(&True, 1)},
     {CERTEX_PATHLENCONSTRAINT, Bytes(&sample::PathLength, 1)},
@@ -49,9 +49,9 @@ const Value Values[] = {
     {CERTEX_KEYUSAGE, Bytes(&sample::KeyUsage, 1)},
     {CERTEX_KEYUSAGE_CRITICAL, Bytes(&True, 1)},
     {CERTEX_EXTKEY_USAGE, Purposes},
-    {CERTEX_CRLDIST_FULLNAME, octetsOf(sample::CrlUri)},
-    {CERTEX_AUTHORITYINFO_OCSP, octetsOf(sample::OcspUri)},
-    {CERTEX_AUTHORITYINFO_CAISSUERS, octetsOf(sample::CaIssuersUri)},
+    {CERTEX_CRLDIST_FULLNAME, bytesOf(sample::CrlUri)},
+    {CERTEX_AUTHORITYINFO_OCSP, bytesOf(sample::OcspUri)},
+    {CERTEX_AUTHORITYINFO_CAISSUERS, bytesOf(sample::CaIssuersUri)},
 };
 
 } // namespace
@@ -67,7 +67,7 @@ CertPtr buildWithKaril(KACertSignFunc hook, const void *parameter, uint32_t leng
     for (const Value &value : Values)
         set(ctx, value.id, value.octets);
     must(KACert_SetCertAttributePrivate(ctx, sample::PrivateOid, sizeof sample::PrivateOid, 0,
-                                        octetsOf(sample::PrivateDer).data(),
+                                        bytesOf(sample::PrivateDer).data(),
                                         static_cast<int32_t>(sample::PrivateDer.size())) == KACERT_Ok,
          "karil takes a private extension");
     must(KACert_SetCertSignFunc(ctx, hook, parameter, length) == KACERT_Ok, "karil takes a hook");

@@ -11,7 +11,7 @@ namespace {
 
 void addNames(X509_NAME *name, std::span<const sample::NameValue> values) {
     for (const sample::NameValue &value : values)
-        must(X509_NAME_add_entry_by_NID(name, value.nid, value.type, octetsOf(value.text).data(),
+        must(X509_NAME_add_entry_by_NID(name, value.nid, value.type, bytesOf(value.text).data(),
                                         static_cast<int>(value.text.size()), -1, 0) == 1,
              "libcrypto takes a name attribute");
 }
@@ -34,7 +34,7 @@ GENERAL_NAME *generalName(int form, int type, Bytes octets) {
 }
 
 GENERAL_NAME *uriName(std::string_view uri) {
-    return generalName(GEN_URI, V_ASN1_IA5STRING, octetsOf(uri));
+    return generalName(GEN_URI, V_ASN1_IA5STRING, bytesOf(uri));
 }
 
 void addKeyIds(X509 *certificate) {
@@ -55,7 +55,7 @@ void addPolicies(X509 *certificate) {
     POLICYQUALINFO *qualifier = POLICYQUALINFO_new();
     qualifier->pqualid = OBJ_nid2obj(NID_id_qt_cps);
     qualifier->d.cpsuri = ASN1_IA5STRING_new();
-    setOctets(qualifier->d.cpsuri, octetsOf(sample::Cps));
+    setOctets(qualifier->d.cpsuri, bytesOf(sample::Cps));
     POLICYINFO *policy = POLICYINFO_new();
     policy->policyid = OBJ_nid2obj(NID_any_policy);
     policy->qualifiers = sk_POLICYQUALINFO_new_null();
@@ -75,8 +75,8 @@ void addAltNames(X509 *certificate) {
     addExtension(certificate, NID_issuer_alt_name, 0, issuer.get());
 
     Owned<GENERAL_NAMES, GENERAL_NAMES_free> subject(GENERAL_NAMES_new());
-    sk_GENERAL_NAME_push(subject.get(), generalName(GEN_EMAIL, V_ASN1_IA5STRING, octetsOf(sample::Mail)));
-    sk_GENERAL_NAME_push(subject.get(), generalName(GEN_DNS, V_ASN1_IA5STRING, octetsOf(sample::Dns)));
+    sk_GENERAL_NAME_push(subject.get(), generalName(GEN_EMAIL, V_ASN1_IA5STRING, bytesOf(sample::Mail)));
+    sk_GENERAL_NAME_push(subject.get(), generalName(GEN_DNS, V_ASN1_IA5STRING, bytesOf(sample::Dns)));
     sk_GENERAL_NAME_push(subject.get(), uriName(sample::Uri));
     sk_GENERAL_NAME_push(subject.get(), generalName(GEN_IPADD, V_ASN1_OCTET_STRING, sample::Address));
     addExtension(certificate, NID_subject_alt_name, 0, subject.get());
@@ -128,7 +128,7 @@ void addAuthorityInfo(X509 *certificate) {
 void addPrivate(X509 *certificate) {
     static const ASN1_OBJECT *const oid = OBJ_txt2obj("2.999.1", 1);
     Owned<ASN1_OCTET_STRING, ASN1_OCTET_STRING_free> value(ASN1_OCTET_STRING_new());
-    setOctets(value.get(), octetsOf(sample::PrivateDer));
+    setOctets(value.get(), bytesOf(sample::PrivateDer));
     Owned<X509_EXTENSION, X509_EXTENSION_free> extension(X509_EXTENSION_create_by_OBJ(nullptr, oid, 0, value.get()));
     must(X509_add_ext(certificate, extension.get(), -1) == 1, "libcrypto takes a private extension");
 }

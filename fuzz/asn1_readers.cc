@@ -176,7 +176,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const uint8_t unusedBits = input.octet();
     const uint32_t number = input.octet();
     const Area element(input.rest);
-    Anybuf source = element.record(tag);
+    Anybuf source = element.record;
+    source.tag = tag;
     source.unusedBits = unusedBits;
 
     const Chain content = readContent(source);

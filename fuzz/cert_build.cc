@@ -1,6 +1,6 @@
 // A byte program builds a certificate: one octet that chooses the start, one the hook, then steps of a selector and
 // what it needs. The certificate is encoded, decoded and compared with what was set.
-#include "base_cert.h"
+#include "fuzz.h"
 
 using namespace karil_fuzz;
 
@@ -94,7 +94,7 @@ void addPrivate(CertEncodeCtx &ctx, Input &program, Expected &expected, bool isO
 
 void setAttribute(CertEncodeCtx &ctx, Input &program, int32_t id, Expected &expected) {
     const Octets value = takeValue(program);
-    const int32_t status = setChar(ctx, id, value);
+    const int32_t status = set(ctx, id, value);
     must(status != KACERT_Ok || !value.empty(), "a value has an octet");
     expected.isOpaque = expected.isOpaque || id == CERT_ISSUER_DERDN || id == CERT_SUBJECT_DERDN;
 }
@@ -143,12 +143,12 @@ constexpr Field Fields[] = {
 };
 
 void checkDecoded(const CertEncodeCtx &built, Bytes der, const Expected &expected) {
-    const CertPtr ctx = newCert();
+    const CertPtr ctx = create<CertEncodeCtx>();
     const int32_t status = KACert_DecodeCert(ctx.get(), der.data(), sizeOf(der));
     if (expected.isOpaque)
         return;
     must(status == KACERT_Ok, "a certificate that was built can be decoded");
-    for (const auto &[id, base] : BaseNumbers) {
+    for (const auto &[id, base] : Family<CertEncodeCtx>::Numbers) {
         int32_t value = -1;
         must(KACert_GetCertAttributeInt(ctx.get(), id, &value) == KACERT_Ok && value == expected.numbers[id],
              "a number comes back as it was set");
@@ -188,14 +188,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     Input program{{data, size}};
     const uint8_t start = program.octet();
     readPlan(program.octet());
-    const CertPtr ctx = newCert();
+    const CertPtr ctx = create<CertEncodeCtx>();
     Expected expected;
     const bool hasHook = (start & 2) == 0;
     if (hasHook)
         must(KACert_SetCertSignFunc(ctx.get(), copyingHook, Parameter, sizeof Parameter) == KACERT_Ok, "a hook is set");
     if ((start & 1) == 0) {
-        fillBase(*ctx);
-        for (const auto &[id, value] : BaseNumbers)
+        fill(*ctx);
+        for (const auto &[id, value] : Family<CertEncodeCtx>::Numbers)
             expected.numbers[id] = value;
     }
     while (!program.rest.empty())

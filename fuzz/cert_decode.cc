@@ -114,7 +114,7 @@ void checkName(const NameRecord &head) {
 
 void checkPrefix(Bytes prefix) {
     const Area cut(prefix);
-    const CertPtr ctx = newCert();
+    const CertPtr ctx = create<CertDecodeCtx>();
     must(KACert_DecodeCert(ctx.get(), cut.data(), sizeOf(prefix)) == KACERT_LengthNotEqualErr, "a prefix is refused");
 }
 
@@ -138,7 +138,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     if (size == 0)
         return 0;
     const Area der(Bytes{data, size});
-    const CertPtr ctx = newCert();
+    const CertPtr ctx = create<CertDecodeCtx>();
     const int32_t status = KACert_DecodeCert(ctx.get(), der.data(), static_cast<uint32_t>(size));
     askEverything(*ctx, size);
     if (status == KACERT_Ok)

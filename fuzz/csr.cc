@@ -5,14 +5,6 @@ using namespace karil_fuzz;
 
 namespace {
 
-using CsrPtr = std::unique_ptr<CsrEncodeCtx, By<KACert_DestroyCsrEncodeCtx>>;
-
-CsrPtr newCsr() {
-    CsrEncodeCtx *ctx = nullptr;
-    must(KACert_CreateCsrEncodeCtx(&ctx) == KACERT_Ok, "a context can be made");
-    return CsrPtr(ctx);
-}
-
 void ask(CsrDecodeCtx &ctx, int32_t id) {
     uint32_t length = 0;
     const int32_t status = KACert_GetCsrAttributeChar(&ctx, id, nullptr, &length);
@@ -49,7 +41,7 @@ void writeAndRead(const CsrEncodeCtx &ctx) {
     must(made(attributes, KI_Csr_EncodeAttributes, &ctx) == KACERT_Ok, "attributes are written");
     if (attributes == nullptr)
         return;
-    const CsrPtr again = newCsr();
+    const CsrPtr again = create<CsrEncodeCtx>();
     must(KI_CSR_DecodeAttributes(again.get(), attributes.get()) == KACERT_Ok, "what was written can be read");
     const CsrAttributeNode *read = again->attributes;
     for (const CsrAttributeNode *node = ctx.attributes; node != nullptr; node = node->next, read = read->next)
@@ -64,12 +56,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     if (size == 0)
         return 0;
     const Area der(Bytes{data, size});
-    const CsrPtr ctx = newCsr();
+    const CsrPtr ctx = create<CsrEncodeCtx>();
     const int32_t status = KACert_DecodeCsr(ctx.get(), der.data(), static_cast<uint32_t>(size));
     must(status != KACERT_Ok || ctx->tbs.length > 0, "a decoded request has its to-be-signed part");
     for (int32_t id = CSR_TBS_CSR; id <= CSR_SUBJECTPUBLICKEYINFO; ++id)
         ask(*ctx, id);
-    const CsrPtr copy = newCsr();
+    const CsrPtr copy = create<CsrEncodeCtx>();
     copyAttributes(*ctx, *copy);
     writeAndRead(*copy);
     return 0;

@@ -1,7 +1,9 @@
 // An issuer with a key of its own, always the same, and what it signs: for targets and seeds.
 #pragma once
 
-#include "base_cert.h"
+#include "fuzz.h"
+
+#include <utility>
 
 namespace karil_fuzz {
 
@@ -28,12 +30,9 @@ inline const RsaPrivateKeyRecord &issuerKey() {
     return key;
 }
 
-inline int32_t signAsIssuer(const uint8_t *input, uint32_t inputLength, uint8_t *output, uint32_t *outputLength,
-                            void *) {
-    *outputLength = sizeof Modulus;
-    return output == nullptr
-               ? KACERT_Ok
-               : KA_PKCS7_SignedData(KA_DIGEST_SHA1, input, inputLength, output, outputLength, &issuerKey());
+// A context of any family that can be encoded, signed with it.
+template <class Ctx> Owner<Ctx> filledByIssuer() {
+    return filled<Ctx>(signBySha1, &issuerKey(), sizeof issuerKey());
 }
 
 // Its public key as DER.
@@ -48,16 +47,14 @@ inline Octets issuerPublicKey() {
 // Its certificate, which verifies itself.
 inline const Octets &issuerCertificate() {
     static const Octets der = [] {
-        const CertPtr ctx = newCert();
-        fillBase(*ctx);
+        const CertPtr ctx = filledByIssuer<CertEncodeCtx>();
         KI_FreeName(std::exchange(ctx->subject.next, nullptr));
-        must(setChar(*ctx, CERT_SUBJECT_COMMONNAME, bytesOf("Root")) == KACERT_Ok, "a name can be set");
-        must(setChar(*ctx, CERT_SUBJECTPUBLICKEYINFO, issuerPublicKey()) == KACERT_Ok, "a key can be set");
+        must(set(*ctx, CERT_SUBJECT_COMMONNAME, "Root") == KACERT_Ok, "a name can be set");
+        must(set(*ctx, CERT_SUBJECTPUBLICKEYINFO, issuerPublicKey()) == KACERT_Ok, "a key can be set");
         must(KACert_SetCertAttributeInt(ctx.get(), CERT_VALIDTO, 2145916800) == KACERT_Ok, "as far as dates go");
-        must(KACert_SetCertSignFunc(ctx.get(), signAsIssuer, nullptr, 0) == KACERT_Ok, "a hook can be set");
-        uint32_t size = 0;
-        must(KACert_EncodeCert(ctx.get(), nullptr, &size) == KACERT_Ok, "an issuer can be encoded");
-        return Octets(ctx->encoded.data, ctx->encoded.data + size);
+        const Octets made = encode(*ctx);
+        must(!made.empty(), "an issuer can be encoded");
+        return made;
     }();
     return der;
 }

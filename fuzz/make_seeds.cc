@@ -24,21 +24,6 @@ struct Folder {
     }
 };
 
-int32_t sign(const uint8_t *, uint32_t, uint8_t *output, uint32_t *outputLength, void *) {
-    if (output != nullptr)
-        std::fill_n(output, *outputLength = 256, uint8_t{0xA5});
-    return KACERT_Ok;
-}
-
-Octets encode(CertEncodeCtx &ctx) {
-    must(KACert_SetCertSignFunc(&ctx, sign, nullptr, 0) == KACERT_Ok, "a hook can be set");
-    uint32_t size = 0;
-    must(KACert_EncodeCert(&ctx, nullptr, &size) == KACERT_Ok, "a seed can be encoded");
-    Octets der(size);
-    must(KACert_EncodeCert(&ctx, der.data(), &size) == KACERT_Ok, "a seed can be encoded");
-    return der;
-}
-
 // Two characters in code page 936.
 constexpr char Beijing[] = "\xB1\xB1\xBE\xA9";
 
@@ -79,7 +64,7 @@ void fillAll(CertEncodeCtx &ctx) {
         {CERTEX_AUTHORITYINFO_CAISSUERS, "http://example.com/ca"},
     };
     for (const auto &[id, value] : fields)
-        must(setChar(ctx, id, bytesOf(value)) == KACERT_Ok, "a field can be set");
+        must(set(ctx, id, value) == KACERT_Ok, "a field can be set");
     const Bytes oid = bytesOf("\x2A\x03\x04");
     must(KACert_SetCertAttributePrivate_ForValue(&ctx, oid.data(), lengthOf(oid), 1, oid.data(), lengthOf(oid), 19) ==
              KACERT_Ok,
@@ -120,8 +105,8 @@ Octets repeated(std::string_view text, size_t count) {
 void addLongNames(Folder &names) {
     for (const size_t size : {1019u, 1020u, 1021u}) {
         const Octets value = repeated("x", size);
-        const CertPtr ctx = newCert();
-        must(setChar(*ctx, CERT_SUBJECT_COMMONNAME, value) == KACERT_Ok, "a long name can be set");
+        const CertPtr ctx = create<CertEncodeCtx>();
+        must(set(*ctx, CERT_SUBJECT_COMMONNAME, value) == KACERT_Ok, "a long name can be set");
         Chain name;
         must(made(name, KI_EncodeIssuerSuject, &ctx->subject) == KACERT_Ok, "a long name can be encoded");
         names.add({0}, bytesOf(*name));
@@ -130,11 +115,8 @@ void addLongNames(Folder &names) {
 
 void addCertificates(Folder certificates, Folder &elements, Folder names) {
     addLongNames(names);
-    const CertPtr base = newCert();
-    fillBase(*base);
-    certificates.add(encode(*base));
-    const CertPtr all = newCert();
-    fillBase(*all);
+    certificates.add(encode(*filled<CertEncodeCtx>()));
+    const CertPtr all = filled<CertEncodeCtx>();
     fillAll(*all);
     Octets der = encode(*all);
     certificates.add(der);
@@ -266,93 +248,48 @@ void addPrograms(Folder programs) {
     programs.add({0, 0, 0xF1, 2}, bytesOf("\x2A\x03\x01\x01\x01\xF2\x02\x2A\x04\x02\x05\x05\x01\x13"));
 }
 
-int32_t oneOctet(const uint8_t *, uint32_t, uint8_t *output, uint32_t *outputLength, void *) {
-    *outputLength = 1;
-    if (output != nullptr)
-        *output = 0xAA;
-    return 0;
-}
-
-template <class Ctx, auto SetChar> void set(Ctx *ctx, int32_t id, std::string_view value) {
-    must(SetChar(ctx, id, bytesOf(value).data(), lengthOf(bytesOf(value))) == KACERT_Ok, "an attribute is set");
-}
-
 void addCrls(Folder crls) {
-    CrlEncodeCtx *ctx = nullptr;
-    must(KACert_CreateCrlEncodeCtx(&ctx) == KACERT_Ok, "a context can be made");
-    const auto add = set<CrlEncodeCtx, KACert_SetCrlAttributeChar>;
-    add(ctx, CRL_INNER_SIGNATUREALGORITHM, "\x2A\x03");
-    add(ctx, CRL_OUTER_SIGNATUREALGORITHM, "\x2A\x03");
-    add(ctx, CRL_ISSUER_ORGANIZATIONNAME, Beijing);
-    KACert_SetCrlAttributeInt(ctx, CRL_THISUPDATE, 1577836800);
-    KACert_SetCrlAttributeInt(ctx, CRL_NEXTUPDATE, 1577836800);
+    const CrlPtr ctx = filled<CrlEncodeCtx>();
+    set(*ctx, CRL_ISSUER_ORGANIZATIONNAME, Beijing);
+    KACert_SetCrlAttributeInt(ctx.get(), CRL_THISUPDATE, Y2020);
+    KACert_SetCrlAttributeInt(ctx.get(), CRL_NEXTUPDATE, Y2020);
     for (const char *reason : {"", "\x01", "\x06"}) {
-        add(ctx, CRL_CERT_SERIALNUMBER, "\xF1\x02");
-        KACert_SetCrlAttributeInt(ctx, CRL_CERT_REVOCATIONDATE, 1577836800);
+        set(*ctx, CRL_CERT_SERIALNUMBER, "\xF1\x02");
+        KACert_SetCrlAttributeInt(ctx.get(), CRL_CERT_REVOCATIONDATE, Y2020);
         if (*reason != '\0')
-            add(ctx, CRLEX_CRLREASON, reason);
+            set(*ctx, CRLEX_CRLREASON, reason);
     }
-    add(ctx, CRLEX_CRLNUMBER, "\x80");
-    add(ctx, CRLEX_DELTACRLINDICATOR, "\x01");
-    KACert_SetCrlSignFunc(ctx, oneOctet, nullptr, 0);
-    uint32_t length = 0;
-    must(KACert_EncodeCrl(ctx, nullptr, &length) == KACERT_Ok, "a CRL is written");
-    crls.add(bytesOf(ctx->encoded));
-    KACert_DestroyCrlEncodeCtx(ctx);
+    set(*ctx, CRLEX_CRLNUMBER, "\x80");
+    set(*ctx, CRLEX_DELTACRLINDICATOR, "\x01");
+    const Octets der = encode(*ctx);
+    must(!der.empty(), "a CRL is written");
+    crls.add(der);
 }
 
 void addRequests(Folder requests) {
-    CsrEncodeCtx *ctx = nullptr;
-    must(KACert_CreateCsrEncodeCtx(&ctx) == KACERT_Ok, "a context can be made");
-    const auto add = set<CsrEncodeCtx, KACert_SetCsrAttributeChar>;
-    add(ctx, CSR_OUTER_SIGNATUREALGORITHM, "\x2A\x03");
-    add(ctx, CSR_PUBLICKEY_ALGORITHM, "\x2A\x04");
-    add(ctx, CSR_SUBJECTPUBLICKEYINFO, "\x30\x03\x02\x01\x05");
-    add(ctx, CSR_SUBJECT_ORGANIZATIONNAME, Beijing);
-    KACert_SetCsrSignFunc(ctx, oneOctet, nullptr, 0);
+    const CsrPtr ctx = filled<CsrEncodeCtx>();
+    set(*ctx, CSR_SUBJECT_ORGANIZATIONNAME, Beijing);
     const uint8_t oid[] = {0x2A, 0x05};
     for (int32_t size : {1, 2})
-        must(KACert_SetCsrAttributePrivate(ctx, oid, size, oid, size) == KACERT_Ok, "an attribute is set");
-    uint32_t length = 0;
-    must(KACert_EncodeCsr(ctx, nullptr, &length) == KACERT_Ok, "a request is written");
-    requests.add(bytesOf(ctx->encoded));
-    KACert_DestroyCsrEncodeCtx(ctx);
+        must(KACert_SetCsrAttributePrivate(ctx.get(), oid, size, oid, size) == KACERT_Ok, "an attribute is set");
+    const Octets der = encode(*ctx);
+    must(!der.empty(), "a request is written");
+    requests.add(der);
 }
 
 // A request that the issuer's key signed, with that key.
 Octets signedRequest() {
-    CsrEncodeCtx *ctx = nullptr;
-    must(KACert_CreateCsrEncodeCtx(&ctx) == KACERT_Ok, "a context can be made");
-    const auto add = [ctx](int32_t id, Bytes value) {
-        must(KACert_SetCsrAttributeChar(ctx, id, value.data(), lengthOf(value)) == KACERT_Ok, "an attribute is set");
-    };
-    add(CSR_OUTER_SIGNATUREALGORITHM, Sha1WithRsa);
-    add(CSR_PUBLICKEY_ALGORITHM, Sha1WithRsa);
-    add(CSR_SUBJECTPUBLICKEYINFO, issuerPublicKey());
-    add(CSR_SUBJECT_COMMONNAME, bytesOf("Leaf"));
-    KACert_SetCsrSignFunc(ctx, signAsIssuer, nullptr, 0);
-    uint32_t length = 0;
-    must(KACert_EncodeCsr(ctx, nullptr, &length) == KACERT_Ok, "a request is written");
-    const Octets der(ctx->encoded.data, ctx->encoded.data + length);
-    KACert_DestroyCsrEncodeCtx(ctx);
-    return der;
+    const CsrPtr ctx = filledByIssuer<CsrEncodeCtx>();
+    must(set(*ctx, CSR_SUBJECTPUBLICKEYINFO, issuerPublicKey()) == KACERT_Ok, "a key can be set");
+    return encode(*ctx);
 }
 
 Octets signedCrl() {
-    CrlEncodeCtx *ctx = nullptr;
-    const Octets &issuer = issuerCertificate();
-    must(KACert_CreateCrlEncodeCtx_Ex(&ctx, issuer.data(), lengthOf(issuer)) == KACERT_Ok, "a context can be seeded");
-    for (const int32_t id : {CRL_INNER_SIGNATUREALGORITHM, CRL_OUTER_SIGNATUREALGORITHM})
-        must(KACert_SetCrlAttributeChar(ctx, id, Sha1WithRsa, sizeof Sha1WithRsa) == KACERT_Ok, "an algorithm is set");
-    KACert_SetCrlAttributeInt(ctx, CRL_THISUPDATE, 1577836800);
-    must(KACert_SetCrlAttributeChar(ctx, CRL_CERT_SERIALNUMBER, Sha1WithRsa, 1) == KACERT_Ok, "an entry is set");
-    KACert_SetCrlAttributeInt(ctx, CRL_CERT_REVOCATIONDATE, 1577836800);
-    KACert_SetCrlSignFunc(ctx, signAsIssuer, nullptr, 0);
-    uint32_t length = 0;
-    must(KACert_EncodeCrl(ctx, nullptr, &length) == KACERT_Ok, "a CRL is written");
-    const Octets der(ctx->encoded.data, ctx->encoded.data + length);
-    KACert_DestroyCrlEncodeCtx(ctx);
-    return der;
+    const CrlPtr ctx = filledByIssuer<CrlEncodeCtx>();
+    KACert_SetCrlAttributeInt(ctx.get(), CRL_THISUPDATE, Y2020);
+    must(set(*ctx, CRL_CERT_SERIALNUMBER, "\5") == KACERT_Ok, "an entry is set");
+    KACert_SetCrlAttributeInt(ctx.get(), CRL_CERT_REVOCATIONDATE, Y2020);
+    return encode(*ctx);
 }
 
 // Seeds that verify.

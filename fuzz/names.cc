@@ -75,7 +75,7 @@ bool encodeName(const NameRecord &head, Chain &out) {
 
 void fuzzName(const Area &element) {
     Name first;
-    const Anybuf source = element.record();
+    const Anybuf source = element.record;
     const int32_t status = KI_DecodeIssuerSubject(&source, &first.head);
     checkDn(first.head);
     Chain encoded;
@@ -134,7 +134,7 @@ void checkSingular(GeneralNames &names, const Anybuf &all) {
 
 void fuzzGeneralNames(const Area &element) {
     GeneralNames first;
-    const Anybuf source = element.record();
+    const Anybuf source = element.record;
     const int32_t status = KI_DecodeGeneralNameS(&source, &first.record, &first.found);
     Chain encoded;
     const int32_t written = made(encoded, KI_EncodeGeneralNameS, &first.record);

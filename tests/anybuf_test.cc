@@ -60,7 +60,7 @@ TEST(Anybuf, ACopyHasEveryFieldAndABlockOfItsOwn) {
     const Anybuf none{nullptr, 0, 1, 2, 3, nullptr, nullptr};
     Anybuf copy = {};
     ASSERT_EQ(KI_CopyAnybuf(&copy, &none), KACERT_Ok);
-    const Block<uint8_t> owner(std::exchange(copy.data, nullptr));
+    const Block<uint8_t> owner(std::exchange(copy.data, nullptr)); // no octets still take a block
     EXPECT_NE(owner, nullptr);
     EXPECT_TRUE(isSame(copy, none));
 }

@@ -7,7 +7,7 @@
  * thread at a time; after a failure it can still be used or destroyed. A null pointer that the comment of a function
  * does not allow is KACERT_InvalidItemErr. A length of octets to decode: above 0 it is what is there, and an element
  * that claims more is KACERT_LengthNotEqualErr; 0 trusts the element's header; below 0 is KACERT_InvalidLengthErr.
- * Octets behind the element are ignored. An element that its parent cuts off is KACERT_InvalidLengthErr.
+ * Octets after the element are ignored. An element that its parent cuts off is KACERT_InvalidLengthErr.
  *
  * A hook is called with a fresh copy of its parameter, which is wiped and freed after the call, and with an output area
  * that has room for 256 octets beyond its bound; `*outputLength` is the bound before the call. More octets than the
@@ -159,7 +159,7 @@ KARIL_SIZE_32(AlgorithmIdentifierRecord, 60);
 /* One attribute of a list (RFC 2315 9.2). */
 typedef struct AttributeRecord {
     struct AttributeRecord *next;
-    int32_t kind;   /* 52 where a caller set it; 16 messageDigest and 15 contentType, made by a signer; 0 decoded */
+    int32_t kind;   /* 52 if a caller set it; 16 messageDigest and 15 contentType, made by a signer; 0 decoded */
     Anybuf oid;     /* content octets */
     Anybuf value;   /* one whole element; the SET around it is not there. Of several values, the first */
     uint32_t count; /* of records in the list; in its first record alone */
@@ -168,7 +168,7 @@ KARIL_SIZE_32(AttributeRecord, 68);
 
 /* One algorithm of a message's digestAlgorithms. */
 typedef struct DigestAlgorithmNode {
-    uint32_t id; /* 1 where it was set, 0 where it was decoded */
+    uint32_t id; /* 1 if it was set, 0 if it was decoded */
     Anybuf oid;  /* content octets, tag 6 */
     struct DigestAlgorithmNode *next;
 } DigestAlgorithmNode;
@@ -186,9 +186,9 @@ KARIL_API int32_t KI_MakeContentToSequence(const Anybuf *content, const uint8_t 
 
 /*
  * Splits a ContentInfo. `der`, `length`: as all octets to decode. `*content`: the elements in the tagged content as a
- * chain, which the caller frees with KI_FreeAnybuf, or the octets of a primitive one as one record; null where there is
+ * chain, which the caller frees with KI_FreeAnybuf, or the octets of a primitive one as one record; null if there is
  * none. `oid`: receives the identifier's content octets; room for 20. `*oidLength`: their number. `*number`: the tag's
- * low five bits, or PKCS7_NO_CONTENT where nothing follows the identifier. After a failure no output is changed.
+ * low five bits, or PKCS7_NO_CONTENT if nothing follows the identifier. After a failure no output is changed.
  * Returns 0; KACERT_InvalidLengthErr, also for an identifier above 20 octets; KACERT_LengthNotEqualErr;
  * KACERT_InvalidTagErr for what is no SEQUENCE; KACERT_InvalidItemErr, also for an empty one; KACERT_MemoryErr.
  */

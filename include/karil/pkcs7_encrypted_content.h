@@ -76,7 +76,7 @@ KARIL_API int32_t KA_PKCS7_SetEncryptContentDecFunc(EncryptedContentCtx *ctx, KA
  * a bound of 10,240 octets or the plain text's length and 1,024, whichever is more; otherwise the cipher text that was
  * set is written as it is. Parameters that were not set are left out. Nothing is kept: each call runs the hook.
  * `result`: receives the DER; the caller sees to its size, and it must not be null. `*resultLength`: its octets.
- * Returns 0; the hook's own status; KACERT_InvalidItemErr, also where there is neither a plain text with a hook nor a
+ * Returns 0; the hook's own status; KACERT_InvalidItemErr, also if there is neither a plain text with a hook nor a
  * cipher text; KACERT_InvalidLengthErr for a hook that wrote more than its bound; KACERT_InvalidParamErr for a record
  * with a length and no data; KACERT_MemoryErr, also for an element above 32 bits of octets.
  */

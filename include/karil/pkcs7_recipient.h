@@ -18,7 +18,7 @@ extern "C" {
 typedef struct RecipientInfoCtx {
     uint8_t versionSet; /* 1 after any Set, or once decoded */
     int32_t version;    /* 0 after any Set */
-    int32_t dnSet;      /* 1 where a whole Name was set */
+    int32_t dnSet;      /* 1 if a whole Name was set */
     NameRecord issuer;  /* head of the issuer's components */
     Anybuf *issuerDn;   /* the whole Name, or null */
     Anybuf serial;

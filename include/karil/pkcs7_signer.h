@@ -25,7 +25,7 @@ typedef struct SignerInfoCtx {
     uint8_t unAttributesSet; /* 1: there are unauthenticated attributes */
     uint8_t verified;        /* 1 after a good verification, 0 after a bad one and after decoding */
     int32_t version;         /* 1 after any Set */
-    int32_t dnSet;           /* 1 where a whole Name was set */
+    int32_t dnSet;           /* 1 if a whole Name was set */
     NameRecord issuer;       /* head of the issuer's components */
     Anybuf *issuerDn;        /* the whole Name, or null */
     Anybuf serial;
@@ -50,7 +50,7 @@ typedef struct SignerInfoCtx {
     ListMarks attributeMarks;
     ListMarks unAttributeMarks;
     struct KeptOctets *kept;             /* what was decoded; records hold parts of it */
-    struct SharedOctets *messageContent; /* the message's content, where `content` is part of it */
+    struct SharedOctets *messageContent; /* the message's content, if `content` is part of it */
     const void *owner;                   /* the message that has taken the context */
 } SignerInfoCtx;
 KARIL_SIZE_32(SignerInfoCtx, 396);
@@ -145,7 +145,7 @@ KARIL_API int32_t KA_PKCS7_EncodeSignerInfo(SignerInfoCtx *ctx, uint8_t *result,
 /*
  * Decodes a SignerInfo in the place of what the context held; hooks, content type and content stay. `der`, `length`: as
  * all octets to decode. Nothing is verified. Of an attribute with several values the first is taken, and such a
- * signature does not verify. Elements behind the known ones are ignored.
+ * signature does not verify. Elements after the known ones are ignored.
  * Returns 0; KACERT_CertNotEndErr for a missing element; KACERT_InvalidTagErr; KACERT_LengthNotEqualErr;
  * KACERT_InvalidLengthErr; KACERT_InvalidItemErr, also for an attribute without identifier or SET; KACERT_MemoryErr; a
  * status of KI_DecodeIssuerSubject. What was decoded before a failure stays.
@@ -159,7 +159,7 @@ KARIL_API int32_t KA_PKCS7_DecodeSignerInfo(SignerInfoCtx *ctx, const uint8_t *d
  * With attributes the content is not looked at: a caller who wants it bound compares the messageDigest attribute with
  * a digest of the content.
  * Returns 0; KACERT_InvalidItemErr for a content, or a list of attributes, that is not there; KACERT_InvalidParamErr
- * where both pointers are null; the hook's own status, with the verdict as it was; KACERT_InvalidLengthErr for a hook
+ * if both pointers are null; the hook's own status, with the verdict as it was; KACERT_InvalidLengthErr for a hook
  * that wrote more than its bound of 64 or 512 octets; KACERT_MemoryErr.
  */
 KARIL_API int32_t KA_PKCS7_VerifySignerSignature(SignerInfoCtx *ctx, int32_t *verdict);

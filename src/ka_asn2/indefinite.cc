@@ -138,7 +138,7 @@ void measure(std::span<Mark> marks, uint32_t index, Sums &sums) {
     opening.excess = sums.excess - end.closing.after.excess;
     opening.size += sums.size - end.closing.after.size;
     sums.size += countedOctets(opening.size);
-    // The new place of the tail is computed from sizes that are 2 less.
+    // The place that the tail moves to is computed from sizes that are 2 less.
     sums.excess += countedOctets(opening.size) - countedOctets(opening.size - 2);
 }
 

@@ -73,7 +73,7 @@ struct ElementList {
     uint32_t &count;
     ListMarks &marks;
 };
-[[nodiscard]] Status addElement(ElementList list, const Element &element); // a copy, or a part where it is kept
+[[nodiscard]] Status addElement(ElementList list, const Element &element); // a copy, or a part if it is kept
 [[nodiscard]] Status addElements(ElementList list, Level elements);
 const Anybuf *elementAt(ElementList list, int32_t position); // from 1; null if there is none
 void clearElements(ElementList list);
@@ -197,7 +197,7 @@ template <auto Destroy, class Ctx> void clearMembers(MemberList<Ctx> list) {
 void destroyEncryptedContent(EncryptedContentCtx *ctx);
 using EncryptedContentPtr = std::unique_ptr<EncryptedContentCtx, By<destroyEncryptedContent>>;
 [[nodiscard]] Status createEncryptedContent(EncryptedContentPtr &out);
-// What a message gives to its encrypted content before encoding: ids 21 and 17.
+// What a message hands to its encrypted content before encoding: ids 21 and 17.
 [[nodiscard]] Status setPlainContent(EncryptedContentCtx &ctx, Bytes contentType, Bytes content);
 // Enciphers and writes.
 [[nodiscard]] Status writeEncryptedContent(Writer &out, EncryptedContentCtx &ctx, uint32_t bound);
@@ -225,7 +225,7 @@ void destroySigner(SignerInfoCtx *ctx); // not the next one
 void clearSigner(SignerInfoCtx &ctx);   // of all that decoding fills
 using SignerPtr = std::unique_ptr<SignerInfoCtx, By<destroySigner>>;
 [[nodiscard]] Status createSigner(SignerPtr &out);
-// What a message gives to a signer, ids 15 and 16. The type is copied, the content is shared; null: none is given.
+// What a message hands to a signer, ids 15 and 16. The type is copied, the content is shared, or left if it is null.
 [[nodiscard]] Status lendContent(SignerInfoCtx &ctx, Bytes contentType, const SharedContent *content);
 [[nodiscard]] Status writeSigner(Writer &out, SignerInfoCtx &ctx, uint32_t bound);
 [[nodiscard]] Status readSigner(const Element &element, SignerInfoCtx &ctx);

@@ -41,7 +41,7 @@ Status checkContent(const Ctx &ctx) {
     return KACERT_Ok;
 }
 
-// messageDigest and contentType, behind the caller's: both or neither.
+// messageDigest and contentType, after the caller's: both or neither.
 Status addAutomatic(Ctx &ctx) {
     if (ctx.attributesSet == 0 || ctx.attributesDigested != 0)
         return KACERT_Ok;

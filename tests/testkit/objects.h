@@ -164,14 +164,18 @@ inline int32_t signBySha1(const uint8_t *input, uint32_t inputLength, uint8_t *o
     return output == nullptr ? 0 : KA_PKCS7_SignedData(KA_DIGEST_SHA1, input, inputLength, output, outputLength, &key);
 }
 
+// Sets all without which nothing can be encoded, but for the hook.
+template <class Ctx> void fill(Ctx &ctx) {
+    for (const auto &[id, octets] : Family<Ctx>::Settings)
+        set(ctx, id, octets);
+    for (const auto &[id, number] : Family<Ctx>::Numbers)
+        TRIED(Family<Ctx>::setInt(&ctx, id, number));
+}
 // A context that can be encoded.
 template <class Ctx>
 Owner<Ctx> filled(KAHookFunc hook = fixedSignature, const void *parameter = nullptr, uint32_t length = 0) {
     Owner<Ctx> ctx = create<Ctx>();
-    for (const auto &[id, octets] : Family<Ctx>::Settings)
-        set(*ctx, id, octets);
-    for (const auto &[id, number] : Family<Ctx>::Numbers)
-        TRIED(Family<Ctx>::setInt(ctx.get(), id, number));
+    fill(*ctx);
     TRIED(Family<Ctx>::hook(ctx.get(), hook, parameter, length));
     return ctx;
 }
