@@ -65,6 +65,7 @@ struct ContentInfo {
 
     bool is(int32_t type) const { return isContentType(oid, type); }
 };
+// An identifier above 20 octets is KACERT_InvalidLengthErr.
 [[nodiscard]] Status readContentInfo(const Element &whole, ContentInfo &out);
 
 // A counted list of whole elements in a context: certificates, CRLs. An append and the next of a walk take one step.
