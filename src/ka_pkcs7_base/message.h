@@ -84,7 +84,7 @@ template <class Ctx, size_t ListSize, size_t Size>
                              : KACERT_Ok;
 }
 
-// The head of a message's list, for every position that there is.
+// The head of a message's list, for every position up to their number; 0 is one of them.
 [[nodiscard]] Status checkPosition(bool isSet, uint32_t count, int32_t position);
 template <class Ctx>
 [[nodiscard]] Status answerHead(Ctx *first, bool isSet, uint32_t count, int32_t position, Ctx **out) {
