@@ -1,5 +1,6 @@
 // Writes what the fuzzer starts from: make_seeds FOLDER fills FOLDER/TARGET for each target.
 #include "issuer.h"
+#include "messages.h"
 
 #include <filesystem>
 #include <fstream>
@@ -320,6 +321,28 @@ void addKeys(Folder keys) {
     keys.add({1}, numbers);
 }
 
+// With and without attributes, over a content that the signer alone knows.
+void addSigners(Folder signers) {
+    for (const bool hasAttributes : {false, true}) {
+        const SignerPtr ctx = create<SignerInfoCtx>();
+        const std::pair<int32_t, std::string_view> fields[] = {
+            {PKCS7_ISSUER_COMMONNAME, "Root"},  {PKCS7_ISSUER_ORGANIZATION, Beijing},  {PKCS7_SIGNER_SERIAL, "\x81"},
+            {PKCS7_DIGEST_ALGO, Sha1Oid},       {PKCS7_SIGNER_DIGEST_ENC_ALG, "\x2A"}, {PKCS7_SIGNER_CONTENT, "a"},
+            {PKCS7_SIGNER_CONTENTTYPE, DataOid}};
+        for (const auto &[id, value] : fields)
+            must(set(*ctx, id, value) == KACERT_Ok, "a field can be set");
+        const Bytes value = bytesOf("\x05\x01\x61");
+        for (const auto add : {KA_PKCS7_SetSignerAttribute, KA_PKCS7_SetSignerUnAttribute})
+            must(!hasAttributes || add(ctx.get(), value.data(), 2, value.data(), 3) == KACERT_Ok, "an attribute");
+        KA_PKCS7_SetSignerInfoDigestFunc(ctx.get(), plainHook, "n", 1);
+        KA_PKCS7_SetSignerInfoEncSignFunc(ctx.get(), plainHook, "c", 1);
+        const Area der(1024);
+        uint32_t length = 0;
+        must(KA_PKCS7_EncodeSignerInfo(ctx.get(), der.data(), &length) == KACERT_Ok, "a signer can be encoded");
+        signers.add(der.bytes().first(length));
+    }
+}
+
 } // namespace
 
 int main(int count, char **arguments) {
@@ -342,5 +365,6 @@ int main(int count, char **arguments) {
     addPem(folder("pem"));
     addDnStrings(folder("dn_string"));
     addIndefinite(folder("indefinite"));
+    addSigners(folder("signers"));
     return 0;
 }

@@ -29,8 +29,7 @@ template <auto Count, auto Get, auto Set> void copyAttributes(SignerInfoCtx &fro
         const Area oid(sizes[0]), value(sizes[1]);
         Get(&from, position, oid.data(), &sizes[0], value.data(), &sizes[1]);
         const bool isWhole = sizes[0] > 0 && sizes[1] > 0;
-        const int32_t status =
-            Set(&to, oid.data(), lengthOf(oid.bytes()), value.data(), lengthOf(value.bytes()));
+        const int32_t status = Set(&to, oid.data(), lengthOf(oid.bytes()), value.data(), lengthOf(value.bytes()));
         must(status == (isWhole ? KACERT_Ok : KACERT_InvalidLengthErr), "an attribute is set");
     }
     uint32_t length = 7;
@@ -80,8 +79,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const SignerPtr copy = create<SignerInfoCtx>();
     copyAttributes<KA_PKCS7_GetSignerInfoAttributesNum, KA_PKCS7_GetSignerAttribute, KA_PKCS7_SetSignerAttribute>(
         *ctx, *copy);
-    copyAttributes<KA_PKCS7_GetSignerInfoUnAttributesNum, KA_PKCS7_GetSignerUnAttribute,
-                   KA_PKCS7_SetSignerUnAttribute>(*ctx, *copy);
+    copyAttributes<KA_PKCS7_GetSignerInfoUnAttributesNum, KA_PKCS7_GetSignerUnAttribute, KA_PKCS7_SetSignerUnAttribute>(
+        *ctx, *copy);
     setHooks(*ctx);
     set(*ctx, PKCS7_SIGNER_CONTENTTYPE, DataOid);
     set(*ctx, PKCS7_SIGNER_CONTENT, "content");

@@ -97,6 +97,7 @@ struct HookNote {
     int failAt = 0;
     uint32_t length = 3;
     std::vector<Octets> inputs = {};
+    uint32_t *lengthAt = nullptr; // the same variable in both calls
 };
 HookNote note;
 
@@ -105,6 +106,7 @@ int32_t notingHook(const uint8_t *input, uint32_t inputLength, uint8_t *output, 
     note.inputs.emplace_back(input, input + inputLength);
     const size_t calls = note.inputs.size();
     EXPECT_EQ(output == nullptr, calls == 1);
+    EXPECT_TRUE(std::exchange(note.lengthAt, outputLength) == outputLength || calls == 1);
     EXPECT_EQ(parameter == nullptr, calls == 1);
     EXPECT_TRUE(parameter == nullptr || memcmp(parameter, "\1\2", 2) == 0);
     EXPECT_TRUE(output == nullptr || *outputLength == 512);

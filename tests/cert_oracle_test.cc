@@ -42,10 +42,13 @@ TEST(CertOracle, LibcryptoReadsAndVerifiesWhatIsWritten) {
     EXPECT_EQ(ASN1_TIME_cmp_time_t(X509_get0_notAfter(cert.get()), Y2030), 0);
 }
 
-time_t timeOf(const ASN1_TIME *time) {
-    tm fields = {};
-    ASN1_TIME_to_tm(time, &fields);
-    return timegm(&fields);
+// In 64 bits, whatever a time_t has.
+int64_t timeOf(const ASN1_TIME *time) {
+    const std::unique_ptr<ASN1_TIME, decltype(&ASN1_TIME_free)> epoch(ASN1_TIME_set(nullptr, 0), ASN1_TIME_free);
+    int days = 0;
+    int seconds = 0;
+    ASN1_TIME_diff(&days, &seconds, epoch.get(), time);
+    return days * int64_t{86400} + seconds;
 }
 
 TEST(CertOracle, SystemCertificatesDecodeAsLibcryptoReadsThem) {

@@ -58,6 +58,21 @@ ROWS(Crl, DecodeWhole) {
     EXPECT_EQ(decode(*create<CrlDecodeCtx>(), Exact(row.octets("crl")).bytes()), row.number("status"));
 }
 
+// What was read of an entry that cannot be read to its end stays in the list: serial number, date, flags and reason.
+SWEPT_ROWS(Crl, Entries, {KACERT_MemoryErr}, false) {
+    const Zone utc("UTC");
+    const CrlPtr ctx = create<CrlDecodeCtx>();
+    const Exact source(row.octets("list"));
+    EXPECT_EQ(TRIED(KI_CRL_DecodeRevokedCerts(&source.record, ctx.get())), row.number("status"));
+    std::string read;
+    for (const RevokedEntry *entry = ctx->firstRevoked; entry != nullptr; entry = entry->next)
+        read += (read.empty() ? "" : ", ") + toHex(entry->serialNumber) + '/' +
+                std::to_string(entry->revocationDate.utcValue) + '/' + std::to_string(entry->hasEntryExtensions) +
+                std::to_string(entry->hasReason) + '/' + toHex(entry->reason);
+    EXPECT_EQ(read, row("want"));
+    EXPECT_EQ(ctx->currentRevoked, ctx->firstRevoked);
+}
+
 TEST(Crl, QueriesAndTheWalk) {
     const Zone utc("UTC");
     const Octets flagged =

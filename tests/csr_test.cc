@@ -92,6 +92,17 @@ SWEPT_ROWS(Csr, Decode, {KACERT_MemoryErr}, false) {
     EXPECT_EQ(row.number("status") == KACERT_Ok ? getPrivate(ctx, 1) : "", row("first"));
 }
 
+SWEPT_ROWS(Csr, PublicKeys) {
+    const Exact source(row.octets("source"));
+    AlgorithmRecord type = {7, {}};
+    Anybuf key = {};
+    const std::unique_ptr<Anybuf, By<KI_ClearAnybuf>> typeOwner(&type.oid), keyOwner(&key);
+    EXPECT_EQ(TRIED(KI_DecodePubKey(&source.record, &type, &key)), row.number("status"));
+    EXPECT_EQ(toHex(type.oid), row.hex("algorithm"));
+    EXPECT_EQ(toHex(key), row.hex("key"));
+    EXPECT_EQ(type.id, 7u);
+}
+
 TEST(Csr, TheInfoByItself) {
     const CsrPtr ctx = create<CsrDecodeCtx>();
     const Exact info(seq({hex("02 01 05"), commonName("Leaf"), Key}));

@@ -6,9 +6,9 @@ using namespace karil_test;
 namespace {
 
 constexpr int32_t Untouched = -77;
-// The last two change at midnight: Havana from 1 back to 0 o'clock, Sao Paulo from 24 back to 23.
-const char *const zones[] = {
-    "UTC", "Asia/Shanghai", "Europe/Berlin", "America/New_York", "America/Havana", "America/Sao_Paulo"};
+// The last two change at midnight: Havana by its own clock, Nuuk by UTC, so that an evening ends with another offset.
+const char *const zones[] = {"UTC",         "Asia/Shanghai", "Europe/Berlin", "America/New_York", "America/Havana",
+                             "America/Nuuk"};
 
 struct Kind {
     uint8_t octet;
@@ -88,7 +88,7 @@ ROWS(Time, ReadersTakeTheLocalClock) {
 // Around the changes of 2007, and one of 2012.
 TEST(Time, EveryHourAroundAChange) {
     for (const char *name : zones)
-        for (const char *const day : {"070225", "070311", "070325", "071014", "071028", "071104", "120401"})
+        for (const char *const day : {"070311", "070325", "071028", "071104", "120401"})
             for (int hour = -30; hour <= 54; ++hour) {
                 const Zone zone(name);
                 tm at = {};

@@ -285,7 +285,7 @@ struct Output {
 
     void set(const uint8_t *from, uint64_t size) const {
         if (size > 0)
-            memmove(octets, from, size);
+            memmove(octets, from, static_cast<size_t>(size));
         *length = static_cast<uint32_t>(size);
     }
 };

@@ -30,9 +30,10 @@ int64_t daysBefore(int64_t year, int64_t month) {
 }
 
 int64_t offsetAt(int64_t seconds) {
-    const time_t at = seconds;
+    const auto at = static_cast<time_t>(seconds);
     tm local = {};
-    return localtime_r(&at, &local) != nullptr ? local.tm_gmtoff : INT64_MAX;
+    // The days around the end of a time_t of 32 bits reach past it.
+    return at == seconds && localtime_r(&at, &local) != nullptr ? local.tm_gmtoff : INT64_MAX;
 }
 
 // The offset that holds from a day before the day of `asUtc` to a day after it, or INT64_MAX if it changes.

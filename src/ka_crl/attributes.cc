@@ -83,8 +83,6 @@ Status goToNext(Ctx &ctx, const Answer &answer) {
     return KACERT_Ok;
 }
 
-#define KA_ISSUER(ID, KIND) KA_ROW(ID, (addToName<KIND, &Ctx::issuer>), (answerFromName<KIND, &Ctx::issuer>))
-
 constexpr Attribute<Ctx> Rows[] = {
     KA_ROW(CRL_TBS_CERTLIST, nullptr, answerField<&Ctx::tbs>),
     KA_ROW(CRL_OUTER_SIGNATUREALGORITHM, (setField<TagObjectId, &Ctx::outerSignatureAlgorithm, &AlgorithmRecord::oid>),

@@ -139,6 +139,8 @@ template <auto Cache, auto Name, class Ctx> Status answerLine(Ctx &ctx, const An
 #define KA_ROW_AS(ID, SET_WORDS, SET, GET) KA_ROW_WORDS(ID, SET_WORDS, #ID, SET, GET)
 #define KA_ROW_WORDS(ID, SET_WORDS, GET_WORDS, SET, GET)                                                               \
     { ID, KA_ARROW "Set " SET_WORDS, KA_ARROW "Get " GET_WORDS, KA_ARROW "Get " GET_WORDS " LEN", SET, GET }
+// A component of the issuer, in a file that calls its context Ctx.
+#define KA_ISSUER(ID, KIND) KA_ROW(ID, (addToName<KIND, &Ctx::issuer>), (answerFromName<KIND, &Ctx::issuer>))
 // A row of IntAttribute.
 #define KA_INT_ROW(ID, SET, GET) KA_INT_ROW_AS(ID, #ID, SET, GET)
 #define KA_INT_ROW_AS(ID, SET_WORDS, SET, GET)                                                                         \

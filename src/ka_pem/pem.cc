@@ -85,7 +85,8 @@ int32_t DER2PEM_data_format(const uint8_t *der, uint32_t length, uint8_t *output
     if (area == nullptr || base64_encode(der, length, area.get()) != KACERT_Ok)
         return Refused;
     uint8_t *at = first.empty() ? output : putLine(output, first);
-    for (Bytes rest(area.get(), size); !rest.empty(); rest = rest.subspan(std::min(LineSize, rest.size())))
+    for (Bytes rest(area.get(), static_cast<size_t>(size)); !rest.empty();
+         rest = rest.subspan(std::min(LineSize, rest.size())))
         at = putLine(at, rest.first(std::min(LineSize, rest.size())));
     at = last.empty() ? at : putLine(at, last);
     *outputLength = static_cast<uint32_t>(at - output);

@@ -102,9 +102,10 @@ Status decodeTypeData(const uint8_t *der, int32_t length, uint8_t *content, uint
     KA_STEP_AS("------>KI_MakeSequenceToContent", splitContentInfo(der, length, info));
     if (!info.content.present())
         return KA_FAIL(KAPKCS7_ContentTypeErr, "------>KAPKCS7_ContentTypeErr");
-    memcpy(content, info.content.bytes.data(), info.content.bytes.size());
-    *contentLength = static_cast<uint32_t>(info.content.bytes.size());
+    // The octets come last: `content` may be where `der` is.
     *type = contentTypeOf(info.oid);
+    *contentLength = static_cast<uint32_t>(info.content.bytes.size());
+    memmove(content, info.content.bytes.data(), info.content.bytes.size());
     return KACERT_Ok;
 }
 

@@ -115,7 +115,7 @@ constexpr uint32_t DigestInfoBound = 512;
 [[nodiscard]] Status writeDigestInfo(Writer &out, Bytes oid, Bytes digest);
 
 // IssuerAndSerialNumber ::= SEQUENCE { issuer Name, serialNumber INTEGER }, in a context with the fields of signers and
-// recipients.
+// recipients. An empty serial number is KACERT_InvalidItemErr.
 [[nodiscard]] Status writeIssuerAndSerial(Writer &out, const NameRecord &issuer, const Anybuf *dn,
                                           const Anybuf &serial);
 // An element that is not there is `missing`.
@@ -222,8 +222,6 @@ using RecipientPtr = std::unique_ptr<RecipientInfoCtx, By<destroyRecipient>>;
 [[nodiscard]] Status createRecipient(RecipientPtr &out);
 [[nodiscard]] Status writeRecipient(Writer &out, RecipientInfoCtx &ctx, uint32_t bound);
 [[nodiscard]] Status readRecipient(const Element &element, RecipientInfoCtx &ctx);
-// SET OF RecipientInfo, each with a copy of the message's key and within ElementBound.
-[[nodiscard]] Status writeRecipients(Writer &out, RecipientInfoCtx *first, Bytes key);
 // The contexts of a SET's elements. What was read before a failure stays in the list.
 using RecipientList = MemberList<RecipientInfoCtx>;
 [[nodiscard]] Status readRecipients(Level set, RecipientList list);
@@ -242,9 +240,6 @@ using SignerPtr = std::unique_ptr<SignerInfoCtx, By<destroySigner>>;
 [[nodiscard]] Status writeSigner(Writer &out, SignerInfoCtx &ctx, uint32_t bound);
 [[nodiscard]] Status readSigner(const Element &element, SignerInfoCtx &ctx);
 using SignerList = MemberList<SignerInfoCtx>;
-// SET OF SignerInfo of the first `count` signers, each with the message's content type and content and within
-// ElementBound.
-[[nodiscard]] Status writeSigners(Writer &out, SignerList list, Bytes contentType, const SharedContent &content);
 // The contexts of a SET's elements, each with the message's content type and content; see lendContent(). What was read
 // before a failure stays in the list.
 [[nodiscard]] Status readSigners(Level set, SignerList list, Bytes contentType, const SharedContent *content);

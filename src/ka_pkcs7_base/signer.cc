@@ -24,8 +24,6 @@ Status setContent(Ctx &ctx, Bytes value) {
     return KACERT_Ok;
 }
 
-#define KA_ISSUER(ID, KIND) KA_ROW(ID, (addToName<KIND, &Ctx::issuer>), (answerFromName<KIND, &Ctx::issuer>))
-
 constexpr Attribute<Ctx> Rows[] = {
     KA_ROW(PKCS7_SIGNER_DN, setDn, nullptr),
     KA_ISSUER(PKCS7_ISSUER_COUNTRY, KA_NAME_COUNTRY),

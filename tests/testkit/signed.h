@@ -12,12 +12,15 @@ struct HookPlan {
     int32_t status[2] = {0, 0};
     int calls = 0;
     Octets input = {};
+    uint32_t *length = nullptr; // the same variable in both calls
 };
 inline int32_t plannedHook(const uint8_t *input, uint32_t inputLength, uint8_t *output, uint32_t *outputLength,
                            void *parameter) {
     HookPlan &plan = **static_cast<HookPlan **>(parameter);
     plan.input.assign(input, input + inputLength);
     const int call = output == nullptr ? 0 : plan.calls;
+    if (std::exchange(plan.length, outputLength) != outputLength && call == 1)
+        return 1;
     plan.calls = call + 1; // a call that is made again starts anew
     if (call == 1 && *outputLength != plan.size)
         return 2;
