@@ -383,6 +383,57 @@ void addKeys(Folder keys) {
     keys.add({1}, numbers);
 }
 
+Octets element(uint8_t tag, std::initializer_list<Octets> parts) {
+    Octets content;
+    for (const Octets &part : parts)
+        content.insert(content.end(), part.begin(), part.end());
+    Octets all = {tag};
+    if (content.size() >= 0x80)
+        all.insert(all.end(), {0x82, static_cast<uint8_t>(content.size() >> 8)});
+    all.push_back(static_cast<uint8_t>(content.size()));
+    all.insert(all.end(), content.begin(), content.end());
+    return all;
+}
+
+// The four objects of OCSP with everything that is read in them; the first octet is the target's own.
+void addOcsp(Folder messages) {
+    const auto oid = [](uint8_t last) { return element(6, {{0x2B, 0x06, 0x01, 0x05, 0x05, 0x07, 0x30, 0x01, last}}); };
+    const Octets time = element(0x18, {{'2', '0', '0', '1', '0', '1', '0', '0', '0', '0', '0', '0', 'Z'}});
+    const Octets name =
+        element(0x30, {element(0x31, {element(0x30, {element(6, {{0x55, 0x04, 0x03}}), element(0x13, {{'N'}})})})});
+    const Octets list = element(0x30, {oid(1)});
+    const Octets url = element(0xA0, {element(0x16, {{'u'}})});
+    const Octets extensions =
+        element(0x30, {element(0x30, {oid(4), element(4, {list})}), element(0x30, {oid(6), time}),
+                       element(0x30, {oid(3), element(4, {url})}), element(0x30, {oid(2), element(4, {{1, 2}})})});
+    const Octets certificates = element(0xA0, {element(0x30, {{0x30, 0}})});
+    const Octets id = element(0x30, {oid(9), element(4, {{'n'}}), element(4, {{'k'}}), {2, 1, 5}});
+    const Octets request = element(0x30, {id});
+    const Octets version = element(0xA0, {{2, 1, 0}});
+    const Octets tbs =
+        element(0x30, {version, element(0xA1, {name}), element(0x30, {request, request}), element(0xA2, {extensions})});
+    const Octets signature = element(0x30, {oid(8), element(4, {{7}}), certificates});
+    const Octets single = element(0x30, {id, {0x82, 1, 'i'}, time, element(0xA0, {time})});
+    const Octets data =
+        element(0x30, {version, element(0x30, {name, element(4, {{7}})}), time, element(0x30, {single}), extensions});
+    const Octets basic = element(0x30, {data, oid(8), element(4, {{7}}), certificates});
+    messages.add({0}, request);
+    messages.add({1}, element(0x30, {tbs, element(0xA0, {signature})}));
+    messages.add({2}, single);
+    messages.add({3}, element(0x30, {{10, 1, 0}, element(0xA0, {element(0x30, {oid(1), element(4, {basic})})})}));
+}
+
+// Programs of the target that builds: which message, then counted attributes of its list, the state, those of the
+// whole.
+void addOcspPrograms(Folder programs) {
+    programs.add({0, 5, 15, 1, 5, 16, 1, 'n', 17, 1, 'k', 20, 2, 0x2A, 3, 33, 1, 0,
+                  0, 0, 0,  0, 4, 33, 1, 0,   1,  2, 8,   9,  0, 1,    1, 9,  1, 5},
+                 {});
+    programs.add({1, 5, 25, 1, 5,  26, 1, 'n', 28, 1,    'k', 30, 2, 0x2A, 3,  23, 1, 9,
+                  1, 1, 1,  4, 48, 1,  0, 63,  1,  0x2A, 59,  2,  7, 7,    46, 1,  0},
+                 {});
+}
+
 } // namespace
 
 int main(int count, char **arguments) {
@@ -400,6 +451,8 @@ int main(int count, char **arguments) {
     addPrograms(folder("cert_build"));
     addCrls(folder("crl"));
     addRequests(folder("csr"));
+    addOcsp(folder("ocsp"));
+    addOcspPrograms(folder("ocsp_build"));
     addSigned(folder("verify"));
     addKeys(folder("keys"));
     addPem(folder("pem"));
