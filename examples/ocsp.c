@@ -14,18 +14,10 @@ static const uint8_t sha1[] = {0x2B, 0x0E, 0x03, 0x02, 0x1A};
 static const uint8_t basicResponse[] = {0x2B, 0x06, 0x01, 0x05, 0x05, 0x07, 0x30, 0x01, 0x01};
 static const uint32_t sha1Id = KA_DIGEST_SHA1;
 
-static Octets readFile(const char *folder, const char *name) {
+static Octets readIn(const char *folder, const char *name) {
     char path[4096];
     snprintf(path, sizeof path, "%s/%s", folder, name);
-    FILE *file = fopen(path, "rb");
-    Octets octets = makeOctets(65536);
-    if (file == NULL) {
-        perror(path);
-        exit(1);
-    }
-    octets.length = (uint32_t)fread(octets.data, 1, octets.length, file);
-    fclose(file);
-    return octets;
+    return readFile(path);
 }
 
 /* What names a certificate: who issued it, and its serial number. */
@@ -289,9 +281,9 @@ int main(int argc, char **argv) {
         fprintf(stderr, "usage: %s FOLDER\n", argv[0]);
         return 2;
     }
-    const Octets root = readFile(argv[1], "authority.der");
-    const Octets issued = readFile(argv[1], "issued.der");
-    const Octets crl = readFile(argv[1], "crl2.der");
+    const Octets root = readIn(argv[1], "authority.der");
+    const Octets issued = readIn(argv[1], "issued.der");
+    const Octets crl = readIn(argv[1], "crl2.der");
     makeKey(&client);
     makeKey(&responder);
     const Subject subjects[] = {
