@@ -109,7 +109,7 @@ TEST(Pkcs7Hostile, NamedInputs) {
          KACERT_Ok},
         {"an identifier of 0 octets", seq({hex("06 00"), tlv(0xA0, hex("04 00"))}), KAPKCS7_ContentTypeErr},
         {"an identifier of 1,000 octets", seq({tlv(0x06, Octets(1000, 0x2A)), tlv(0xA0, hex("04 00"))}),
-         KAPKCS7_ContentTypeErr},
+         KACERT_InvalidLengthErr},
         {"a length of 4 GB", hex("30 84 FF FF FF FF 06 01 2A"), KACERT_LengthNotEqualErr},
         {"an inner length of 4 GB", seq({hex("06 09"), types, hex("02 A0 84 FF FF FF FF 30 00")}),
          KACERT_InvalidLengthErr},
