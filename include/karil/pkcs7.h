@@ -7,7 +7,8 @@
  * thread at a time; after a failure it can still be used or destroyed. A null pointer that the comment of a function
  * does not allow is KACERT_InvalidItemErr. A length of octets to decode: above 0 it is what is there, and an element
  * that claims more is KACERT_LengthNotEqualErr; 0 trusts the element's header; below 0 is KACERT_InvalidLengthErr.
- * Octets after the element are ignored. An element that its parent cuts off is KACERT_InvalidLengthErr.
+ * Octets after the element are ignored. An element that its parent cuts off is KACERT_InvalidLengthErr, and so is a
+ * message whose content type is above 20 octets; a decoder that has one status for all bad frames returns that one.
  *
  * A hook is called with a fresh copy of its parameter, which is wiped and freed after the call, and with an output area
  * that has room for 256 octets beyond its bound; `*outputLength` is the bound before the call. More octets than the

@@ -85,8 +85,9 @@ KARIL_API int32_t KA_PKCS7_SetEnvelopedData_RecipientInfo(EnvelopedDataCtx *ctx,
 
 /*
  * Stores the first recipient in `*recipient`, whatever the position: the others are behind it, linked by `next`. The
- * message stays their owner. `position`: from 1. Without recipients `*recipient` stays as it was, with status 0.
- * Returns 0; KACERT_InvalidLengthErr for a position that there is not, or for a message that was not decoded;
+ * message stays their owner. `position`: from 1; 0 is accepted. Without recipients `*recipient` stays as it was, with
+ * status 0.
+ * Returns 0; KACERT_InvalidLengthErr for any other position, or for a message that was not decoded;
  * KACERT_InvalidItemErr.
  */
 KARIL_API int32_t KA_PKCS7_GetEnvelopedData_RecipientInfo(const EnvelopedDataCtx *ctx, RecipientInfoCtx **recipient,

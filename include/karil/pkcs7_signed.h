@@ -98,8 +98,8 @@ KARIL_API int32_t KA_PKCS7_SetSignedData_SignerInfo(SignedDataCtx *ctx, SignerIn
 
 /*
  * Stores the first signer in `*signer`, whatever the position: the others are behind it, linked by `next`. The message
- * stays their owner. `position`: from 1. Without signers `*signer` stays as it was, with status 0.
- * Returns 0; KACERT_InvalidLengthErr for a position that there is not, or for a message that was not decoded;
+ * stays their owner. `position`: from 1; 0 is accepted. Without signers `*signer` stays as it was, with status 0.
+ * Returns 0; KACERT_InvalidLengthErr for any other position, or for a message that was not decoded;
  * KACERT_InvalidItemErr.
  */
 KARIL_API int32_t KA_PKCS7_GetSignedData_SignerInfo(const SignedDataCtx *ctx, SignerInfoCtx **signer, int32_t position);

@@ -120,8 +120,8 @@ KARIL_API int32_t KA_PKCS7_SetSignedAndEnvelopedData_EncryptedContent(SignedAndE
 
 /*
  * Store the first recipient, or signer, whatever the position: the others are behind it, linked by `next`. The message
- * stays their owner. `position`: from 1. Where there are none the output stays as it was, with status 0.
- * Return 0; KACERT_InvalidLengthErr for a position that there is not; KACERT_InvalidItemErr.
+ * stays their owner. `position`: from 1; 0 is accepted. Where there are none the output stays as it was, with
+ * status 0. Return 0; KACERT_InvalidLengthErr for any other position; KACERT_InvalidItemErr.
  */
 KARIL_API int32_t KA_PKCS7_GetSignedAndEnvelopedData_RecipientInfo(const SignedAndEnvelopedDataCtx *ctx,
                                                                    RecipientInfoCtx **recipient, int32_t position);

@@ -65,6 +65,7 @@ struct ContentInfo {
 
     bool is(int32_t type) const { return isContentType(oid, type); }
 };
+// An identifier above 20 octets is KACERT_InvalidLengthErr.
 [[nodiscard]] Status readContentInfo(const Element &whole, ContentInfo &out);
 
 // A counted list of whole elements in a context: certificates, CRLs. An append and the next of a walk take one step.
@@ -145,15 +146,26 @@ template <class Length>
     return keepHook(hook, copy, copyLength, value, parameter, length);
 }
 
+// Begins a decoding in the place of what the context holds. `whole`: the context's copy of the element. The input may
+// be part of what the context holds, so it is copied first.
+template <class Ctx>
+[[nodiscard]] Status beginDecoding(Ctx &ctx, const uint8_t *der, int32_t length, void (*clear)(Ctx &), Element &whole) {
+    KeptOctets *fresh = nullptr;
+    Status status = takeWhole(der, length, whole);
+    if (status == KACERT_Ok)
+        status = keep(fresh, whole, whole);
+    clear(ctx);
+    ctx.kept = fresh;
+    return status;
+}
+
 // Within an exported function's frame: the element at `der` into a context whose records hold parts of it.
 template <class Ctx>
 [[nodiscard]] Status decodeAlone(Ctx *ctx, const uint8_t *der, int32_t length, void (*clear)(Ctx &),
                                  Status (*read)(const Element &, Ctx &)) {
     KA_PASS(checkArguments({ctx, der}));
-    clear(*ctx);
     Element whole;
-    KA_PASS(takeWhole(der, length, whole));
-    KA_PASS(keep(ctx->kept, whole, whole));
+    KA_PASS(beginDecoding(*ctx, der, length, clear, whole));
     return read(whole, *ctx);
 }
 // The context is written into the caller's buffer, which must be there.

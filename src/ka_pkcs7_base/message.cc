@@ -43,7 +43,7 @@ Status readVersion(Level &fields, Status missing, uint32_t &version) {
 }
 
 Status checkPosition(bool isSet, uint32_t count, int32_t position) {
-    if (!isSet || position < 1 || static_cast<uint32_t>(position) > count)
+    if (!isSet || count == 0 || static_cast<uint32_t>(position) > count)
         return KA_FAIL(KACERT_InvalidLengthErr, "------>KACERT_InvalidLengthErr");
     return KACERT_Ok;
 }

@@ -16,19 +16,6 @@ template <class Ctx> [[nodiscard]] Status createMessage(Ctx **out) {
     return createContext(out, {&Ctx::contentType});
 }
 
-// Begins the decoding of a message in the place of what the context holds. `whole`: the context's copy of the element.
-// The input may be part of what the context holds, so it is copied first.
-template <class Ctx>
-[[nodiscard]] Status beginDecoding(Ctx &ctx, const uint8_t *der, int32_t length, void (*clear)(Ctx &), Element &whole) {
-    KeptOctets *fresh = nullptr;
-    Status status = takeWhole(der, length, whole);
-    if (status == KACERT_Ok)
-        status = keep(fresh, whole, whole);
-    clear(ctx);
-    ctx.kept = fresh;
-    return status;
-}
-
 inline bool hasContent(const ContentInfo &info) {
     return info.number == 0 && info.content.present();
 }
@@ -97,7 +84,7 @@ template <class Ctx, size_t ListSize, size_t Size>
                              : KACERT_Ok;
 }
 
-// The head of a message's list, for every position that there is.
+// The head of a message's list, for every position up to their number; 0 is one of them.
 [[nodiscard]] Status checkPosition(bool isSet, uint32_t count, int32_t position);
 template <class Ctx>
 [[nodiscard]] Status answerHead(Ctx *first, bool isSet, uint32_t count, int32_t position, Ctx **out) {
