@@ -1,6 +1,6 @@
 // Writes what the fuzzer starts from: make_seeds FOLDER fills FOLDER/TARGET for each target.
 #include "issuer.h"
-#include "messages.h"
+#include "whole_messages.h"
 
 #include <filesystem>
 #include <fstream>
@@ -342,6 +342,79 @@ void addSigners(Folder signers) {
         signers.add(der.bytes().first(length));
     }
 }
+// The four objects of OCSP with everything that is read in them; the first octet is the target's own.
+void addOcsp(Folder messages) {
+    const auto oid = [](uint8_t last) { return tlv(6, cat({{0x2B, 0x06, 0x01, 0x05, 0x05, 0x07, 0x30, 0x01, last}})); };
+    const Octets time = tlv(0x18, cat({{'2', '0', '0', '1', '0', '1', '0', '0', '0', '0', '0', '0', 'Z'}}));
+    const Octets name = tlv(
+        0x30, cat({tlv(0x31, cat({tlv(0x30, cat({tlv(6, cat({{0x55, 0x04, 0x03}})), tlv(0x13, cat({{'N'}}))}))}))}));
+    const Octets list = tlv(0x30, cat({oid(1)}));
+    const Octets url = tlv(0xA0, cat({tlv(0x16, cat({{'u'}}))}));
+    const Octets extensions =
+        tlv(0x30, cat({tlv(0x30, cat({oid(4), tlv(4, cat({list}))})), tlv(0x30, cat({oid(6), time})),
+                       tlv(0x30, cat({oid(3), tlv(4, cat({url}))})), tlv(0x30, cat({oid(2), tlv(4, cat({{1, 2}}))}))}));
+    const Octets certificates = tlv(0xA0, cat({tlv(0x30, cat({{0x30, 0}}))}));
+    const Octets id = tlv(0x30, cat({oid(9), tlv(4, cat({{'n'}})), tlv(4, cat({{'k'}})), {2, 1, 5}}));
+    const Octets request = tlv(0x30, cat({id}));
+    const Octets version = tlv(0xA0, cat({{2, 1, 0}}));
+    const Octets tbs = tlv(
+        0x30, cat({version, tlv(0xA1, cat({name})), tlv(0x30, cat({request, request})), tlv(0xA2, cat({extensions}))}));
+    const Octets signature = tlv(0x30, cat({oid(8), tlv(4, cat({{7}})), certificates}));
+    const Octets single = tlv(0x30, cat({id, {0x82, 1, 'i'}, time, tlv(0xA0, cat({time}))}));
+    const Octets data = tlv(
+        0x30, cat({version, tlv(0x30, cat({name, tlv(4, cat({{7}}))})), time, tlv(0x30, cat({single})), extensions}));
+    const Octets basic = tlv(0x30, cat({data, oid(8), tlv(4, cat({{7}})), certificates}));
+    messages.add({0}, request);
+    messages.add({1}, tlv(0x30, cat({tbs, tlv(0xA0, cat({signature}))})));
+    messages.add({2}, single);
+    messages.add({3}, tlv(0x30, cat({{10, 1, 0}, tlv(0xA0, cat({tlv(0x30, cat({oid(1), tlv(4, cat({basic}))}))}))})));
+}
+
+// Programs of the target that builds: which message, then counted attributes of its list, the state, those of the
+// whole.
+void addOcspPrograms(Folder programs) {
+    programs.add({0, 5, 15, 1, 5, 16, 1, 'n', 17, 1, 'k', 20, 2, 0x2A, 3, 33, 1, 0,
+                  0, 0, 0,  0, 4, 33, 1, 0,   1,  2, 8,   9,  0, 1,    1, 9,  1, 5},
+                 {});
+    programs.add({1, 5, 25, 1, 5,  26, 1, 'n', 28, 1,    'k', 30, 2, 0x2A, 3,  23, 1, 9,
+                  1, 1, 1,  4, 48, 1,  0, 63,  1,  0x2A, 59,  2,  7, 7,    46, 1,  0},
+                 {});
+}
+
+// A message of every kind, with two of each part that it can have.
+template <class Ctx> void addMessage(Folder &messages, int32_t version, std::initializer_list<int32_t> contents) {
+    const Owner<Ctx> ctx = create<Ctx>();
+    must(version == 0 || Family<Ctx>::setInt(ctx.get(), version, 1) == KACERT_Ok, "a version can be set");
+    for (const int32_t id : contents)
+        set(*ctx, id,
+            id == 40 || id == 49 || id == 53 || id == 59 || id == 63 ? DataOid : std::string_view("\x30\x00", 2));
+    for (int i = 0; i < 2; ++i) {
+        if constexpr (hasSigners<Ctx>) {
+            SignerPtr signer = plainSigner();
+            const Bytes value = bytesOf("\x05\x01\x61");
+            must(i == 0 || KA_PKCS7_SetSignerAttribute(signer.get(), value.data(), 2, value.data(), 3) == KACERT_Ok,
+                 "an attribute");
+            handOver(Family<Ctx>::setSigner, *ctx, std::move(signer));
+        }
+        if constexpr (hasRecipients<Ctx>)
+            handOver(Family<Ctx>::setRecipient, *ctx, plainRecipient());
+    }
+    if constexpr (hasEncrypted<Ctx>)
+        handOver(Family<Ctx>::setContent, *ctx, plainContent());
+    if constexpr (std::is_same_v<Ctx, DigestedDataCtx>)
+        KA_PKCS7_SetDigestedDataHashFunc(ctx.get(), plainHook, nullptr, 0);
+    int32_t status = 0;
+    messages.add(encode(*ctx, &status));
+    must(status == KACERT_Ok, "a message can be encoded");
+}
+void addMessages(Folder messages) {
+    addMessage<DataCtx>(messages, 0, {0});
+    addMessage<DigestedDataCtx>(messages, 61, {62, 63, 64});
+    addMessage<SignedDataCtx>(messages, 38, {39, 40, 41, 42, 42, 43, 43});
+    addMessage<EnvelopedDataCtx>(messages, 51, {52, 53, 54});
+    addMessage<EncryptedDataCtx>(messages, 58, {59, 60});
+    addMessage<SignedAndEnvelopedDataCtx>(messages, 44, {45, 46, 47, 48, 49, 50});
+}
 
 } // namespace
 
@@ -360,11 +433,14 @@ int main(int count, char **arguments) {
     addPrograms(folder("cert_build"));
     addCrls(folder("crl"));
     addRequests(folder("csr"));
+    addOcsp(folder("ocsp"));
+    addOcspPrograms(folder("ocsp_build"));
     addSigned(folder("verify"));
     addKeys(folder("keys"));
     addPem(folder("pem"));
     addDnStrings(folder("dn_string"));
     addIndefinite(folder("indefinite"));
     addSigners(folder("signers"));
+    addMessages(folder("messages"));
     return 0;
 }

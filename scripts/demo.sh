@@ -1,6 +1,7 @@
 #!/bin/sh
 # Issues certificates, decodes them and those of the ca-certificates package, runs a small certification authority,
-# makes and opens messages, and lets openssl judge all that was written and write what is read.
+# asks an OCSP responder about what it issued, makes and opens messages, and lets openssl judge all that was written
+# and write what is read.
 # KARIL_BUILD_DIR: where to build, instead of build.
 set -eu
 cd "$(dirname "$0")/.."
@@ -11,7 +12,8 @@ build=${KARIL_BUILD_DIR:-build}
 folder=$build/release
 demo=$build/demo
 cmake -S . -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo
-cmake --build "$folder" --target issue_certificate certificate_authority messages
+cmake --build "$folder" --target issue_certificate certificate_authority messages ocsp
+programs=$(cd "$folder/examples" && pwd)
 
 # Dates go out in local time under the letter Z, which others read as UTC.
 TZ=UTC
@@ -60,8 +62,11 @@ fi
 grep 'certificate revoked' revoked.txt
 
 echo
+"$programs/ocsp" .
+
+echo
 document=$root/LICENSE
-messages=$(cd "$root" && cd "$folder" && pwd)/examples/messages
+messages=$programs/messages
 head -c 5000000 /dev/urandom >large
 head -c 8192 "$document" >start
 "$messages" make . "$document" large

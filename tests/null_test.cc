@@ -46,7 +46,7 @@ template <class R, class... A> struct Caller {
     template <size_t... I>
     static std::string call(R (*function)(A...), const std::string &want, const std::vector<int64_t> &numbers,
                             std::index_sequence<I...>) {
-        constexpr bool IsPointer[] = {std::is_pointer_v<A>...};
+        constexpr bool IsPointer[] = {std::is_pointer_v<A>..., false};
         std::istringstream words(want);
         std::string word;
         std::string all;
@@ -267,6 +267,43 @@ const Group groups[] = {
     {"121 - 121", of<KA_PKCS7_EncodePKCS7Data, KA_PKCS7_EncodePKCS7DigestedData, KA_PKCS7_EncodePKCS7SignedData,
                      KA_PKCS7_EncodePKCS7EncryptedData, KA_PKCS7_EncodeSignedAndEnvelopedData>()},
     {"101 - 121", of<KA_PKCS7_EncodePKCS7EnvelopedData>()},
+    {"121",
+     of<KI_InitOCSPExtension, KI_FreeOCSPExtension, KA_OCSP_CreateEncodeRequestList, KA_OCSP_CreateDecodeRequestList,
+        KA_OCSP_DestroyEncodeRequestList, KA_OCSP_DestroyDecodeRequestList, KA_OCSP_CreateEncodeRequest,
+        KA_OCSP_CreateDecodeRequest, KA_OCSP_DestoryEncodeRequest, KA_OCSP_DestoryDecodeRequest,
+        KA_OCSP_CreateEncodeResponseList, KA_OCSP_CreateDecodeResponseList, KA_OCSP_DestroyEncodeResponseList,
+        KA_OCSP_DestroyDecodeResponseList, KA_OCSP_CreateEncodeResponse, KA_OCSP_CreateDecodeResponse,
+        KA_OCSP_DestoryEncodeResponse, KA_OCSP_DestoryDecodeResponse, KA_OCSP_SetResponseList_CertStatusGood>()},
+    {"121 121", of<KI_DecodeOCSPExtension, KI_EncodeOCSPCrlId, KI_DecodeOCSPCrlId, KI_EncodeResponseId,
+                   KI_DecodeResponseId, KI_EncodeResponseData, KI_DecodeResponseData, KI_EncodeBasicResponse,
+                   KI_DecodeBasicResponse, KI_EncodeOCSPSignature, KI_DecodeCertStatus, KA_OCSP_DecodeRequestList,
+                   KA_OCSP_SetRequestSingleRequest, KA_OCSP_DecodeRequest, KA_OCSP_GetRequestSingleRequestNum,
+                   KA_OCSP_DecodeResponseList, KA_OCSP_DecodeResponse, KA_OCSP_SetResponseList_CertStatusUnInfo>()},
+    {"0 121", of<KI_EncodeOCSPExtension>()},
+    {"0 0", of<KA_OCSP_SetResponseSingleResponse>()},
+    {"0 0 121", of<KA_OCSP_SetResponseListHashFunc>()},
+    {"121 -", of<KA_OCSP_SetResponseList_CertStatusRevoke>()},
+    {"121", of<KA_OCSP_SetRequestAttributeInt>(), {OCSP_REQUEST_VERSION}},
+    {"121", of<KA_OCSP_SetResponseListAttributeInt>(), {OCSP_RESPONDERLIST_THISUPDATE}},
+    {"121", of<KA_OCSP_SetResponseAttributeInt>(), {OCSP_RESPONSE_VERSION}},
+    {"121 121", of<KA_OCSP_GetRequestAttributeInt>(), {OCSP_REQUEST_VERSION}},
+    {"121 121", of<KA_OCSP_GetResponseListAttributeInt>(), {OCSP_RESPONDERLIST_THISUPDATE}},
+    {"121 121", of<KA_OCSP_GetResponseAttributeInt>(), {OCSP_RESPONSE_VERSION}},
+    {"121 121", of<KA_OCSP_SetRequestListAttributeChar>(), {OCSP_REQUESTLIST_PARAM, 1}},
+    {"121 121", of<KA_OCSP_SetRequestAttributeChar>(), {OCSP_EXT_NONCE, 1}},
+    {"121 121", of<KA_OCSP_SetResponseListAttributeChar>(), {OCSP_RESPONDERLIST_PARAM, 1}},
+    {"121 121", of<KA_OCSP_SetResponseAttributeChar>(), {OCSP_RESPONSE_STATUS, 1}},
+    {"121 121 121", of<KA_OCSP_GetRequestListAttributeChar>(), {OCSP_REQUESTLIST_PARAM}},
+    {"121 121 121", of<KA_OCSP_GetRequestAttributeChar>(), {OCSP_REQUEST_REQUESTOR_DN}},
+    {"121 121 121", of<KA_OCSP_GetResponseListAttributeChar>(), {OCSP_RESPONDERLIST_PARAM}},
+    {"121 121 121", of<KA_OCSP_GetResponseAttributeChar>(), {OCSP_RESPONSE_STATUS}},
+    {"121 121 121", of<KA_OCSP_SetRequestListHashFunc, KA_OCSP_EncodeRequestList, KA_OCSP_SetRequestSignFunc,
+                       KA_OCSP_SetRequestPrivateAttribute, KA_OCSP_EncodeRequest, KA_OCSP_GetRequestSingleRequest,
+                       KA_OCSP_EncodeResponseList, KA_OCSP_SetResponseSignFunc, KA_OCSP_SetResponseHashFunc,
+                       KA_OCSP_EncodeResponse, KA_OCSP_GetResponseSingleResponse>()},
+    {"121 121 - - - - -", of<KA_OCSP_GetResponseListCertSatus>()},
+    {"", of<KI_EncodeCertStatus, KA_OCSP_GetRequestPrivateAttribute, KA_OCSP_SetResponsePrivateAttribute,
+            KA_OCSP_GetResponsePrivateAttribute>()},
 };
 
 TEST(Null, EveryExportIsAsked) {

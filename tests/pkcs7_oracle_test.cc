@@ -5,7 +5,7 @@
 // 65,535 octets, whose length takes four octets here, while libcrypto digests it written anew, with three.
 #include "crypto.h"
 
-#include "whole_messages.h"
+#include "message_rows.h"
 
 #include <openssl/cms.h>
 #include <openssl/pkcs7.h>

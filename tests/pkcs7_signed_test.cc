@@ -1,5 +1,5 @@
 // SignedData, and SignedAndEnvelopedData, which is signed in the same way.
-#include "whole_messages.h"
+#include "message_rows.h"
 
 using namespace karil_test;
 
