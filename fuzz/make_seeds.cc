@@ -1,6 +1,6 @@
 // Writes what the fuzzer starts from: make_seeds FOLDER fills FOLDER/TARGET for each target.
 #include "issuer.h"
-#include "messages.h"
+#include "whole_messages.h"
 
 #include <filesystem>
 #include <fstream>
@@ -381,6 +381,41 @@ void addOcspPrograms(Folder programs) {
                  {});
 }
 
+// A message of every kind, with two of each part that it can have.
+template <class Ctx> void addMessage(Folder &messages, int32_t version, std::initializer_list<int32_t> contents) {
+    const Owner<Ctx> ctx = create<Ctx>();
+    must(version == 0 || Family<Ctx>::setInt(ctx.get(), version, 1) == KACERT_Ok, "a version can be set");
+    for (const int32_t id : contents)
+        set(*ctx, id,
+            id == 40 || id == 49 || id == 53 || id == 59 || id == 63 ? DataOid : std::string_view("\x30\x00", 2));
+    for (int i = 0; i < 2; ++i) {
+        if constexpr (hasSigners<Ctx>) {
+            SignerPtr signer = plainSigner();
+            const Bytes value = bytesOf("\x05\x01\x61");
+            must(i == 0 || KA_PKCS7_SetSignerAttribute(signer.get(), value.data(), 2, value.data(), 3) == KACERT_Ok,
+                 "an attribute");
+            handOver(Family<Ctx>::setSigner, *ctx, std::move(signer));
+        }
+        if constexpr (hasRecipients<Ctx>)
+            handOver(Family<Ctx>::setRecipient, *ctx, plainRecipient());
+    }
+    if constexpr (hasEncrypted<Ctx>)
+        handOver(Family<Ctx>::setContent, *ctx, plainContent());
+    if constexpr (std::is_same_v<Ctx, DigestedDataCtx>)
+        KA_PKCS7_SetDigestedDataHashFunc(ctx.get(), plainHook, nullptr, 0);
+    int32_t status = 0;
+    messages.add(encode(*ctx, &status));
+    must(status == KACERT_Ok, "a message can be encoded");
+}
+void addMessages(Folder messages) {
+    addMessage<DataCtx>(messages, 0, {0});
+    addMessage<DigestedDataCtx>(messages, 61, {62, 63, 64});
+    addMessage<SignedDataCtx>(messages, 38, {39, 40, 41, 42, 42, 43, 43});
+    addMessage<EnvelopedDataCtx>(messages, 51, {52, 53, 54});
+    addMessage<EncryptedDataCtx>(messages, 58, {59, 60});
+    addMessage<SignedAndEnvelopedDataCtx>(messages, 44, {45, 46, 47, 48, 49, 50});
+}
+
 } // namespace
 
 int main(int count, char **arguments) {
@@ -406,5 +441,6 @@ int main(int count, char **arguments) {
     addDnStrings(folder("dn_string"));
     addIndefinite(folder("indefinite"));
     addSigners(folder("signers"));
+    addMessages(folder("messages"));
     return 0;
 }

@@ -1,5 +1,5 @@
 // Data and DigestedData.
-#include "whole_messages.h"
+#include "message_rows.h"
 
 using namespace karil_test;
 

@@ -1,5 +1,5 @@
 // EnvelopedData and EncryptedData.
-#include "whole_messages.h"
+#include "message_rows.h"
 
 using namespace karil_test;
 

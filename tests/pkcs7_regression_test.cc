@@ -57,4 +57,14 @@ TEST(Pkcs7Regression, LongIdentifiers) {
               "122 122 122 ");
 }
 
+// A record that was set has the tag of one that was decoded: 16, as for every SEQUENCE.
+TEST(Pkcs7Regression, TagsOfCertificatesAndCrls) {
+    SignedDataCtx *ctx = nullptr;
+    EXPECT_EQ(KA_PKCS7_CreateSignedDataEncodeCtx(&ctx), KACERT_Ok);
+    for (const int32_t id : {PKCS7_SIGNEDDATA_CERTIFICATE, PKCS7_SIGNEDDATA_CRL})
+        EXPECT_EQ(KA_PKCS7_SetSignedDataAttributeChar(ctx, id, hex("30 00").data(), 2), KACERT_Ok);
+    EXPECT_EQ(ctx->certificates->tag * 100 + ctx->crls->tag, 1616u);
+    KA_PKCS7_DestroySignedDataEncodeCtx(ctx);
+}
+
 } // namespace

@@ -1,5 +1,5 @@
 // SignedData, and SignedAndEnvelopedData, which is signed in the same way.
-#include "whole_messages.h"
+#include "message_rows.h"
 
 using namespace karil_test;
 
@@ -128,7 +128,7 @@ std::string partAt(int32_t (*get)(const Ctx *, Part **, int32_t), const Ctx &ctx
     return part == nullptr ? "untouched" : part == head ? "head" : "another";
 }
 
-// The head for every position that there is; none for a message that was not decoded.
+// The head for every position up to the number of parts, 0 too; none for a message that was not decoded.
 TEST(Pkcs7Signed, PartsByPosition) {
     const SignedPtr ctx = signedWith("ab");
     const auto get = KA_PKCS7_GetSignedData_SignerInfo;

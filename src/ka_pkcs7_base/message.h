@@ -107,12 +107,12 @@ template <class Ctx> DigestAlgorithmList digestAlgorithmsOf(Ctx &ctx) {
     return {ctx.digestAlgorithms, ctx.digestAlgorithmCount, ctx.digestAlgorithmMarks};
 }
 template <class Ctx> Status addCertificate(Ctx &ctx, Bytes value) {
-    KA_PASS(addElement(certificatesOf(ctx), {TagSequence, value}));
+    KA_PASS(addElement(certificatesOf(ctx), {NormalSequence, value}));
     ctx.certificatesSet = 1;
     return KACERT_Ok;
 }
 template <class Ctx> Status addCrl(Ctx &ctx, Bytes value) {
-    KA_PASS(addElement(crlsOf(ctx), {TagSequence, value}));
+    KA_PASS(addElement(crlsOf(ctx), {NormalSequence, value}));
     ctx.crlsSet = 1;
     return KACERT_Ok;
 }

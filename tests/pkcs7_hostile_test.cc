@@ -1,0 +1,102 @@
+// Messages that are changed, cut off or wrong from the start: a status always, a fault never.
+#include "message_rows.h"
+
+using namespace karil_test;
+
+namespace {
+
+template <class Ctx> int32_t use(Bytes der) {
+    const Use one = useAll<Ctx>(der);
+    EXPECT_TRUE(one.status == KACERT_Ok || (one.status >= KACERT_MemoryErr && one.status <= KAPKCS7_ContentTypeErr));
+    EXPECT_TRUE(one.isVerdictKept);
+    return one.status;
+}
+
+// Prefixes, and values in the place of each octet: lengths that lie, and other tags.
+template <class Ctx> void changeAll(const char *file, const char *section) {
+    Octets der;
+    for (const Row &row : rowsOf(file, section))
+        if (row("want")[0] != 's' && row.octets("want").size() > der.size())
+            der = row.octets("want");
+    ASSERT_EQ(use<Ctx>(der), KACERT_Ok);
+    for (size_t size = 1; size < der.size(); ++size)
+        EXPECT_NE(use<Ctx>(Bytes(der).first(size)), KACERT_Ok) << size;
+    for (size_t at = 0; at < der.size(); ++at)
+        for (const uint8_t value : hex("00 01 30 31 7F 80 81 84 A0 FF")) {
+            Octets changed = der;
+            changed[at] = value;
+            (void)use<Ctx>(changed);
+        }
+}
+
+TEST(Pkcs7Hostile, EveryOctetChanged) {
+    changeAll<DataCtx>("Pkcs7Data", "Encode");
+    changeAll<DigestedDataCtx>("Pkcs7Data", "EncodeDigested");
+    changeAll<EnvelopedDataCtx>("Pkcs7Enveloped", "Encode");
+    changeAll<EncryptedDataCtx>("Pkcs7Enveloped", "EncodeEncrypted");
+    changeAll<SignedDataCtx>("Pkcs7Signed", "Encode");
+    changeAll<SignedAndEnvelopedDataCtx>("Pkcs7Signed", "EncodeEnveloped");
+}
+
+// Each into every family's decoder, and into the one for any type.
+TEST(Pkcs7Hostile, NamedInputs) {
+    const Octets types = hex("2A 86 48 86 F7 0D 01 07");
+    const Octets id = seq({commonName("A"), hex("02 01 05")}), alg = algorithm("2A 03");
+    const auto framed = [&](uint8_t type, const Octets &content) {
+        return seq({tlv(0x06, cat({types, {type}})), tlv(0xA0, content)});
+    };
+    const auto signedBy = [&](const Octets &signer) {
+        return framed(2, seq({hex("02 01 01 31 00"), seq({oid("2A 86 48 86 F7 0D 01 07 01")}), set({signer})}));
+    };
+    const auto attributed = [&](const Octets &attributes, const Octets &signature) {
+        return signedBy(seq({hex("02 01 01"), id, alg, attributes, alg, signature}));
+    };
+    Octets deep = hex("05 00");
+    for (int i = 0; i < 10000; ++i)
+        deep = tlv(0x30, deep);
+    const struct {
+        const char *name;
+        Octets der;
+        int32_t want; // of SignedData
+    } rows[] = {
+        {"another type in an attribute's value", attributed(tlv(0xA0, seq({oid("2A 05"), hex("02 00")})), hex("04 00")),
+         KACERT_InvalidTagErr},
+        {"an empty SET of attributes", attributed(hex("A0 00"), hex("04 01 AA")), KACERT_Ok},
+        {"an empty SET of values", attributed(tlv(0xA0, seq({oid("2A 05"), hex("31 00")})), hex("04 00")), KACERT_Ok},
+        {"a signature of 0 octets", attributed({}, hex("04 00")), KACERT_Ok},
+        {"an algorithm without identifier", signedBy(seq({hex("02 01 01"), id, hex("30 00"), alg, hex("04 00")})),
+         KACERT_CertNotEndErr},
+        {"nesting in an attribute's value", attributed(tlv(0xA0, seq({oid("2A 05"), set({deep})})), hex("04 00")),
+         KACERT_Ok},
+        {"nesting in the content",
+         framed(2,
+                seq({hex("02 01 01 31 00"), seq({oid("2A 86 48 86 F7 0D 01 07 02"), tlv(0xA0, deep)}), hex("31 00")})),
+         KACERT_Ok},
+        {"an identifier of 0 octets", seq({hex("06 00"), tlv(0xA0, hex("04 00"))}), KAPKCS7_ContentTypeErr},
+        {"an identifier of 1,000 octets", seq({tlv(0x06, Octets(1000, 0x2A)), tlv(0xA0, hex("04 00"))}),
+         KACERT_InvalidLengthErr},
+        {"a length of 4 GB", hex("30 84 FF FF FF FF 06 01 2A"), KACERT_LengthNotEqualErr},
+        {"an inner length of 4 GB", seq({hex("06 09"), types, hex("02 A0 84 FF FF FF FF 30 00")}),
+         KACERT_InvalidLengthErr},
+        {"an empty SET of recipients", framed(3, seq({hex("02 01 00 31 00"), seq({oid("2A"), seq({oid("2A")})})})),
+         KAPKCS7_ContentTypeErr},
+        {"a key of 0 octets",
+         framed(3, seq({hex("02 01 00"), set({seq({hex("02 01 00"), id, alg, hex("04 00")})}), hex("30 00")})),
+         KAPKCS7_ContentTypeErr},
+        {"digested without anything", framed(5, hex("30 00")), KAPKCS7_ContentTypeErr},
+    };
+    for (const auto &row : rows) {
+        EXPECT_EQ(use<SignedDataCtx>(row.der), row.want) << row.name;
+        use<DataCtx>(row.der);
+        use<DigestedDataCtx>(row.der);
+        use<EnvelopedDataCtx>(row.der);
+        use<EncryptedDataCtx>(row.der);
+        use<SignedAndEnvelopedDataCtx>(row.der);
+        const Exact der(row.der), content(row.der.size());
+        uint32_t length = 0;
+        int32_t type = 0;
+        KA_PKCS7_DecodePKCS7DerTypeData(der.data(), lengthOf(row.der), content.data(), &length, &type);
+    }
+}
+
+} // namespace
