@@ -181,6 +181,16 @@ static Octets writeBoth(const char *folder, const char *name, const char *label,
     return pem;
 }
 
+/* A private key, as PKCS#1 has it. */
+static void writeKey(const char *folder, const char *name, const Key *key) {
+    uint32_t length = 0;
+    CHECK(KA_Encode_PrivateKey(key->privateKey.modulus, NULL, &length));
+    Octets der = makeOctets(length);
+    CHECK(KA_Encode_PrivateKey(key->privateKey.modulus, der.data, &der.length));
+    writeFile(folder, name, der);
+    free(der.data);
+}
+
 static void report(const char *what, int32_t got, int32_t want) {
     printf("  %s: status %d\n", what, (int)got);
     if (got != want) {
@@ -244,6 +254,8 @@ int main(int argc, char **argv) {
     Octets pems[5];
     for (int i = 0; i < 5; ++i)
         pems[i] = writeBoth(argv[1], names[i][0], names[i][1], objects[i]);
+    writeKey(argv[1], "authority.key", &root);
+    writeKey(argv[1], "issued.key", &user);
     printCrl("crl1", crl);
     printCrl("crl2", nextCrl);
 

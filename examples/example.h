@@ -65,6 +65,21 @@ static inline Octets makeOctets(uint32_t length) {
     return octets;
 }
 
+static inline Octets readFile(const char *path) {
+    FILE *file = fopen(path, "rb");
+    if (file == NULL || fseek(file, 0, SEEK_END) != 0) {
+        perror(path);
+        exit(1);
+    }
+    const Octets octets = makeOctets((uint32_t)ftell(file));
+    rewind(file);
+    if (fread(octets.data, 1, octets.length, file) != octets.length || fclose(file) != 0) {
+        perror(path);
+        exit(1);
+    }
+    return octets;
+}
+
 static inline void writeFile(const char *folder, const char *name, Octets octets) {
     char path[4096];
     snprintf(path, sizeof path, "%s/%s", folder, name);

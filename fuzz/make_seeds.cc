@@ -342,6 +342,44 @@ void addSigners(Folder signers) {
         signers.add(der.bytes().first(length));
     }
 }
+// The four objects of OCSP with everything that is read in them; the first octet is the target's own.
+void addOcsp(Folder messages) {
+    const auto oid = [](uint8_t last) { return tlv(6, cat({{0x2B, 0x06, 0x01, 0x05, 0x05, 0x07, 0x30, 0x01, last}})); };
+    const Octets time = tlv(0x18, cat({{'2', '0', '0', '1', '0', '1', '0', '0', '0', '0', '0', '0', 'Z'}}));
+    const Octets name = tlv(
+        0x30, cat({tlv(0x31, cat({tlv(0x30, cat({tlv(6, cat({{0x55, 0x04, 0x03}})), tlv(0x13, cat({{'N'}}))}))}))}));
+    const Octets list = tlv(0x30, cat({oid(1)}));
+    const Octets url = tlv(0xA0, cat({tlv(0x16, cat({{'u'}}))}));
+    const Octets extensions =
+        tlv(0x30, cat({tlv(0x30, cat({oid(4), tlv(4, cat({list}))})), tlv(0x30, cat({oid(6), time})),
+                       tlv(0x30, cat({oid(3), tlv(4, cat({url}))})), tlv(0x30, cat({oid(2), tlv(4, cat({{1, 2}}))}))}));
+    const Octets certificates = tlv(0xA0, cat({tlv(0x30, cat({{0x30, 0}}))}));
+    const Octets id = tlv(0x30, cat({oid(9), tlv(4, cat({{'n'}})), tlv(4, cat({{'k'}})), {2, 1, 5}}));
+    const Octets request = tlv(0x30, cat({id}));
+    const Octets version = tlv(0xA0, cat({{2, 1, 0}}));
+    const Octets tbs = tlv(
+        0x30, cat({version, tlv(0xA1, cat({name})), tlv(0x30, cat({request, request})), tlv(0xA2, cat({extensions}))}));
+    const Octets signature = tlv(0x30, cat({oid(8), tlv(4, cat({{7}})), certificates}));
+    const Octets single = tlv(0x30, cat({id, {0x82, 1, 'i'}, time, tlv(0xA0, cat({time}))}));
+    const Octets data = tlv(
+        0x30, cat({version, tlv(0x30, cat({name, tlv(4, cat({{7}}))})), time, tlv(0x30, cat({single})), extensions}));
+    const Octets basic = tlv(0x30, cat({data, oid(8), tlv(4, cat({{7}})), certificates}));
+    messages.add({0}, request);
+    messages.add({1}, tlv(0x30, cat({tbs, tlv(0xA0, cat({signature}))})));
+    messages.add({2}, single);
+    messages.add({3}, tlv(0x30, cat({{10, 1, 0}, tlv(0xA0, cat({tlv(0x30, cat({oid(1), tlv(4, cat({basic}))}))}))})));
+}
+
+// Programs of the target that builds: which message, then counted attributes of its list, the state, those of the
+// whole.
+void addOcspPrograms(Folder programs) {
+    programs.add({0, 5, 15, 1, 5, 16, 1, 'n', 17, 1, 'k', 20, 2, 0x2A, 3, 33, 1, 0,
+                  0, 0, 0,  0, 4, 33, 1, 0,   1,  2, 8,   9,  0, 1,    1, 9,  1, 5},
+                 {});
+    programs.add({1, 5, 25, 1, 5,  26, 1, 'n', 28, 1,    'k', 30, 2, 0x2A, 3,  23, 1, 9,
+                  1, 1, 1,  4, 48, 1,  0, 63,  1,  0x2A, 59,  2,  7, 7,    46, 1,  0},
+                 {});
+}
 
 } // namespace
 
@@ -360,6 +398,8 @@ int main(int count, char **arguments) {
     addPrograms(folder("cert_build"));
     addCrls(folder("crl"));
     addRequests(folder("csr"));
+    addOcsp(folder("ocsp"));
+    addOcspPrograms(folder("ocsp_build"));
     addSigned(folder("verify"));
     addKeys(folder("keys"));
     addPem(folder("pem"));

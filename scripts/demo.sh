@@ -1,16 +1,19 @@
 #!/bin/sh
-# Issues certificates, decodes them and those of the ca-certificates package, runs a small certification authority, and
-# lets openssl judge all that was written.
+# Issues certificates, decodes them and those of the ca-certificates package, runs a small certification authority,
+# asks an OCSP responder about what it issued, makes and opens messages, and lets openssl judge all that was written
+# and write what is read.
 # KARIL_BUILD_DIR: where to build, instead of build.
 set -eu
 cd "$(dirname "$0")/.."
 
 sh scripts/setup.sh build test
+root=$PWD
 build=${KARIL_BUILD_DIR:-build}
 folder=$build/release
 demo=$build/demo
 cmake -S . -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo
-cmake --build "$folder" --target issue_certificate certificate_authority
+cmake --build "$folder" --target issue_certificate certificate_authority messages ocsp
+programs=$(cd "$folder/examples" && pwd)
 
 # Dates go out in local time under the letter Z, which others read as UTC.
 TZ=UTC
@@ -57,4 +60,65 @@ if openssl verify -auth_level 0 -CAfile authority.pem -crl_check -CRLfile crl2.p
     exit 1
 fi
 grep 'certificate revoked' revoked.txt
-echo "The demo is done: openssl agrees with all that karil issued."
+
+echo
+"$programs/ocsp" .
+
+echo
+document=$root/LICENSE
+messages=$programs/messages
+head -c 5000000 /dev/urandom >large
+head -c 8192 "$document" >start
+"$messages" make . "$document" large
+for name in authority issued; do
+    openssl rsa -inform DER -in "$name.key" -out "$name.key.pem" 2>openssl.txt
+done
+
+echo
+echo "openssl reads what karil wrote"
+# Signers with the profile of this authority are not those of mail.
+judge() {
+    openssl cms -verify -inform DER -in "$1" -binary -CAfile authority.pem -purpose any -auth_level 0 -out out
+}
+judge signed.p7
+cmp out "$document"
+judge signed_large.p7
+cmp out large
+# An octet in the middle of the content.
+{
+    head -c 5000 signed.p7
+    printf '\377'
+    tail -c +5002 signed.p7
+} >changed.p7
+if judge changed.p7 2>openssl.txt; then
+    echo "openssl takes a changed message for good" >&2
+    exit 1
+fi
+echo "openssl refuses the changed message"
+for name in authority issued; do
+    openssl cms -decrypt -inform DER -in enveloped.p7 -binary -recip "$name.pem" -inkey "$name.key.pem" -out out
+    cmp out start
+done
+openssl cms -EncryptedData_decrypt -inform DER -in encrypted.p7 -binary \
+    -secretkey "$(od -An -v -tx1 encrypted.secret | tr -d ' \n')" -out out
+cmp out start
+echo "openssl opens enveloped.p7 with either key, and encrypted.p7"
+
+echo
+echo "karil reads what openssl wrote"
+sign() {
+    openssl cms -sign -binary -nodetach -signer issued.pem -inkey issued.key.pem -md sha1 -outform DER "$@"
+}
+sign -in "$document" -signer authority.pem -inkey authority.key.pem -out attributes.p7
+"$messages" verify attributes.p7 "$document"
+sign -in large -noattr -certfile authority.pem -out chain.p7
+"$messages" verify chain.p7 large
+openssl crl2pkcs7 -in crl1.pem -certfile authority.pem -certfile issued.pem -outform DER -out certificates.p7
+"$messages" verify certificates.p7 /dev/null
+for cipher in des3 aes128; do
+    openssl cms -encrypt "-$cipher" -in large -binary -outform DER -out "$cipher.p7" issued.pem authority.pem
+    for name in authority issued; do
+        "$messages" open . "$name" "$cipher.p7" large
+    done
+done
+echo "The demo is done: openssl agrees with all that karil issued and wrote."

@@ -26,7 +26,8 @@ case ${1:-} in
     ;;
 esac
 case $amount in '' | *[!0-9]*) usage ;; esac
-all="cert_decode asn1_readers cert_build text names oid_text crl csr keys verify pem dn_string indefinite signers"
+all="cert_decode asn1_readers cert_build text names oid_text crl csr keys verify pem dn_string indefinite ocsp ocsp_build"
+all="$all signers"
 targets=${*:-$all}
 for target in $targets; do
     [ -f "fuzz/$target.cc" ] || usage
@@ -40,6 +41,7 @@ mkdir -p "$folder"
 folder=$(cd "$folder" && pwd)
 CC=clang CXX=clang++ sh scripts/build.sh "$folder/build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKARIL_BUILD_FUZZERS=ON \
     -DKARIL_SANITIZE=fuzzer-no-link,address,undefined -DBUILD_TESTING=OFF -DKARIL_BUILD_EXAMPLES=OFF \
+    -DKARIL_DIAGNOSTIC_FILE=OFF \
     >"$folder/build.log" 2>&1 || {
     cat "$folder/build.log" >&2
     exit 2
@@ -61,7 +63,8 @@ limits() {
     case $1 in
     cert_decode) echo 4096 10 ;;
     cert_build) echo 600 10 ;;
-    crl | csr | signers | verify) echo 2048 10 ;;
+    crl | csr | ocsp | signers | verify) echo 2048 10 ;;
+    ocsp_build) echo 600 10 ;;
     keys) echo 1600 1 ;;
     text) echo 2100 10 ;;
     names | asn1_readers) echo 2048 1 ;;

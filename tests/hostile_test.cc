@@ -1,7 +1,7 @@
 // Objects that are cut off, changed in one octet, or wrong in a header: a status always, a fault never. And under
 // failing allocations: a status, and nothing that stays.
 #include "crypto.h"
-#include "samples.h"
+#include "ocsp_rows.h"
 
 using namespace karil_test;
 
@@ -89,6 +89,13 @@ TEST(Hostile, EveryOctetChanged) {
     changeEveryOctet<CsrDecodeCtx>(fullRequest());
 }
 
+TEST(Hostile, EveryHeaderOfOcspMessages) {
+    cutAndChange<RequestListCtx>(encodedId());
+    cutAndChange<ResponseListCtx>(fullSingleResponse());
+    cutAndChange<RequestCtx>(fullOcspRequest());
+    cutAndChange<ResponseCtx>(fullOcspResponse());
+}
+
 TEST(Hostile, CertificatesOfTheSystem) {
     std::vector<Octets> all = systemCertificates();
     ASSERT_GT(all.size(), 100u);
@@ -137,7 +144,7 @@ void buildAndAsk(Octets (*build)(), const std::vector<int32_t> &mayBeLost, const
     const auto ask = [&] {
         const std::vector<std::string> answers = answersOf<Ctx>(der);
         for (size_t i = 0; i < answers.size(); ++i) {
-            const int32_t id = i > 0 ? queries<Ctx>()[i - 1] : 0;
+            const int32_t id = i > 0 && !mayBeLost.empty() ? queries<Ctx>()[i - 1] : 0;
             const bool mayDiffer = isHindered() && std::count(mayBeLost.begin(), mayBeLost.end(), id) > 0;
             EXPECT_TRUE(mayDiffer || answers[i] == want[i]) << id << ' ' << answers[i];
         }
@@ -150,6 +157,10 @@ TEST(FailingAllocations, EverythingBuiltAndAsked) {
                                {KACERT_MemoryErr, -1});
     buildAndAsk<CrlDecodeCtx>(fullCrl, {CRL_ISSUER_DN}, {KACERT_MemoryErr, KACERT_CrlNotEndErr});
     buildAndAsk<CsrDecodeCtx>(fullRequest, {}, {KACERT_MemoryErr});
+    buildAndAsk<RequestCtx>(fullOcspRequest, {}, {KACERT_MemoryErr, KACERT_InvalidParamErr, KACERT_InvalidItemErr});
+    buildAndAsk<ResponseListCtx>(fullSingleResponse, {},
+                                 {KACERT_MemoryErr, KACERT_InvalidParamErr, KACERT_InvalidItemErr});
+    buildAndAsk<ResponseCtx>(fullOcspResponse, {}, {KACERT_MemoryErr, KACERT_InvalidParamErr, KACERT_InvalidItemErr});
 }
 
 } // namespace

@@ -80,6 +80,10 @@ ROWS(Pkcs7Frame, AnyType) {
               row.number("status"));
     EXPECT_EQ(type, row.number("type"));
     EXPECT_EQ(type == 77 ? "" : toHex(content.data(), length), row.hex("content"));
+    // In the place of the input.
+    KA_PKCS7_DecodePKCS7DerTypeData(der.data(), lengthOf(der.bytes()), der.data(), &length, &type);
+    EXPECT_EQ(type, row.number("type"));
+    EXPECT_EQ(type == 77 ? "" : toHex(der.data(), length), row.hex("content"));
 }
 
 SWEPT_ROWS(Pkcs7Frame, Attributes) {

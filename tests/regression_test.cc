@@ -1,5 +1,5 @@
 // Faults that were there once, a row each.
-#include "testkit.h"
+#include "signed.h"
 
 #include <functional>
 
@@ -31,6 +31,81 @@ TEST(Regression, NamesOfTheCallersMaking) {
         EXPECT_EQ(toHex(head.next->next->value), toHex(text("Value")));
         EXPECT_EQ(head.next->next->next, nullptr);
     }
+}
+
+// A record to be decoded may be a field of what it is decoded into.
+TEST(Regression, OcspSourcesInTheirTarget) {
+    const Zone utc("UTC");
+    const auto give = [](Anybuf &record, const Octets &octets) {
+        EXPECT_EQ(KI_SetAttributeCharValue(&record, octets.data(), sizeOf(octets)), KACERT_Ok);
+    };
+    const Octets id = seq({commonName("N"), tlv(4, {1, 2})}), nonceType = oid("2B 06 01 05 05 07 30 01 02");
+    const Octets data = seq({hex("A0 03 02 01 00"), id, tlv(0x18, text("200101000000Z")), seq({})});
+    OcspBasicResponse response = {};
+    ResponseId &responder = response.data.responder;
+    give(responder.derName, id);
+    EXPECT_EQ(KI_DecodeResponseId(&responder, &responder.derName), KACERT_Ok);
+    EXPECT_EQ(toHex(responder.keyHash), "01 02");
+    KI_ClearAnybuf(&responder.keyHash);
+    give(responder.keyHash, data);
+    EXPECT_EQ(KI_DecodeResponseData(&response.data, &responder.keyHash), KACERT_Ok);
+    EXPECT_EQ(response.data.producedAt.generalizedValue, Y2020);
+    give(response.signedOctets, seq({data, oid("2A 04"), tlv(4, {9})}));
+    EXPECT_EQ(KI_DecodeBasicResponse(&response, &response.signedOctets), KACERT_Ok);
+    EXPECT_EQ(toHex(response.signature.value), "09");
+    OcspExtension &extensions = response.data.extensions;
+    give(extensions.nonce, seq({seq({nonceType, tlv(4, {1})}), seq({nonceType, tlv(4, {2})})}));
+    EXPECT_EQ(KI_DecodeOCSPExtension(&extensions, &extensions.nonce), KACERT_Ok);
+    EXPECT_EQ(toHex(extensions.nonce), "02");
+    OcspCrlId &crlId = extensions.crlId;
+    give(crlId.type.oid, seq({oid("2A 03"), tlv(4, tlv(0xA0, tlv(0x16, text("u"))))}));
+    EXPECT_EQ(KI_DecodeOCSPCrlId(&crlId, &crlId.type.oid), KACERT_Ok);
+    EXPECT_EQ(toHex(crlId.url), "75");
+    KI_FreeOCSPExtension(&extensions);
+    KI_FreeName(responder.name.next);
+    for (Anybuf *record : {&responder.derName, &responder.keyHash, &response.signature.algorithm.oid,
+                           &response.signature.value, &response.signedOctets})
+        KI_ClearAnybuf(record);
+}
+
+// Of the allocations of a response without extensions, two leave no result and no failure: that of the signed octets
+// and that of the hook's parameter. The area of the hook is between them.
+TEST(Regression, OcspAllocationsWithoutAFailure) {
+    const KAHookFunc sign = [](const uint8_t *, uint32_t, uint8_t *, uint32_t *length, void *) {
+        *length = 0;
+        return 0;
+    };
+    const Exact key(hex("01 02"));
+    std::string statuses;
+    for (long nth = 1; nth <= 6; ++nth) {
+        OcspBasicResponse response = {};
+        response.data.responder.hasKeyHash = 1;
+        response.data.responder.keyHash = key.record;
+        response.signature.signFunc = sign;
+        response.signature.signParameter = key.record;
+        Anybuf *out = nullptr;
+        failAllocation(Pool::Library, nth, false);
+        const int32_t status = KI_EncodeBasicResponse(&response, &out);
+        EXPECT_TRUE(endFailing());
+        EXPECT_EQ(out, nullptr);
+        statuses += std::to_string(status) + ' ';
+        KI_ClearAnybuf(&response.signedOctets);
+        KI_ClearAnybuf(&response.signature.value);
+    }
+    EXPECT_EQ(statuses, "100 0 100 0 100 100 ");
+}
+
+TEST(Regression, OcspWordsOfWhatIsRefused) {
+    const auto wordsOf = [](const std::function<int32_t()> &call) {
+        const Trace trace;
+        EXPECT_EQ(call(), KACERT_InvalidItemErr);
+        return trace.lines().back();
+    };
+    const std::string usual = "------------>The input is invalid item";
+    EXPECT_EQ(wordsOf([] { return KI_DecodeResponseId(nullptr, nullptr); }), usual);
+    EXPECT_EQ(wordsOf([] { return KI_EncodeBasicResponse(nullptr, nullptr); }), usual);
+    EXPECT_EQ(wordsOf([] { return KI_EncodeOCSPSignature(nullptr, nullptr); }), usual);
+    EXPECT_EQ(wordsOf([] { return KI_DecodeOCSPCrlId(nullptr, nullptr); }), "------------>The input is Invalid Item");
 }
 
 } // namespace

@@ -7,7 +7,8 @@
  * thread at a time; after a failure it can still be used or destroyed. A null pointer that the comment of a function
  * does not allow is KACERT_InvalidItemErr. A length of octets to decode: above 0 it is what is there, and an element
  * that claims more is KACERT_LengthNotEqualErr; 0 trusts the element's header; below 0 is KACERT_InvalidLengthErr.
- * Octets after the element are ignored. An element that its parent cuts off is KACERT_InvalidLengthErr.
+ * Octets after the element are ignored. An element that its parent cuts off is KACERT_InvalidLengthErr, and so is a
+ * message whose content type is above 20 octets; a decoder that has one status for all bad frames returns that one.
  *
  * A hook is called with a fresh copy of its parameter, which is wiped and freed after the call, and with an output area
  * that has room for 256 octets beyond its bound; `*outputLength` is the bound before the call. More octets than the
@@ -218,7 +219,7 @@ KARIL_API int32_t KI_PKCS7_DecodeAttributes(const Anybuf *chain, AttributeRecord
  * Writes DigestInfo (RFC 2315 9.4): SEQUENCE { SEQUENCE { oid, NULL }, OCTET STRING }. `algorithm`: its OID is
  * taken, whatever it names. `digest`: `digestLength` octets; null only with length 0. `out`: receives the DER, at most
  * 512 octets. Returns 0; KACERT_InvalidLengthErr for a DigestInfo above 512 octets or a negative length;
- * KACERT_InvalidItemErr; KACERT_MemoryErr.
+ * KACERT_InvalidItemErr; KACERT_InvalidParamErr for an OID with a length and no data; KACERT_MemoryErr.
  */
 KARIL_API int32_t KI_MakeDigestInfo(const AlgorithmRecord *algorithm, const uint8_t *digest, int32_t digestLength,
                                     uint8_t *out, uint32_t *outLength);
@@ -234,8 +235,8 @@ KARIL_API int32_t KA_PKCS7_EncodePKCS7DerTypeData(uint8_t *result, uint32_t *res
 
 /*
  * Opens any ContentInfo. `content`: receives the first element of the content, tag and length included; at most
- * as many octets as the ContentInfo has. `*contentLength`: their number. `*type`: the content type, PKCS7_TYPE_OTHER
- * for an identifier that is none of the six. The content's tag number is not looked at.
+ * as many octets as the ContentInfo has; it may be `der` itself. `*contentLength`: their number. `*type`: the content
+ * type, PKCS7_TYPE_OTHER for an identifier that is none of the six. The content's tag number is not looked at.
  * Returns 0; KAPKCS7_ContentTypeErr for a ContentInfo without content; the statuses of KI_MakeSequenceToContent.
  */
 KARIL_API int32_t KA_PKCS7_DecodePKCS7DerTypeData(const uint8_t *der, int32_t length, uint8_t *content,

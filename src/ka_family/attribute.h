@@ -23,7 +23,7 @@ template <class Ctx> struct IntAttribute {
     const char *setWords;
     const char *getWords;
     Status (*set)(Ctx &ctx, int32_t value);
-    void (*get)(const Ctx &ctx, int32_t &value);
+    void (*get)(const Ctx &ctx, int32_t &value); // null: not asked for
 };
 
 // The row of an id, or null.
@@ -88,7 +88,7 @@ template <class Ctx, size_t Size>
                             const Refusals &refusals = {}) {
     KA_PASS(checkPointers({ctx, value}, refusals.pointer));
     const IntAttribute<Ctx> *row = findRow(rows, id);
-    if (row == nullptr)
+    if (row == nullptr || row->get == nullptr)
         return refuseId(refusals.id, refusals.getWords);
     traceRow(row->getWords);
     row->get(*ctx, *value);

@@ -9,9 +9,9 @@ Status checkPointers(std::initializer_list<const void *> pointers, Status refusa
     return KACERT_Ok;
 }
 
-Status createRecord(const void *out, uint32_t size, void *&record) {
+Status createRecord(const void *out, uint32_t size, void *&record, Status refusal) {
     if (out == nullptr)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
+        return KA_FAIL(refusal, "------>Pointer is NULL");
     record = KAPR_Malloc(KA_SOURCE, __LINE__, size);
     return record != nullptr ? KACERT_Ok : KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
 }

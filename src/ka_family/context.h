@@ -12,7 +12,8 @@ namespace karil {
                                    Status refusal = KACERT_InvalidParamErr);
 
 // A zeroed record for `*out`, which must not be null.
-[[nodiscard]] Status createRecord(const void *out, uint32_t size, void *&record);
+[[nodiscard]] Status createRecord(const void *out, uint32_t size, void *&record,
+                                  Status refusal = KACERT_InvalidParamErr);
 
 // Stores a zeroed context. The id of its `algorithms` is 1.
 template <class Ctx>

@@ -92,6 +92,7 @@ Status callWithCopy(const Hook &hook, Bytes input, uint64_t bound, HookArea &out
     void *parameter = nullptr;
     KA_PASS(copyParameter(hook.parameter, static_cast<int32_t>(hook.length), parameter));
     out.used = static_cast<uint32_t>(bound);
+    out.isCalled = true;
     const Status status =
         hook.function(input.data(), static_cast<uint32_t>(input.size()), out.block.get(), &out.used, parameter);
     freeParameter(parameter, hook.length);

@@ -59,6 +59,8 @@ public:
     ~HookArea() { wipe(block.get(), size); }
 
     Bytes octets() const { return {block.get(), used}; }
+    // True if callWithCopy failed for want of memory for the copy of the parameter.
+    bool lacksParameter() const { return block != nullptr && !isCalled; }
     // Hands the block to a record, in the place of the secret that it holds.
     void moveTo(Anybuf &record);
 
@@ -68,6 +70,7 @@ private:
     Owned<uint8_t> block;
     size_t size = 0;
     uint32_t used = 0;
+    bool isCalled = false;
 };
 // The third protocol: one call with a fresh copy of the parameter, which is wiped and freed after it, and with an area
 // that has room beyond its bound. `words`: of a hook that fails. The hook must be there.

@@ -11,7 +11,7 @@ constexpr uint8_t ContentTypes[][ContentTypeSize] = {
     {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x07, 0x05}, {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x07, 0x06},
 };
 
-// What a caller's buffer for an identifier holds.
+// What a caller's buffer for an identifier holds: a frame with a longer one is refused by all that split it.
 constexpr uint32_t LongestOid = 20;
 
 uint32_t about(uint64_t size) {
@@ -57,12 +57,10 @@ Status copyContent(const ContentInfo &info, Chain &chain) {
     return KACERT_Ok;
 }
 
-// A ContentInfo of the caller's, whose identifier fits into a caller's buffer.
 Status splitContentInfo(const uint8_t *der, int32_t length, ContentInfo &info) {
     Element whole;
     KA_STEP_AS("------>KAsn1_GetCertLength", takeWhole(der, length, whole));
-    KA_PASS(readContentInfo(whole, info));
-    return info.oid.size() <= LongestOid ? KACERT_Ok : KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_ReadObjectId");
+    return readContentInfo(whole, info);
 }
 
 Status makeSequenceToContent(const uint8_t *der, int32_t length, Anybuf **content, uint8_t *oid, uint32_t *oidLength,
@@ -104,9 +102,10 @@ Status decodeTypeData(const uint8_t *der, int32_t length, uint8_t *content, uint
     KA_STEP_AS("------>KI_MakeSequenceToContent", splitContentInfo(der, length, info));
     if (!info.content.present())
         return KA_FAIL(KAPKCS7_ContentTypeErr, "------>KAPKCS7_ContentTypeErr");
-    memcpy(content, info.content.bytes.data(), info.content.bytes.size());
-    *contentLength = static_cast<uint32_t>(info.content.bytes.size());
+    // The octets come last: `content` may be where `der` is.
     *type = contentTypeOf(info.oid);
+    *contentLength = static_cast<uint32_t>(info.content.bytes.size());
+    memmove(content, info.content.bytes.data(), info.content.bytes.size());
     return KACERT_Ok;
 }
 
@@ -148,6 +147,8 @@ Status readContentInfo(const Element &whole, ContentInfo &out) {
     Level fields;
     Element oid;
     KA_PASS(readTyped(whole, oid, fields, KACERT_InvalidItemErr));
+    if (oid.bytes.size() > LongestOid)
+        return KA_FAIL(KACERT_InvalidLengthErr, "------>KAsn1_ReadObjectId");
     out = {};
     out.oid = oid.bytes;
     if (fields.empty())

@@ -65,6 +65,7 @@ struct ContentInfo {
 
     bool is(int32_t type) const { return isContentType(oid, type); }
 };
+// An identifier above 20 octets is KACERT_InvalidLengthErr.
 [[nodiscard]] Status readContentInfo(const Element &whole, ContentInfo &out);
 
 // A counted list of whole elements in a context: certificates, CRLs. An append and the next of a walk take one step.
@@ -114,7 +115,7 @@ constexpr uint32_t DigestInfoBound = 512;
 [[nodiscard]] Status writeDigestInfo(Writer &out, Bytes oid, Bytes digest);
 
 // IssuerAndSerialNumber ::= SEQUENCE { issuer Name, serialNumber INTEGER }, in a context with the fields of signers and
-// recipients.
+// recipients. An empty serial number is KACERT_InvalidItemErr.
 [[nodiscard]] Status writeIssuerAndSerial(Writer &out, const NameRecord &issuer, const Anybuf *dn,
                                           const Anybuf &serial);
 // An element that is not there is `missing`.
@@ -145,15 +146,26 @@ template <class Length>
     return keepHook(hook, copy, copyLength, value, parameter, length);
 }
 
+// Begins a decoding in the place of what the context holds. `whole`: the context's copy of the element. The input may
+// be part of what the context holds, so it is copied first.
+template <class Ctx>
+[[nodiscard]] Status beginDecoding(Ctx &ctx, const uint8_t *der, int32_t length, void (*clear)(Ctx &), Element &whole) {
+    KeptOctets *fresh = nullptr;
+    Status status = takeWhole(der, length, whole);
+    if (status == KACERT_Ok)
+        status = keep(fresh, whole, whole);
+    clear(ctx);
+    ctx.kept = fresh;
+    return status;
+}
+
 // Within an exported function's frame: the element at `der` into a context whose records hold parts of it.
 template <class Ctx>
 [[nodiscard]] Status decodeAlone(Ctx *ctx, const uint8_t *der, int32_t length, void (*clear)(Ctx &),
                                  Status (*read)(const Element &, Ctx &)) {
     KA_PASS(checkArguments({ctx, der}));
-    clear(*ctx);
     Element whole;
-    KA_PASS(takeWhole(der, length, whole));
-    KA_PASS(keep(ctx->kept, whole, whole));
+    KA_PASS(beginDecoding(*ctx, der, length, clear, whole));
     return read(whole, *ctx);
 }
 // The context is written into the caller's buffer, which must be there.
@@ -210,8 +222,6 @@ using RecipientPtr = std::unique_ptr<RecipientInfoCtx, By<destroyRecipient>>;
 [[nodiscard]] Status createRecipient(RecipientPtr &out);
 [[nodiscard]] Status writeRecipient(Writer &out, RecipientInfoCtx &ctx, uint32_t bound);
 [[nodiscard]] Status readRecipient(const Element &element, RecipientInfoCtx &ctx);
-// SET OF RecipientInfo, each with a copy of the message's key and within ElementBound.
-[[nodiscard]] Status writeRecipients(Writer &out, RecipientInfoCtx *first, Bytes key);
 // The contexts of a SET's elements. What was read before a failure stays in the list.
 using RecipientList = MemberList<RecipientInfoCtx>;
 [[nodiscard]] Status readRecipients(Level set, RecipientList list);
@@ -230,9 +240,6 @@ using SignerPtr = std::unique_ptr<SignerInfoCtx, By<destroySigner>>;
 [[nodiscard]] Status writeSigner(Writer &out, SignerInfoCtx &ctx, uint32_t bound);
 [[nodiscard]] Status readSigner(const Element &element, SignerInfoCtx &ctx);
 using SignerList = MemberList<SignerInfoCtx>;
-// SET OF SignerInfo of the first `count` signers, each with the message's content type and content and within
-// ElementBound.
-[[nodiscard]] Status writeSigners(Writer &out, SignerList list, Bytes contentType, const SharedContent &content);
 // The contexts of a SET's elements, each with the message's content type and content; see lendContent(). What was read
 // before a failure stays in the list.
 [[nodiscard]] Status readSigners(Level set, SignerList list, Bytes contentType, const SharedContent *content);

@@ -24,6 +24,8 @@ Status writeIssuerAndSerial(Writer &out, const NameRecord &issuer, const Anybuf 
         out.octets(bytesOf(*dn));
     else
         KA_STEP_AS("------>KI_EncodeIssuerSuject", encodeName(out, issuer));
+    if (serial.length == 0)
+        return KA_FAIL(KACERT_InvalidItemErr, "------>KAsn1_WriteIntegerArray");
     KA_STEP_AS("------>KAsn1_WriteIntegerArray", out.number(bytesOf(serial)));
     return KACERT_Ok;
 }

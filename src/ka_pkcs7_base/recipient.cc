@@ -80,8 +80,6 @@ Status encryptedKey(const Ctx &ctx, HookArea &area, Bytes &out) {
 
 Status writeFields(Writer &out, Ctx &ctx) {
     out.integer(static_cast<uint32_t>(ctx.version));
-    if (ctx.serial.length == 0)
-        return KA_FAIL(KACERT_InvalidItemErr, "------>KAsn1_WriteIntegerArray");
     KA_PASS(writeIssuerAndSerial(out, ctx.issuer, ctx.dnSet == 1 ? ctx.issuerDn : nullptr, ctx.serial));
     writeAlgorithm(out, bytesOf(ctx.keyEncryptionAlgorithm.oid));
     KA_PASS(out.status());
@@ -179,15 +177,6 @@ Status readRecipient(const Element &element, RecipientInfoCtx &ctx) {
     Element key;
     KA_STEP_AS("------>KAsn1_ReadOctetString", readValue(field, key));
     KA_STEP_AS("------>KI_CopyAnybuf", store(ctx.encryptedKey, key));
-    return KACERT_Ok;
-}
-
-Status writeRecipients(Writer &out, RecipientInfoCtx *first, Bytes key) {
-    const Construct set(out, TagSet);
-    for (RecipientInfoCtx *ctx = first; ctx != nullptr; ctx = ctx->next) {
-        KA_PASS(replaceSecret(ctx->key, key));
-        KA_STEP_AS("------>KA_PKCS7_EncodeRecipientInfo", writeRecipient(out, *ctx, ElementBound));
-    }
     return KACERT_Ok;
 }
 

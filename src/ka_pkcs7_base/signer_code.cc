@@ -112,7 +112,7 @@ Status writeSigned(Writer &out, Ctx &ctx) {
 Status writeFields(Writer &out, Ctx &ctx) {
     out.integer(static_cast<uint32_t>(ctx.version));
     const Anybuf *dn = ctx.dnSet == 1 ? ctx.issuerDn : nullptr;
-    if ((dn == nullptr && ctx.issuer.next == nullptr) || ctx.serial.length == 0)
+    if (dn == nullptr && (ctx.issuer.next == nullptr || ctx.serial.length == 0))
         return KA_FAIL(KACERT_InvalidItemErr, "------>IssuerAndSerialNumber is null");
     KA_PASS(writeIssuerAndSerial(out, ctx.issuer, dn, ctx.serial));
     KA_PASS(checkAlgorithm(ctx.digestAlgorithm, "------>Signer digestAlgorithm is null"));
@@ -226,16 +226,6 @@ Status readSigner(const Element &element, SignerInfoCtx &ctx) {
     KA_STEP_AS("------>KAsn1_ReadOctetString", readValue(field, signature));
     KA_STEP_AS("------>KI_CopyAnybuf", store(ctx.encryptedDigest, signature));
     return fields.empty() ? KACERT_Ok : readUnauthenticated(fields.take(), ctx);
-}
-
-Status writeSigners(Writer &out, SignerList list, Bytes contentType, const SharedContent &content) {
-    const Construct set(out, TagSet);
-    SignerInfoCtx *ctx = list.first;
-    for (uint32_t i = 0; i < list.count && ctx != nullptr; ++i, ctx = ctx->next) {
-        KA_PASS(lendContent(*ctx, contentType, &content));
-        KA_STEP_AS("------>KA_PKCS7_EncodeSignerInfo", writeSigner(out, *ctx, ElementBound));
-    }
-    return KACERT_Ok;
 }
 
 Status readSigners(Level set, SignerList list, Bytes contentType, const SharedContent *content) {

@@ -1,0 +1,13 @@
+// EncryptedData: what other folders use of it.
+#pragma once
+
+#include "karil/pkcs7_encrypted.h"
+
+#include "message.h"
+
+namespace karil {
+
+// ContentInfo { encryptedData }, with an EncryptedContentInfo of at most `bound` octets.
+[[nodiscard]] Status writeEncryptedData(Writer &out, EncryptedDataCtx &ctx, uint32_t bound);
+
+} // namespace karil
