@@ -168,8 +168,8 @@ inline int32_t signBySha1(const uint8_t *input, uint32_t inputLength, uint8_t *o
 template <class Ctx> void fill(Ctx &ctx) {
     for (const auto &[id, octets] : Family<Ctx>::Settings)
         set(ctx, id, octets);
-    for (const auto &[id, number] : Family<Ctx>::Numbers)
-        TRIED(Family<Ctx>::setInt(&ctx, id, number));
+    for (const auto &setting : Family<Ctx>::Numbers)
+        TRIED(Family<Ctx>::setInt(&ctx, setting.first, setting.second));
 }
 // A context that can be encoded.
 template <class Ctx>
