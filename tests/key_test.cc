@@ -37,17 +37,16 @@ std::string encoded(const Form &form, const Octets &numbers) {
 TEST(Key, LibcryptoReadsBothForms) {
     for (const KeyPair &pair : {keyPair(), generated(KA_PKCS7_GenRSAKeyPair_2048)})
         sweep([&pair] {
-            Octets numbers(pair.secret.modulus, pair.secret.modulus + KA_PRIVATE_NUMBERS);
+            Octets numbers = numbersOf(pair.secret);
             const Octets der = hex(encoded(Private, numbers));
             const Pkey key = parsed<d2i_AutoPrivateKey, EVP_PKEY_free>(der);
             const PkeyCtx check(EVP_PKEY_CTX_new(key.get(), nullptr));
             EXPECT_TRUE(isHindered() || EVP_PKEY_check(check.get()) == 1); // every number stands in its place
             EXPECT_EQ(derOf(i2d_PrivateKey, key.get()), der);
-            EXPECT_EQ(encoded(Public, {pair.open.modulus, pair.open.modulus + KA_PUBLIC_NUMBERS}),
-                      toHex(publicKeyOf(key)));
+            EXPECT_EQ(encoded(Public, numbersOf(pair.open)), toHex(publicKeyOf(key)));
             std::copy(der.begin(), der.end(), numbers.begin()); // the DER may lie in the block
             EXPECT_EQ(KA_Decode_PrivateKey(numbers.data(), numbers.data(), lengthOf(der)), KACERT_Ok);
-            EXPECT_EQ(numbers, Octets(pair.secret.modulus, pair.secret.modulus + KA_PRIVATE_NUMBERS));
+            EXPECT_EQ(numbers, numbersOf(pair.secret));
             uint32_t length = 0;
             Octets wrapped(3000, 0xEE);
             EXPECT_EQ(TRIED(KI_PKCS1to8KEY(der.data(), sizeOf(der), wrapped.data(), &length)), KACERT_Ok);
@@ -109,7 +108,7 @@ TEST(Key, KeysAreWiped) {
         ++blocks;
         found += std::search(first, first + size, prime.begin(), prime.end()) != first + size ? 1 : 0;
     });
-    encoded(Private, Octets(keyPair().secret.modulus, keyPair().secret.modulus + KA_PRIVATE_NUMBERS));
+    encoded(Private, numbersOf(keyPair().secret));
     // The copy of a hook's parameter, when it is replaced and when its context goes.
     filled<CertEncodeCtx>(fixedSignature, prime.data(), sizeOf(prime));
     filled<CrlEncodeCtx>(fixedSignature, prime.data(), sizeOf(prime));

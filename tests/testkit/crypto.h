@@ -47,6 +47,11 @@ inline KeyPair generated(int32_t (*generate)(RsaPublicKeyRecord *, RsaPrivateKey
     generate(&pair.open, &pair.secret);
     return pair;
 }
+// A key's numbers one after another, as the functions of key.h take them.
+template <class Record> Octets numbersOf(const Record &key) {
+    const auto *octets = reinterpret_cast<const uint8_t *>(&key);
+    return {octets + offsetof(Record, modulus), octets + sizeof key};
+}
 // One of 1,024 bits for all.
 inline const KeyPair &keyPair() {
     static const KeyPair pair = generated(KA_PKCS7_GenRSAKeyPair);
