@@ -78,13 +78,13 @@ KARIL_API int32_t KA_PKCS7_GetEnvelopedDataAttributeChar(EnvelopedDataCtx *ctx, 
                                                          uint32_t *resultLength);
 
 /*
- * Hands a recipient over, behind those that are there: the message owns it, and frees it. Returns 0 or
+ * Hands a recipient over, after those that are there: the message owns it, and frees it. Returns 0 or
  * KACERT_InvalidItemErr, also for one that a message has taken.
  */
 KARIL_API int32_t KA_PKCS7_SetEnvelopedData_RecipientInfo(EnvelopedDataCtx *ctx, RecipientInfoCtx *recipient);
 
 /*
- * Stores the first recipient in `*recipient`, whatever the position: the others are behind it, linked by `next`. The
+ * Stores the first recipient in `*recipient`, whatever the position: the others follow it, linked by `next`. The
  * message stays their owner. `position`: from 1; 0 is accepted. Without recipients `*recipient` stays as it was, with
  * status 0.
  * Returns 0; KACERT_InvalidLengthErr for any other position, or for a message that was not decoded;

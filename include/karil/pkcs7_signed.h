@@ -91,13 +91,13 @@ KARIL_API int32_t KA_PKCS7_GetSignedDataAttributeChar(SignedDataCtx *ctx, int32_
                                                       uint32_t *resultLength, int32_t position);
 
 /*
- * Hands a signer over, behind those that are there: the message owns it, and frees it. Returns 0 or
+ * Hands a signer over, after those that are there: the message owns it, and frees it. Returns 0 or
  * KACERT_InvalidItemErr, also for one that a message has taken.
  */
 KARIL_API int32_t KA_PKCS7_SetSignedData_SignerInfo(SignedDataCtx *ctx, SignerInfoCtx *signer);
 
 /*
- * Stores the first signer in `*signer`, whatever the position: the others are behind it, linked by `next`. The message
+ * Stores the first signer in `*signer`, whatever the position: the others follow it, linked by `next`. The message
  * stays their owner. `position`: from 1; 0 is accepted. Without signers `*signer` stays as it was, with status 0.
  * Returns 0; KACERT_InvalidLengthErr for any other position, or for a message that was not decoded;
  * KACERT_InvalidItemErr.

@@ -104,7 +104,7 @@ KARIL_API int32_t KA_PKCS7_GetSignedAndEnvelopedDataAttributeChar(SignedAndEnvel
                                                                   int32_t position);
 
 /*
- * Hand a recipient, or a signer, over, behind those that are there: the message owns it, and frees it. Return 0 or
+ * Hand a recipient, or a signer, over, after those that are there: the message owns it, and frees it. Return 0 or
  * KACERT_InvalidItemErr, also for one that a message has taken.
  */
 KARIL_API int32_t KA_PKCS7_SetSignedAndEnvelopedData_RecipientInfo(SignedAndEnvelopedDataCtx *ctx,
@@ -119,7 +119,7 @@ KARIL_API int32_t KA_PKCS7_SetSignedAndEnvelopedData_EncryptedContent(SignedAndE
                                                                       EncryptedContentCtx *content);
 
 /*
- * Store the first recipient, or signer, whatever the position: the others are behind it, linked by `next`. The message
+ * Store the first recipient, or signer, whatever the position: the others follow it, linked by `next`. The message
  * stays their owner. `position`: from 1; 0 is accepted. Where there are none the output stays as it was, with
  * status 0. Return 0; KACERT_InvalidLengthErr for any other position; KACERT_InvalidItemErr.
  */
@@ -163,7 +163,7 @@ KARIL_API int32_t KA_PKCS7_EncodeSignedAndEnvelopedData(SignedAndEnvelopedDataCt
  * `der`: `length` octets; a length of 0 is refused. The signers have no content: before one without authenticated
  * attributes is verified, have the encrypted content deciphered and set the signer's PKCS7_SIGNER_CONTENT.
  * Returns 0; KAPKCS7_ContentTypeErr for what is no SignedAndEnvelopedData message; KACERT_CertNotEndErr for missing
- * digest algorithms or what should stand behind the encrypted content; KACERT_InvalidItemErr, also for another missing
+ * digest algorithms or what should follow the encrypted content; KACERT_InvalidItemErr, also for another missing
  * element or certificates or CRLs that cannot be read; KACERT_InvalidTagErr; KACERT_LengthNotEqualErr;
  * KACERT_InvalidLengthErr; KACERT_MemoryErr; what KA_PKCS7_DecodeRecipientInfo and KA_PKCS7_DecodeSignerInfo return.
  * What was decoded before a failure stays.

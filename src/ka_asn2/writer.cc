@@ -177,8 +177,9 @@ Status handOut(const Writer &written, uint8_t *result, uint32_t *resultLength) {
     return KACERT_Ok;
 }
 
-Construct::Construct(Writer &out, uint8_t tag, uint32_t expected)
-    : writer(&out), contentAt(0), lengthOctets(KAsn1_Low_Count_LengthOfSize(expected)) {
+Construct::Construct(Writer &out, uint8_t tag, uint64_t expected)
+    : writer(&out), contentAt(0),
+      lengthOctets(KAsn1_Low_Count_LengthOfSize(expected > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(expected))) {
     ++out.openConstructs;
     uint8_t *at = out.extend(uint64_t{1} + lengthOctets);
     if (at != nullptr)

@@ -76,7 +76,7 @@ private:
 class Construct {
 public:
     // `expected`: about how large the content will be, so that a large one need not be moved.
-    Construct(Writer &out, uint8_t tag, uint32_t expected = 0);
+    Construct(Writer &out, uint8_t tag, uint64_t expected = 0);
     ~Construct() { close(); }
     Construct(const Construct &) = delete;
     Construct &operator=(const Construct &) = delete;

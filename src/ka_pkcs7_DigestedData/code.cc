@@ -19,7 +19,7 @@ using Ctx = DigestedDataCtx;
 void writeInfo(Writer &out, const Ctx &ctx) {
     const Bytes type = bytesOf(ctx.contentType.oid);
     const Bytes content = bytesOf(ctx.content);
-    const Construct info(out, TagSequence, about(content.size() + type.size()));
+    const Construct info(out, TagSequence, content.size() + type.size());
     out.objectId(type);
     if (!content.empty())
         writeTaggedContent(out, beginsAsData(type), content);

@@ -85,7 +85,7 @@ Status writeEncryptedData(Writer &out, EncryptedDataCtx &ctx, uint32_t bound) {
     out.reserve(expected + 64);
     {
         const ContentFrame frame(out, contentTypeOid(PKCS7_TYPE_ENCRYPTEDDATA), expected);
-        const Construct message(out, TagSequence, about(expected));
+        const Construct message(out, TagSequence, expected);
         out.integer(ctx.version);
         KA_PASS(writeEncrypted(out, *ctx.encryptedContent, bytesOf(ctx.contentType.oid), bytesOf(ctx.content), bound));
     }

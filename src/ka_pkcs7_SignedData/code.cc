@@ -12,7 +12,7 @@ constexpr char NotEnd[] = "------>KACERT_CertNotEndErr";
 void writeInfo(Writer &out, const Ctx &ctx) {
     const Bytes type = bytesOf(ctx.contentType.oid);
     const Bytes content = bytesOf(ctx.content);
-    const Construct info(out, TagSequence, about(content.size() + type.size() + 14));
+    const Construct info(out, TagSequence, content.size() + type.size() + 14);
     out.objectId(type);
     if (!content.empty() && type.size() == ContentTypeSize)
         writeTaggedContent(out, isContentType(type, PKCS7_TYPE_DATA), content);
@@ -50,7 +50,7 @@ Status encode(Ctx *ctx, uint8_t *result, uint32_t *resultLength) {
     out.reserve(expected);
     {
         const ContentFrame frame(out, contentTypeOid(PKCS7_TYPE_SIGNEDDATA), expected);
-        const Construct message(out, TagSequence, about(expected));
+        const Construct message(out, TagSequence, expected);
         KA_PASS(writeFields(out, *ctx));
     }
     KA_STEP_AS("------>KI_MakeContentToSequence", out.status());

@@ -14,10 +14,6 @@ constexpr uint8_t ContentTypes[][ContentTypeSize] = {
 // What a caller's buffer for an identifier holds: a frame with a longer one is refused by all that split it.
 constexpr uint32_t LongestOid = 20;
 
-uint32_t about(uint64_t size) {
-    return size > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(size);
-}
-
 // Takes a value with its length, which may not be negative.
 Status takeValue(const void *value, int32_t length) {
     if (length < 0)
@@ -123,8 +119,8 @@ int32_t contentTypeOf(Bytes oid) {
 }
 
 ContentFrame::ContentFrame(Writer &out, Bytes oid, uint64_t expected, uint32_t number)
-    : info(out, TagSequence, about(expected + oid.size() + 16)),
-      content((out.objectId(oid), out), taggedSet(number), about(expected)) {
+    : info(out, TagSequence, expected + oid.size() + 16),
+      content((out.objectId(oid), out), taggedSet(number), expected) {
 }
 
 Status checkBound(const Writer &out, uint32_t start, uint32_t bound) {

@@ -112,8 +112,7 @@ uint64_t sizeOfElements(const Anybuf *first) {
 }
 
 void writeElements(Writer &out, uint8_t tag, const Anybuf *first) {
-    const uint64_t size = sizeOfElements(first);
-    const Construct list(out, tag, size > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(size));
+    const Construct list(out, tag, sizeOfElements(first));
     for (const Anybuf *node = first; node != nullptr; node = node->next)
         out.octets(bytesOf(*node));
 }

@@ -14,7 +14,7 @@ Status openMessage(const Element &whole, int32_t type, Element &content) {
 }
 
 void writeTaggedContent(Writer &out, bool isData, Bytes content) {
-    const Construct tagged(out, taggedSet(0), about(content.size() + 6));
+    const Construct tagged(out, taggedSet(0), content.size() + 6);
     if (isData)
         out.octetString(content);
     else
@@ -106,7 +106,7 @@ Status giveContent(SignerList list, Bytes contentType, const SharedContent &cont
 }
 
 Status writeSignerSet(Writer &out, SignerList list) {
-    const Construct set(out, TagSet, about(uint64_t{list.count} * SignerSize));
+    const Construct set(out, TagSet, uint64_t{list.count} * SignerSize);
     SignerInfoCtx *ctx = list.first;
     for (uint32_t i = 0; i < list.count && ctx != nullptr; ++i, ctx = ctx->next)
         KA_STEP_AS("------>KA_PKCS7_EncodeSignerInfo", writeSigner(out, *ctx, ElementBound));

@@ -5,11 +5,6 @@
 
 namespace karil {
 
-// For the opening of a level: about how many octets it will hold.
-inline uint32_t about(uint64_t size) {
-    return size > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(size);
-}
-
 // Stores a zeroed context.
 template <class Ctx> [[nodiscard]] Status createMessage(Ctx **out) {
     KA_PASS(checkArguments({out}));
@@ -156,7 +151,7 @@ template <class Ctx> Certificates listsOf(Ctx &ctx) {
 }
 void writeCertificates(Writer &out, const Certificates &lists);
 uint64_t sizeOfCertificates(const Certificates &lists);
-// `signers` becomes the field behind them.
+// `signers` becomes the field after them.
 [[nodiscard]] Status readCertificates(Level &fields, const Certificates &lists, Element &signers);
 void clearCertificates(const Certificates &lists);
 
