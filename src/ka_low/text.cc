@@ -9,7 +9,6 @@ using namespace karil;
 namespace {
 
 constexpr size_t WideLimit = 2048;
-constexpr size_t NarrowLimit = 1024;
 // Room for every result of a source within its limit, so that the conversions below need not look at what is left:
 // a unit becomes three octets at most, an octet of a narrow text becomes two.
 constexpr size_t Room = WideLimit / 2 * 3;
@@ -166,15 +165,12 @@ Status convert(const Route &route, const uint8_t *source, int32_t length, uint8_
     return KACERT_Ok;
 }
 
-// Text that is all ASCII, is not empty and fits every area. False leaves the outputs as they were.
+// False if the text needs a conversion, with the outputs as they were.
 bool copyPlain(const uint8_t *source, int32_t length, uint8_t *result, uint32_t *resultLength) {
-    if (source == nullptr || resultLength == nullptr || length < 1 || length > static_cast<int32_t>(NarrowLimit))
+    if (source == nullptr || resultLength == nullptr || length < 1)
         return false;
     const Bytes text(source, static_cast<size_t>(length));
-    uint8_t bits = 0;
-    for (const uint8_t octet : text)
-        bits |= octet;
-    if (bits >= 0x80)
+    if (!isPlainText(text))
         return false;
     *resultLength = static_cast<uint32_t>(length);
     if (result != nullptr)
