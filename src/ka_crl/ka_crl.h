@@ -24,7 +24,7 @@ struct EntryBlock {
     RevokedEntry *next = nullptr;
     size_t left = 0;
 };
-// The next entry, of a new block if there is no more. `expected`: how many are about to come. Null if there is no
+// The next entry, of a fresh block if there is no more. `expected`: how many are about to come. Null if there is no
 // memory.
 [[nodiscard]] RevokedEntry *takeEntry(EntryBlock &block, size_t expected, KeptOctets *&kept);
 void freeEntries(RevokedEntry *&first);

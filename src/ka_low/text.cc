@@ -105,6 +105,12 @@ uint32_t takeSequence(Bytes source, size_t &at) {
     const uint8_t lead = source[at++];
     if (lead < 0x80)
         return lead;
+    // Most are of three octets, as those of Chinese characters are.
+    if (lead > 0xE0 && lead < 0xED && at + 1 < source.size() && (source[at] & 0xC0) == 0x80 &&
+        (source[at + 1] & 0xC0) == 0x80) {
+        at += 2;
+        return (lead & 0x0Fu) << 12 | (source[at - 2] & 0x3Fu) << 6 | (source[at - 1] & 0x3Fu);
+    }
     if (lead < 0xC2 || lead > 0xF4)
         return Replacement;
     uint32_t more = lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
