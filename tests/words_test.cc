@@ -86,7 +86,7 @@ TEST(Words, IdentifiersAreThoseOfLibcrypto) {
 
 // Every status of base.h has a name and a sentence of its own, and no other number has.
 TEST(Words, StatusesOfTheHeader) {
-    std::ifstream file(KARIL_BASE_H);
+    std::ifstream file(KARIL_BASE_PATH);
     const std::string header(std::istreambuf_iterator<char>(file), {});
     const std::regex row("\n    (KA(?:CERT|PKCS7)_\\w+) = (\\d+)");
     std::map<int32_t, std::string> names;
