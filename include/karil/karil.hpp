@@ -1,5 +1,6 @@
 // karil for C++20: contexts that free themselves, octets as spans and vectors, statuses as results, lambdas as hooks.
-// Header-only; it throws nothing but what a vector without memory throws. The functions are those of the C headers, which say what they do:
+// Header-only; it throws nothing but what a vector without memory throws. The functions are those of the C headers,
+// which say what they do:
 //
 //     karil::Result<karil::Certificate> made = karil::Certificate::make();
 //     if (!made)
@@ -144,8 +145,7 @@ Result<Octets> askWithRoom(std::uint32_t room, Function function, const Argument
     result.resize(length);
     return result;
 }
-template <class Function, class... Arguments>
-Result<Octets> ask(Function function, const Arguments &...arguments) {
+template <class Function, class... Arguments> Result<Octets> ask(Function function, const Arguments &...arguments) {
     std::uint32_t length = 0;
     std::uint8_t *nothing = nullptr;
     if (const StatusCode status = call(function, arguments..., nothing, &length); !status)
