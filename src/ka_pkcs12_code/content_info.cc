@@ -13,34 +13,35 @@ template <class Ctx> EncryptedContentCtx *contentOf(const Ctx *ctx) {
     return ctx != nullptr ? ctx->encryptedContent : nullptr;
 }
 
-// A version of 0, and an encrypted content for the message to own.
-Status prepare(EnvelopedDataCtx *ctx) {
-    KA_STEP(KA_PKCS7_SetEnvelopedDataAttributeInt(ctx, PKCS7_ENVELOPED_VERSION, 0));
-    EncryptedContentPtr content;
-    KA_PASS(createEncryptedContent(content));
-    KA_STEP(KA_PKCS7_SetEnvelopedData_EncryptedContent(ctx, content.get()));
-    (void)content.release();
-    return KACERT_Ok;
-}
-
-Status prepare(EncryptedDataCtx *ctx) {
-    KA_STEP(KA_PKCS7_SetEncryptedDataAttributeInt(ctx, PKCS7_ENCRYPTEDDATA_VERSION, 0));
-    const Bytes type = contentTypeOid(PKCS7_TYPE_DATA);
-    KA_STEP(KA_PKCS7_SetEncryptedDataAttributeChar(ctx, PKCS7_ENCRYPTEDDATA_CONTENTTYPE, type.data(), ContentTypeSize));
-    EncryptedContentPtr content;
-    KA_PASS(createEncryptedContent(content));
-    KA_STEP(KA_PKCS7_SetEncrytpedData_EncryptedContent(ctx, content.get()));
-    (void)content.release();
-    return KACERT_Ok;
-}
-
-template <auto Create, auto Destroy, class Ctx> Status createPrepared(Ctx **out) {
+// A context with version 0 and an encrypted content of its own.
+template <auto Create, auto Destroy, auto SetInt, auto Attach, class Ctx>
+Status createPrepared(Ctx **out, int32_t version, Status (*finish)(Ctx *)) {
     Ctx *ctx = nullptr;
     KA_PASS(Create(out != nullptr ? &ctx : nullptr));
     std::unique_ptr<Ctx, By<Destroy>> owned(ctx);
-    KA_PASS(prepare(ctx));
+    KA_PASS(SetInt(ctx, version, 0));
+    EncryptedContentPtr content;
+    KA_PASS(createEncryptedContent(content));
+    KA_PASS(Attach(ctx, content.get()));
+    (void)content.release();
+    KA_PASS(finish(ctx));
     *out = owned.release();
     return KACERT_Ok;
+}
+
+Status createEnveloped(EnvelopedDataCtx **out) {
+    return createPrepared<KA_PKCS7_CreateEnvelopedDataEncodeCtx, KA_PKCS7_DestroyEnvelopedDataEncodeCtx,
+                          KA_PKCS7_SetEnvelopedDataAttributeInt, KA_PKCS7_SetEnvelopedData_EncryptedContent>(
+        out, PKCS7_ENVELOPED_VERSION, [](EnvelopedDataCtx *) { return Status{KACERT_Ok}; });
+}
+
+Status createEncrypted(EncryptedDataCtx **out) {
+    return createPrepared<KA_PKCS7_CreateEncryptedDataEncodeCtx, KA_PKCS7_DestoryEncryptedDataEncodeCtx,
+                          KA_PKCS7_SetEncryptedDataAttributeInt, KA_PKCS7_SetEncrytpedData_EncryptedContent>(
+        out, PKCS7_ENCRYPTEDDATA_VERSION, [](EncryptedDataCtx *ctx) {
+            return KA_PKCS7_SetEncryptedDataAttributeChar(ctx, PKCS7_ENCRYPTEDDATA_CONTENTTYPE,
+                                                          contentTypeOid(PKCS7_TYPE_DATA).data(), ContentTypeSize);
+        });
 }
 
 Status setEnvelopedContent(EnvelopedDataCtx *ctx, const uint8_t *value, int32_t length) {
@@ -147,9 +148,7 @@ KA_CONTENT_INFO(EncryptedType, EncryptedDataCtx, KA_PKCs12_SetContentInfoOfEncry
 // Enveloped data.
 
 int32_t KA_PKCS12_CreateEncodeContentInfoOfEnvelopedType(EnvelopedDataCtx **out) {
-    return KA_FRAMED(
-        "KA_PKCS12_CreateEncodeContentInfoOfEnvelopedType",
-        createPrepared<KA_PKCS7_CreateEnvelopedDataEncodeCtx, KA_PKCS7_DestroyEnvelopedDataEncodeCtx>(out));
+    return KA_FRAMED("KA_PKCS12_CreateEncodeContentInfoOfEnvelopedType", createEnveloped(out));
 }
 
 int32_t KA_PKCS12_CreateDecodeContentInfoOfEnvelopedType(EnvelopedDataCtx **out) {
@@ -189,9 +188,7 @@ int32_t KA_PKCS12_DestoryDecodeContentInfoOfEnvelopedType(EnvelopedDataCtx *ctx)
 // Encrypted data.
 
 int32_t KA_PKCS12_CreateEncodeContentInfoOfEncryptedType(EncryptedDataCtx **out) {
-    return KA_FRAMED(
-        "KA_PKCS12_CreateEncodeContentInfoOfEncryptedType",
-        createPrepared<KA_PKCS7_CreateEncryptedDataEncodeCtx, KA_PKCS7_DestoryEncryptedDataEncodeCtx>(out));
+    return KA_FRAMED("KA_PKCS12_CreateEncodeContentInfoOfEncryptedType", createEncrypted(out));
 }
 
 int32_t KA_PKCS12_CreateDecodeContentInfoOfEncryptedType(EncryptedDataCtx **out) {

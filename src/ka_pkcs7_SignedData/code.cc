@@ -97,8 +97,8 @@ Status giveSigners(SignedDataCtx &ctx) {
 }
 
 Status writeSignedData(Writer &out, SignedDataCtx &ctx) {
-    const uint64_t expected = uint64_t{ctx.content.length} + sizeOfCertificates(listsOf(ctx)) +
-                              uint64_t{ctx.signerCount} * SignerSize + 256;
+    const uint64_t expected =
+        uint64_t{ctx.content.length} + sizeOfCertificates(listsOf(ctx)) + uint64_t{ctx.signerCount} * SignerSize + 256;
     out.reserve(expected);
     {
         const ContentFrame frame(out, contentTypeOid(PKCS7_TYPE_SIGNEDDATA), expected);
