@@ -1,8 +1,7 @@
 // Bags and safes of PKCS#12: what a PFX is assembled from and taken apart into.
 //
-// The writers here take octets and lists, and the readers borrow from what they read, so that no context is needed. A
-// reader whose attributes fail has not changed its output but for the attributes. Writers of bags that hold keys want a
-// Writer that wipes.
+// The writers here take octets and lists, and the readers borrow from what they read, so that no context is needed.
+// What holds a plain key is written with a Writer that wipes.
 #pragma once
 
 #include "karil/pkcs12_key_bag.h"
@@ -76,13 +75,14 @@ void writeCertBag(Writer &out, Bytes id, Bytes value, bool isText);
 [[nodiscard]] Status readCertBag(const Element &element, CertBagParts &out);
 
 // SafeBag ::= SEQUENCE { bagId OBJECT IDENTIFIER, bagValue [0] EXPLICIT ANY, bagAttributes SET OF Attribute OPTIONAL }
-// `writeContent` writes the bag.
+// `writeContent` writes the bag, which has about `expected` octets.
 template <class WriteContent>
-void writeSafeBag(Writer &out, Bytes id, const AttributeRecord *attributes, const WriteContent &writeContent) {
-    const Construct bag(out, TagSequence);
+void writeSafeBag(Writer &out, Bytes id, const AttributeRecord *attributes, const WriteContent &writeContent,
+                  uint64_t expected = 0) {
+    const Construct bag(out, TagSequence, expected);
     out.objectId(id);
     {
-        const Construct content(out, taggedSet(0));
+        const Construct content(out, taggedSet(0), expected);
         writeContent();
     }
     if (attributes != nullptr)
