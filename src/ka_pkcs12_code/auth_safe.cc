@@ -3,12 +3,12 @@
 
 namespace karil {
 
-Status checkContext(const Ctx *ctx, const AuthSafeKind &kind) {
+Status checkContext(const AuthSafeCtx *ctx, const AuthSafeKind &kind) {
     KA_PASS(checkPointers({ctx}));
     return ctx->kind == kind.type ? KACERT_Ok : KA_FAIL(KACERT_InvalidParamErr, RefusedArgument);
 }
 
-Status checkOctets(const Ctx *ctx, const AuthSafeKind &kind, const uint8_t *value, int32_t length) {
+Status checkOctets(const AuthSafeCtx *ctx, const AuthSafeKind &kind, const uint8_t *value, int32_t length) {
     KA_PASS(checkContext(ctx, kind));
     KA_PASS(checkPointers({value}));
     return length > 0 ? KACERT_Ok : KA_FAIL(KACERT_InvalidParamErr, RefusedArgument);
@@ -212,10 +212,8 @@ using namespace karil;
     int32_t KA_PKCS12_DecodeAuthSafeOf##TYPE(AuthSafeCtx *ctx, const uint8_t *der, int32_t length) {                   \
         return KA_FRAMED("KA_PKCS12_DecodeAuthSafeOf" #TYPE, decode(ctx, KIND, der, length));                          \
     }                                                                                                                  \
-    int32_t KA_PKCS12_CreateDecodeAuthSafeOf##TYPE(AuthSafeCtx **)                                                     \
-        __attribute__((alias("KA_PKCS12_CreateEncodeAuthSafeOf" #TYPE)));                                              \
-    int32_t KA_PKCS12_DestoryDecodeAuthSafeOf##TYPE(AuthSafeCtx *)                                                     \
-        __attribute__((alias("KA_PKCS12_DestoryEncodeAuthSafeOf" #TYPE)))
+    KA_ALIAS(KA_PKCS12_CreateDecodeAuthSafeOf##TYPE, KA_PKCS12_CreateEncodeAuthSafeOf##TYPE);                          \
+    KA_ALIAS(KA_PKCS12_DestoryDecodeAuthSafeOf##TYPE, KA_PKCS12_DestoryEncodeAuthSafeOf##TYPE)
 
 KA_AUTH_SAFE(DataType, UnderMac);
 KA_AUTH_SAFE(SignedType, UnderSignatures);

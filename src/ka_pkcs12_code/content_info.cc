@@ -14,8 +14,8 @@ template <class Ctx> EncryptedContentCtx *contentOf(const Ctx *ctx) {
 }
 
 // A context with version 0 and an encrypted content of its own.
-template <auto Create, auto Destroy, auto SetInt, auto Attach, class Ctx>
-Status createPrepared(Ctx **out, int32_t version, Status (*finish)(Ctx *)) {
+template <auto Create, auto Destroy, auto SetInt, auto Attach, class Ctx, class Finish>
+Status createPrepared(Ctx **out, int32_t version, const Finish &finish) {
     Ctx *ctx = nullptr;
     KA_PASS(Create(out != nullptr ? &ctx : nullptr));
     std::unique_ptr<Ctx, By<Destroy>> owned(ctx);
@@ -200,8 +200,8 @@ int32_t KA_PKCS12_SetContentInfoOfEncryptedType_SafeContent(EncryptedDataCtx *ct
     return KA_PKCS7_SetEncryptedDataAttributeChar(ctx, PKCS7_ENCRYPTEDDATA_CONTENTENCRYPTION_PARAMETER, value, length);
 }
 
-int32_t KA_PKCS12_SetContentInfoOfEncryptedType_DecContentFunc(EncryptedDataCtx *, KAHookFunc, const void *, int32_t)
-    __attribute__((alias("KA_PKCS12_SetContentInfoOfEncryptedType_EncContentFunc")));
+KA_ALIAS(KA_PKCS12_SetContentInfoOfEncryptedType_DecContentFunc,
+         KA_PKCS12_SetContentInfoOfEncryptedType_EncContentFunc);
 
 int32_t KA_PKCS12_EncodeContentInfoOfEncryptedType(EncryptedDataCtx *ctx, uint8_t *result, uint32_t *resultLength) {
     return KA_PKCS7_EncodePKCS7EncryptedData(ctx, result, resultLength);

@@ -167,8 +167,7 @@ Status setMacPassword(PfxMac &mac, int32_t digestId, Bytes password) {
         return KA_FAIL(status, "------------>KA_PKCS12_GenRandomFromPassword");
     mac.parameter = {digestId, mac.key.octets, MacKeySize};
     mac.record.macFunc = KA_HMACFunc_Ref;
-    setPart(mac.record.macFuncParameter,
-            {reinterpret_cast<const uint8_t *>(&mac.parameter), sizeof mac.parameter}, 0);
+    setPart(mac.record.macFuncParameter, {reinterpret_cast<const uint8_t *>(&mac.parameter), sizeof mac.parameter}, 0);
     return KACERT_Ok;
 }
 
@@ -180,13 +179,13 @@ int32_t KA_PKCS12_CreateEncodePfx(PfxCtx **out) {
     return KA_FRAMED("KA_PKCS12_CreateEncodePfx", create(out));
 }
 
-int32_t KA_PKCS12_CreateDecodePfx(PfxCtx **) __attribute__((alias("KA_PKCS12_CreateEncodePfx")));
+KA_ALIAS(KA_PKCS12_CreateDecodePfx, KA_PKCS12_CreateEncodePfx);
 
 int32_t KA_PKCS12_DestroyEncodePFX(PfxCtx *ctx) {
     return KA_FRAMED("KA_PKCS12_DestroyEncodePFX", destroy(ctx));
 }
 
-int32_t KA_PKCS12_DestroyDecodePFX(PfxCtx *) __attribute__((alias("KA_PKCS12_DestroyEncodePFX")));
+KA_ALIAS(KA_PKCS12_DestroyDecodePFX, KA_PKCS12_DestroyEncodePFX);
 
 int32_t KA_PKCS12_SetPrivateKey(PfxCtx *ctx, const uint8_t *value, int32_t length) {
     return KA_FRAMED("KA_PKCS12_SetPrivateKey", setPrivateKey(ctx, value, length));
@@ -198,8 +197,8 @@ int32_t KA_PKCS12_SetPrivateKey_Attribute(PfxCtx *ctx, const uint8_t *name, int3
                      setKeyAttribute(ctx, {name, nameLength, value, valueLength}, keyAttributesOf));
 }
 
-int32_t KA_PKCS12_SetPrivateKeyBag_Attribute(PfxCtx *ctx, const uint8_t *name, int32_t nameLength,
-                                             const uint8_t *value, int32_t valueLength) {
+int32_t KA_PKCS12_SetPrivateKeyBag_Attribute(PfxCtx *ctx, const uint8_t *name, int32_t nameLength, const uint8_t *value,
+                                             int32_t valueLength) {
     return KA_FRAMED("KA_PKCS12_SetPrivateKeyBag_Attribute",
                      setKeyAttribute(ctx, {name, nameLength, value, valueLength}, bagAttributesOf));
 }

@@ -62,10 +62,10 @@ Status decipher(Opener &opener, const PbeAlgorithm &algorithm, Bytes salt, uint3
     if (out.block == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------------>KAPR_Malloc");
     out.size = static_cast<uint32_t>(cipherText.size());
-    KA_STEP(KA_PKCS12_PbeWithDigestAlgoAndDecrypt(
-        algorithm.oid.data(), static_cast<uint32_t>(algorithm.oid.size()), opener.password.data(),
-        static_cast<uint32_t>(opener.password.size()), salt.data(), static_cast<uint32_t>(salt.size()), iterations,
-        cipherText.data(), out.size, out.block.get(), &out.length));
+    KA_STEP(KA_PKCS12_PbeWithDigestAlgoAndDecrypt(algorithm.oid.data(), static_cast<uint32_t>(algorithm.oid.size()),
+                                                  opener.password.data(), static_cast<uint32_t>(opener.password.size()),
+                                                  salt.data(), static_cast<uint32_t>(salt.size()), iterations,
+                                                  cipherText.data(), out.size, out.block.get(), &out.length));
     return KACERT_Ok;
 }
 
@@ -74,7 +74,7 @@ int32_t digestOf(const Anybuf &oid) {
     constexpr uint8_t OidMd2[] = {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x02, 0x02};
     constexpr uint8_t OidMd5[] = {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x02, 0x05};
     const Bytes octets = bytesOf(oid);
-    return equal(octets, OidSha1) ? KA_DIGEST_SHA1
+    return equal(octets, OidSha1)  ? KA_DIGEST_SHA1
            : equal(octets, OidMd5) ? KA_DIGEST_MD5
            : equal(octets, OidMd2) ? KA_DIGEST_MD2
                                    : 0;

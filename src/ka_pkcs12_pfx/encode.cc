@@ -1,6 +1,7 @@
 // PFX files: writing.
 #include "ka_pkcs12_pfx.h"
 
+#include "cipher.h"
 #include "ka_pkcs7_EncryptedData.h"
 
 #include "karil/pkcs12_content_info.h"
@@ -69,8 +70,9 @@ Status writeKeyInfo(Writer &out, const PfxCtx &ctx, Bytes password) {
         const ContentFrame frame(out, contentTypeOid(PKCS7_TYPE_DATA), uint64_t{key.length} + BagSize);
         const Construct data(out, TagOctetString, uint64_t{key.length} + BagSize);
         const Construct contents(out, TagSequence, uint64_t{key.length} + BagSize);
-        writeSafeBag(out, OidShroudedKeyBag, ctx.bagAttributes.next,
-                     [&] { writeEncKeyBag(out, OidTripleDes, parameter.since(0), {key.block.get(), key.length}); });
+        writeSafeBag(out, OidShroudedKeyBag, ctx.bagAttributes.next, [&] {
+            writeEncKeyBag(out, OidTripleDes, parameter.since(0), {key.block.get(), key.length});
+        });
     }
     KA_STEP_AS("------------>KA_PKCS12_EncodeContentInfoOfDataType", out.status());
     return KACERT_Ok;

@@ -15,7 +15,7 @@ constexpr uint8_t OidSha1[] = {0x2B, 0x0E, 0x03, 0x02, 0x1A};
 // The octets of a MAC's key, whatever its digest.
 constexpr uint32_t MacKeySize = 20;
 
-// The MAC of a file, with a key in a parameter that is not the record's own.
+// The MAC of a file, over octets that are not the record's own.
 struct PfxMac {
     MacRecord record = {};
     Secret<MacKeySize> key;
@@ -24,7 +24,10 @@ struct PfxMac {
     PfxMac() { initMac(record); }
     PfxMac(const PfxMac &) = delete;
     PfxMac &operator=(const PfxMac &) = delete;
-    ~PfxMac() { clearMac(record); }
+    ~PfxMac() {
+        KI_ClearAnybuf(&record.macInput); // not wiped: it is the file's
+        clearMac(record);
+    }
 };
 // Derives the key from the record's salt and iterations, and sets the hook. An unknown digest is left to the hook.
 [[nodiscard]] Status setMacPassword(PfxMac &mac, int32_t digestId, Bytes password);
