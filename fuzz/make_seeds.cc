@@ -459,7 +459,7 @@ Octets pfxSeed(uint8_t keyAlgorithm, uint8_t certAlgorithm, bool isKeyFirst) {
                 seq({seq({algorithm("2B 0E 03 02 1A"), tlv(0x04, mac)}), tlv(0x04, text("salt")), hex("02 01 01")})});
 }
 void addPfx(Folder files, Folder safes, Folder programs) {
-    for (const uint8_t algorithm : {1, 2, 3, 4, 5, 6}) {
+    for (uint8_t algorithm = 1; algorithm <= 6; ++algorithm) {
         files.add(pfxSeed(algorithm, static_cast<uint8_t>(7 - algorithm), algorithm % 3 == 0));
         safes.add(pfxSeed(algorithm, algorithm, false));
     }
