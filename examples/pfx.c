@@ -142,7 +142,7 @@ int main(int count, char **arguments) {
     } else if (count > 5 && count < 14 && strcmp(arguments[1], "open") == 0) {
         const Octets file = readFile(arguments[2]);
         const Octets key = readFile(arguments[5]);
-        Octets certificates[8];
+        Octets certificates[8] = {{NULL, 0}};
         for (int i = 6; i < count; ++i)
             certificates[i - 6] = readFile(arguments[i]);
         openFile(file, arguments[3], (int32_t)strtol(arguments[4], NULL, 10), key, certificates, (uint32_t)(count - 6));
