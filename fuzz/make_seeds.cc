@@ -1,4 +1,5 @@
 // Writes what the fuzzer starts from: make_seeds FOLDER fills FOLDER/TARGET for each target.
+#include "bags.h"
 #include "issuer.h"
 #include "whole_messages.h"
 
@@ -471,6 +472,19 @@ void addPfx(Folder files, Folder safes, Folder programs) {
         {2, 'p', 'w', 8, 3, 'k', 'e', 'y', 9, 4, 'c', 'e', 'r', 't', 0, 1, 5, 1, 6, 1, 1, 5, 1, 6, 3, 1, 5, 1, 6}, {});
 }
 
+// Each bag with all its fields and attributes, and a program that sets them.
+void addBags(Folder bags) {
+    withEachBag([&](auto kit) {
+        Bag<decltype(kit)> bag;
+        for (const auto &field : kit.Fields)
+            must(bag.set(field.name, hex("30 06 04 01 73 02 01 05")) == KACERT_Ok, "a field can be set");
+        for (int i = 0; i < 2; ++i)
+            bag.set("attribute 2A03", hex("05 00"));
+        bags.add({0}, hex(bag.encoded()));
+    });
+    bags.add(hex("01 00 01 00 01 02 2A 03 02 03 30 01 61 00 02 05 00 03 02 05 00"));
+}
+
 } // namespace
 
 int main(int count, char **arguments) {
@@ -498,5 +512,6 @@ int main(int count, char **arguments) {
     addIndefinite(folder("indefinite"));
     addSigners(folder("signers"));
     addMessages(folder("messages"));
+    addBags(folder("pkcs12_bags"));
     return 0;
 }
