@@ -63,5 +63,7 @@ void registerPem();
 void registerGrowth();
 void registerCrl();
 void registerCsr();
+void registerPkcs12Crypt();
+void registerPfx();
 
 } // namespace karil_bench

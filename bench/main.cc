@@ -34,5 +34,7 @@ int main(int argc, char **argv) {
     registerGrowth();
     registerCrl();
     registerCsr();
+    registerPkcs12Crypt();
+    registerPfx();
     return benchmark::RunSpecifiedBenchmarks() > 0 ? 0 : 1;
 }
