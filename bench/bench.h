@@ -63,5 +63,6 @@ void registerPem();
 void registerGrowth();
 void registerCrl();
 void registerCsr();
+void registerBags();
 
 } // namespace karil_bench

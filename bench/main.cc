@@ -34,5 +34,6 @@ int main(int argc, char **argv) {
     registerGrowth();
     registerCrl();
     registerCsr();
+    registerBags();
     return benchmark::RunSpecifiedBenchmarks() > 0 ? 0 : 1;
 }
