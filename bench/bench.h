@@ -63,6 +63,8 @@ void registerPem();
 void registerGrowth();
 void registerCrl();
 void registerCsr();
+void registerPkcs12Crypt();
+void registerPfx();
 void registerBags();
 
 } // namespace karil_bench

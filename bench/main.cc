@@ -34,6 +34,8 @@ int main(int argc, char **argv) {
     registerGrowth();
     registerCrl();
     registerCsr();
+    registerPkcs12Crypt();
+    registerPfx();
     registerBags();
     return benchmark::RunSpecifiedBenchmarks() > 0 ? 0 : 1;
 }

@@ -8,6 +8,7 @@
 #include "karil/pkcs12_safe.h"
 #include "karil/pkcs12_typed_bags.h"
 
+#include "ka_pkcs12_base.h"
 #include "ka_pkcs7_base.h"
 
 namespace karil {
@@ -97,5 +98,18 @@ struct SafeBagParts {
 // SafeContents ::= SEQUENCE OF SafeBag
 // The bags, each whole. They are written into a Construct with TagSequence.
 [[nodiscard]] Status readSafeContents(const Element &element, Level &bags);
+
+// PFX ::= SEQUENCE { version INTEGER, authSafe ContentInfo, macData MacData OPTIONAL }
+// Under a MAC over the AuthenticatedSafe, which is the MAC's input.
+constexpr int32_t PfxVersion = 3;
+[[nodiscard]] Status writePfx(Writer &out, int32_t version, MacRecord &mac);
+struct PfxParts {
+    int32_t version = 0;
+    Element authSafe; // a whole ContentInfo
+    Element macData;  // nothing if there is none
+};
+[[nodiscard]] Status readPfx(const Element &element, PfxParts &out);
+// AuthenticatedSafe ::= SEQUENCE OF ContentInfo
+[[nodiscard]] Status readAuthenticatedSafe(const Element &element, Level &contentInfos);
 
 } // namespace karil

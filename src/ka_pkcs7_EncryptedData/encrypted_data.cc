@@ -61,17 +61,11 @@ Status open(Ctx &ctx, const uint8_t *der, int32_t length, Element &content) {
     return KA_FAIL(KACERT_InvalidItemErr, "------>KI_MakeSequenceToContent");
 }
 
-// EncryptedData ::= SEQUENCE { version, encryptedContentInfo }
 Status decode(Ctx *ctx, const uint8_t *der, int32_t length) {
     KA_PASS(checkArguments({ctx}));
     Element content;
     KA_PASS(open(*ctx, der, length, content));
-    Level fields;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(content, fields));
-    KA_PASS(takeVersion(fields, KACERT_InvalidItemErr, *ctx));
-    Element field;
-    KA_PASS(takeField(fields, field, KACERT_InvalidItemErr, "------>KACERT_InvalidItemErr"));
-    return readEncrypted(field, ctx->encryptedContent, ctx);
+    return readEncryptedData(content, *ctx);
 }
 
 } // namespace
@@ -91,6 +85,16 @@ Status writeEncryptedData(Writer &out, EncryptedDataCtx &ctx, uint32_t bound) {
     }
     KA_STEP_AS("------>KI_MakeContentToSequence", out.status());
     return KACERT_Ok;
+}
+
+// EncryptedData ::= SEQUENCE { version, encryptedContentInfo }
+Status readEncryptedData(const Element &element, EncryptedDataCtx &ctx) {
+    Level fields;
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(element, fields));
+    KA_PASS(takeVersion(fields, KACERT_InvalidItemErr, ctx));
+    Element field;
+    KA_PASS(takeField(fields, field, KACERT_InvalidItemErr, "------>KACERT_InvalidItemErr"));
+    return readEncrypted(field, ctx.encryptedContent, &ctx);
 }
 
 } // namespace karil

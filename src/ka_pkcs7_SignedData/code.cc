@@ -42,18 +42,10 @@ Status encode(Ctx *ctx, uint8_t *result, uint32_t *resultLength) {
         return KACERT_Ok;
     }
     KA_PASS(checkFields(*ctx));
-    if (giveContent(signersOf(*ctx), bytesOf(ctx->contentType.oid), sharedContentOf(*ctx)) != KACERT_Ok)
+    if (giveSigners(*ctx) != KACERT_Ok)
         return answerNothing(resultLength);
-    const uint64_t expected = uint64_t{ctx->content.length} + sizeOfCertificates(listsOf(*ctx)) +
-                              uint64_t{ctx->signerCount} * SignerSize + 256;
     Writer out;
-    out.reserve(expected);
-    {
-        const ContentFrame frame(out, contentTypeOid(PKCS7_TYPE_SIGNEDDATA), expected);
-        const Construct message(out, TagSequence, expected);
-        KA_PASS(writeFields(out, *ctx));
-    }
-    KA_STEP_AS("------>KI_MakeContentToSequence", out.status());
+    KA_PASS(writeSignedData(out, *ctx));
     return handOut(out, result, resultLength);
 }
 
@@ -99,6 +91,23 @@ Status decode(Ctx *ctx, const uint8_t *der, int32_t length) {
 }
 
 } // namespace
+
+Status giveSigners(SignedDataCtx &ctx) {
+    return giveContent(signersOf(ctx), bytesOf(ctx.contentType.oid), sharedContentOf(ctx));
+}
+
+Status writeSignedData(Writer &out, SignedDataCtx &ctx) {
+    const uint64_t expected =
+        uint64_t{ctx.content.length} + sizeOfCertificates(listsOf(ctx)) + uint64_t{ctx.signerCount} * SignerSize + 256;
+    out.reserve(expected);
+    {
+        const ContentFrame frame(out, contentTypeOid(PKCS7_TYPE_SIGNEDDATA), expected);
+        const Construct message(out, TagSequence, expected);
+        KA_PASS(writeFields(out, ctx));
+    }
+    KA_STEP_AS("------>KI_MakeContentToSequence", out.status());
+    return KACERT_Ok;
+}
 
 } // namespace karil
 
