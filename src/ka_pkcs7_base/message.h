@@ -178,7 +178,16 @@ constexpr uint32_t SignerSize = 1024;
 
 // Hands an encrypted content over to a message that has none.
 [[nodiscard]] Status takeEncryptedContent(EncryptedContentCtx *&field, EncryptedContentCtx *given, const void *message);
+template <class Ctx> [[nodiscard]] Status giveEncrypted(Ctx *ctx, EncryptedContentCtx *content) {
+    KA_PASS(checkArguments({ctx, content}));
+    return takeEncryptedContent(ctx->encryptedContent, content, ctx);
+}
+// Stores it, if there is one.
 [[nodiscard]] Status answerEncryptedContent(EncryptedContentCtx *field, EncryptedContentCtx **out);
+template <class Ctx> [[nodiscard]] Status getEncrypted(const Ctx *ctx, EncryptedContentCtx **out) {
+    KA_PASS(checkArguments({ctx}));
+    return answerEncryptedContent(ctx->encryptedContent, out);
+}
 // Writes it with the message's content type and content.
 [[nodiscard]] Status writeEncrypted(Writer &out, EncryptedContentCtx &encrypted, Bytes contentType, Bytes content,
                                     uint32_t bound);
