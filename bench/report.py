@@ -140,7 +140,7 @@ def machine():
 
 # The chart. It brings its own light ground, so that it reads the same on a dark page.
 WIDTH, TOP, STEP = 880, 78, 32
-LEFT, RIGHT = 250, 650  # of the plot
+LEFT, RIGHT = 290, 660  # of the plot
 LOWEST, HIGHEST = 0.01, 10.0
 INK, FAINT, GROUND, GOOD, BAD = "#1f2328", "#6e7781", "#ffffff", "#2f6fb4", "#c2491d"
 
