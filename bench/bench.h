@@ -66,5 +66,7 @@ void registerCsr();
 void registerPkcs12Crypt();
 void registerPfx();
 void registerBags();
+void registerMessages();
+void registerOcsp();
 
 } // namespace karil_bench

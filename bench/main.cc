@@ -37,5 +37,7 @@ int main(int argc, char **argv) {
     registerPkcs12Crypt();
     registerPfx();
     registerBags();
+    registerMessages();
+    registerOcsp();
     return benchmark::RunSpecifiedBenchmarks() > 0 ? 0 : 1;
 }

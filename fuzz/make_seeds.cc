@@ -417,6 +417,17 @@ void addMessages(Folder messages) {
     addMessage<EncryptedDataCtx>(messages, 58, {59, 60});
     addMessage<SignedAndEnvelopedDataCtx>(messages, 44, {45, 46, 47, 48, 49, 50});
 }
+// Programs of the target that builds: a message of each kind with one of each part. First the kind and the version;
+// attributes; parts by number; each part's hooks and attributes.
+void addMessagePrograms(Folder programs) {
+    programs.add({0, 0, 1, 0, 0, 4, 'a', 'b', 'c', 'd', 0, 1, 3}, {});
+    const Octets signer = {1, 3, 1, 0, 2, 0, 2, 0, 1, 2, 0};
+    programs.add(cat({{1, 1, 1, 0, 1, 1, 1, 1, 0, 3, 'a', 'b', 'c', 2}, signer, signer}));
+    programs.add({2, 0, 0, 0, 3, 'a', 'b', 'c', 0, 3, 'k', 'e', 'y', 0x14, 1, 3, 0, 1, 3, 0}, {});
+    programs.add({3, 0, 0, 0, 3, 'a', 'b', 'c', 0x10, 1, 3, 0}, {});
+    programs.add(
+        cat({{4, 1, 1, 0, 1, 1, 1, 1, 0, 3, 'a', 'b', 'c', 0, 3, 'k', 'e', 'y', 0x15}, signer, {1, 3, 0, 1, 3, 0}}));
+}
 
 // The octets under the password "pw" and the salt "salt", by one round.
 Octets enciphered(const Octets &algorithm, const Octets &plain) {
@@ -541,5 +552,6 @@ int main(int count, char **arguments) {
     addBags(folder("pkcs12_bags"));
     addPkcs12Crypt(folder("pkcs12_crypt"));
     addForeign(folder("pkcs12_foreign"));
+    addMessagePrograms(folder("messages_build"));
     return 0;
 }

@@ -1,6 +1,7 @@
 #include "crypto.h"
 #include "messages.h"
 #include "rows.h"
+#include "whole_messages.h"
 
 #include <openssl/pkcs7.h>
 
@@ -151,6 +152,25 @@ void setVerifyHooks(SignerInfoCtx &ctx) {
     constexpr int32_t Sha1 = KA_DIGEST_SHA1;
     KA_PKCS7_SetSignerInfoDigestFunc(&ctx, KA_DigestFunc_Ref, &Sha1, sizeof Sha1);
     KA_PKCS7_SetSignerInfoDecSignFunc(&ctx, KA_PublicKeyDecryptFunc_Ref, &keyPair().open, sizeof keyPair().open);
+}
+
+// What a signature opens to must be the whole DigestInfo: a part of it, nothing, or more than it is no good signature.
+TEST(Pkcs7Signer, OpenedBlocksOfAnotherLength) {
+    const SignerPtr ctx = plainSigner();
+    set(*ctx, PKCS7_SIGNER_CONTENTTYPE, DataOid);
+    set(*ctx, PKCS7_SIGNER_CONTENT, "content");
+    ASSERT_NE(written(*ctx)[0], 's');
+    EXPECT_EQ(verdictOf(ctx.get()), "0 200");
+    Anybuf &signature = ctx->encryptedDigest; // which the hook opens by copying it
+    const uint32_t size = signature.length;
+    for (const uint32_t length : {size - 1, 1u, 0u}) {
+        signature.length = length;
+        EXPECT_EQ(verdictOf(ctx.get()), "0 300") << length;
+    }
+    signature.length = size;
+    EXPECT_EQ(verdictOf(ctx.get()), "0 200");
+    KA_PKCS7_SetSignerInfoDecSignFunc(ctx.get(), plainHook, "l", 1);
+    EXPECT_EQ(verdictOf(ctx.get()), "0 300");
 }
 
 TEST(Pkcs7Signer, Verdicts) {

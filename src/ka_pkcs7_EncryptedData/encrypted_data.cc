@@ -30,16 +30,6 @@ void clearContext(Ctx &ctx) {
     ctx.kept = nullptr;
 }
 
-Status setEncrypted(Ctx *ctx, EncryptedContentCtx *content) {
-    KA_PASS(checkArguments({ctx, content}));
-    return takeEncryptedContent(ctx->encryptedContent, content, ctx);
-}
-
-Status getEncrypted(const Ctx *ctx, EncryptedContentCtx **content) {
-    KA_PASS(checkArguments({ctx}));
-    return answerEncryptedContent(ctx->encryptedContent, content);
-}
-
 Status encode(Ctx *ctx, uint8_t *result, uint32_t *resultLength) {
     KA_PASS(checkArguments({ctx, resultLength}));
     Writer out;
@@ -137,7 +127,7 @@ int32_t KA_PKCS7_GetEncryptedDataAttributeChar(EncryptedDataCtx *ctx, int32_t id
 }
 
 int32_t KA_PKCS7_SetEncrytpedData_EncryptedContent(EncryptedDataCtx *ctx, EncryptedContentCtx *content) {
-    return KA_FRAMED("KA_PKCS7_SetEncrytpedData_EncryptedContent", setEncrypted(ctx, content));
+    return KA_FRAMED("KA_PKCS7_SetEncrytpedData_EncryptedContent", giveEncrypted(ctx, content));
 }
 
 int32_t KA_PKCS7_GetEncrytpedData_EncryptedContent(const EncryptedDataCtx *ctx, EncryptedContentCtx **content) {
