@@ -39,8 +39,8 @@ static void addCertificate(PfxCtx *ctx, Octets der, int32_t index, const char *n
 }
 
 static Octets makeFile(Octets key, Octets leaf, Octets root, const char *password) {
-    uint8_t id[22] = {0x04,
-                      20}; /* OCTET STRING: that key and certificate have the same says that they belong together */
+    /* An OCTET STRING: that key and certificate have the same says that they belong together. */
+    uint8_t id[22] = {0x04, 20};
     uint8_t value[128];
     uint32_t length = 0;
     PfxCtx *ctx = NULL;
