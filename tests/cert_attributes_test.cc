@@ -11,22 +11,11 @@ TEST(CertAttributes, CreationAndArguments) {
     EXPECT_EQ(ctx->innerSignatureAlgorithm.id, 1u);
     EXPECT_EQ(ctx->publicKeyAlgorithm.id, 1u);
     EXPECT_EQ(dump(*ctx), "");
-    EXPECT_EQ(KACert_DestroyCertEncodeCtx(nullptr), KACERT_Ok);
-    EXPECT_EQ(KACert_DestroyCertDecodeCtx(nullptr), KACERT_Ok);
     const uint8_t octet = 1;
     for (const int32_t id : {int32_t{CERT_SERIALNUMBER}, int32_t{CERT_ISSUER_EMAIL}, 99999})
         for (const int32_t length : {0, -1, INT32_MIN})
             EXPECT_EQ(KACert_SetCertAttributeChar(ctx.get(), id, &octet, length), KACERT_InvalidLengthErr) << id;
     EXPECT_EQ(KACert_SetCertAttributeInt(ctx.get(), CERT_SERIALNUMBER, 1), KACERT_AttributeNotSupportErr);
-}
-
-ROWS(CertAttributes, IdsThatAreNotSet) {
-    const CertPtr ctx = create<CertEncodeCtx>();
-    for (const std::string &id : row.list("ids")) {
-        const Trace trace;
-        EXPECT_EQ(set(*ctx, std::stoi(id), "x"), KACERT_AttributeNotSupportErr) << id;
-        EXPECT_TRUE(trace.has("------>Set KACERT_AttributeNotSupportErr")) << id;
-    }
 }
 
 SWEPT_ROWS(CertAttributes, Sets) {
