@@ -63,5 +63,7 @@ void registerPem();
 void registerGrowth();
 void registerCrl();
 void registerCsr();
+void registerMessages();
+void registerOcsp();
 
 } // namespace karil_bench

@@ -34,5 +34,7 @@ int main(int argc, char **argv) {
     registerGrowth();
     registerCrl();
     registerCsr();
+    registerMessages();
+    registerOcsp();
     return benchmark::RunSpecifiedBenchmarks() > 0 ? 0 : 1;
 }

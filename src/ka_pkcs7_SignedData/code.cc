@@ -14,8 +14,12 @@ void writeInfo(Writer &out, const Ctx &ctx) {
     const Bytes content = bytesOf(ctx.content);
     const Construct info(out, TagSequence, content.size() + type.size() + 14);
     out.objectId(type);
-    if (!content.empty() && type.size() == ContentTypeSize)
-        writeTaggedContent(out, isContentType(type, PKCS7_TYPE_DATA), content);
+    if (content.empty() || type.size() != ContentTypeSize)
+        return;
+    const Construct tagged(out, taggedSet(0), content.size() + 6);
+    if (isContentType(type, PKCS7_TYPE_DATA))
+        out.head(TagOctetString, content.size());
+    out.apart(content);
 }
 
 // SignedData ::= SEQUENCE { version, digestAlgorithms, contentInfo, [0] certificates OPTIONAL, [1] crls OPTIONAL,
@@ -44,10 +48,10 @@ Status encode(Ctx *ctx, uint8_t *result, uint32_t *resultLength) {
     KA_PASS(checkFields(*ctx));
     if (giveContent(signersOf(*ctx), bytesOf(ctx->contentType.oid), sharedContentOf(*ctx)) != KACERT_Ok)
         return answerNothing(resultLength);
-    const uint64_t expected = uint64_t{ctx->content.length} + sizeOfCertificates(listsOf(*ctx)) +
-                              uint64_t{ctx->signerCount} * SignerSize + 256;
+    const uint64_t besides = sizeOfCertificates(listsOf(*ctx)) + SignerSize;
+    const uint64_t expected = ctx->content.length + besides;
     Writer out;
-    out.reserve(expected);
+    out.reserve(besides);
     {
         const ContentFrame frame(out, contentTypeOid(PKCS7_TYPE_SIGNEDDATA), expected);
         const Construct message(out, TagSequence, expected);
@@ -84,7 +88,7 @@ Status readFields(const Element &element, Ctx &ctx) {
     uint32_t count = 0;
     KA_PASS(keepSet(field, ctx.signerSet, count, signers));
     const SharedContent content = sharedContentOf(ctx);
-    KA_PASS(readSigners(signers, signersOf(ctx), bytesOf(ctx.contentType.oid), &content));
+    KA_PASS(readSigners(signers, signersOf(ctx), keptType(ctx), &content));
     ctx.signerInfosSet = 1;
     return KACERT_Ok;
 }

@@ -139,6 +139,11 @@ template <class Ctx> SharedContent sharedContentOf(const Ctx &ctx) {
     return {ctx.sharedContent, bytesOf(ctx.content)};
 }
 
+// The content type of a message that was decoded, as long as it keeps that.
+template <class Ctx> Element keptType(const Ctx &ctx) {
+    return {TagObjectId, bytesOf(ctx.contentType.oid), true};
+}
+
 // [0] certificates OPTIONAL, [1] crls OPTIONAL
 struct Certificates {
     uint8_t &certificatesSet;
