@@ -32,6 +32,7 @@ using Decode = bool (*)(Bytes der);
 bool decodeWithKaril(Bytes der);
 bool decodeWithLibcrypto(Bytes der);
 bool decodeWithMbedtls(Bytes der);
+bool decodeWithMbedtlsAndMktime(Bytes der);
 bool decodeWithGnutls(Bytes der);
 
 // The certificates of the ca-certificates package that karil and all its peers decode.

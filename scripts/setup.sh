@@ -9,7 +9,10 @@ for group in "$@"; do
     build) packages="$packages g++ cmake ninja-build pkgconf libssl-dev nettle-dev" ;;
     test) packages="$packages libgtest-dev ca-certificates openssl tzdata" ;;
     check) packages="$packages clang clang-format clang-tidy libclang-rt-dev python3" ;;
-    bench) packages="$packages libbenchmark-dev libmbedtls-dev libgnutls28-dev python3 ca-certificates tzdata" ;;
+    bench)
+        packages="$packages libbenchmark-dev libmbedtls-dev libgnutls28-dev python3 python3-matplotlib ca-certificates"
+        packages="$packages tzdata"
+        ;;
     coverage) packages="$packages gcovr" ;;
     arm64) packages="$packages g++-aarch64-linux-gnu qemu-user" ;;
     s390x) packages="$packages g++-s390x-linux-gnu qemu-user" ;;
