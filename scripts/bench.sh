@@ -40,4 +40,4 @@ zoned='^decode-(cert|crl|crl-30|crl-1000)(-random)?/(karil|mbedtls)'
 run unset "$zoned" -u TZ
 run shanghai "$zoned" TZ=Asia/Shanghai
 echo
-python3 bench/report.py "$folder" docs/bench.svg
+/usr/bin/python3 bench/report.py "$folder" docs/bench.svg
