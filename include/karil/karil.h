@@ -19,6 +19,7 @@
 #include "karil/ocsp_request.h"
 #include "karil/ocsp_response.h"
 #include "karil/oid.h"
+#include "karil/oids.h"
 #include "karil/pem.h"
 #include "karil/pkcs7.h"
 #include "karil/pkcs7_data.h"
@@ -30,7 +31,9 @@
 #include "karil/pkcs7_signed.h"
 #include "karil/pkcs7_signed_enveloped.h"
 #include "karil/pkcs7_signer.h"
+#include "karil/status.h"
 #include "karil/text.h"
 #include "karil/verify.h"
+#include "karil/version.h"
 
 #endif
