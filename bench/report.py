@@ -244,14 +244,16 @@ def chart(context, figures, picture):
     axes.set_xscale("log")
     axes.xaxis.tick_top()
     axes.set_xticks([0.01, 0.1, 1, 10], ["1/100", "1/10", "1", "10"])
+    axes.minorticks_off()
     axes.axvline(1, color=INK, linewidth=1)
     axes.grid(axis="x", color=FAINT, alpha=0.4, linewidth=0.6)
     axes.tick_params(length=0, colors=INK)
     for side in axes.spines.values():
         side.set_visible(False)
     axes.set_title("karil over its peer: left of 1, karil takes less time or memory\n", loc="left", weight="bold")
-    figure.text(0.01, 0.004, f"Mark: the bound. Blue: kept; red: not kept; grey: no bound.  {context['date'][:10]}, "
-                f"{machine()}\n{context['peers']}; {context['certificates']} certificates", color=FAINT, fontsize=8)
+    axes.set_xlabel(f"Mark: the bound. Blue: kept; red: not kept; grey: no bound.  {context['date'][:10]}, {machine()}\n"
+                    f"{context['peers']}; {context['certificates']} certificates", color=FAINT, fontsize=8)
+    axes.xaxis.set_label_position("bottom")
     figure.savefig(picture, format="svg", bbox_inches="tight", metadata={"Date": None, "Title": "karil beside its peers"})
 
 
