@@ -1,18 +1,18 @@
 #!/bin/sh
 # Issues certificates, decodes them and those of the ca-certificates package, runs a small certification authority,
-# asks an OCSP responder about what it issued, makes and opens messages and PFX files, and lets openssl and certtool
-# judge all that was written and write what is read.
+# asks an OCSP responder about what it issued, makes and opens messages and PFX files, signs with keys of its own and of
+# a token, and lets openssl and certtool judge all that was written and write what is read.
 # KARIL_BUILD_DIR: where to build, instead of build.
 set -eu
 cd "$(dirname "$0")/.."
 
-sh scripts/setup.sh build test
+sh scripts/setup.sh build test token
 root=$PWD
 build=${KARIL_BUILD_DIR:-build}
 folder=$build/release
 demo=$build/demo
 cmake -S . -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo
-cmake --build "$folder" --target issue_certificate certificate_authority messages ocsp pfx
+cmake --build "$folder" --target issue_certificate certificate_authority messages ocsp pfx hook token
 programs=$(cd "$folder/examples" && pwd)
 
 # Dates go out in local time under the letter Z, which others read as UTC.
@@ -165,5 +165,22 @@ for cipher in 3des-pkcs12 arcfour rc2-40; do
     certtool --to-p12 --load-privkey issued.key.pem --load-certificate issued.pem --p12-name "the leaf" \
         --password secret --hash SHA1 --pkcs-cipher "$cipher" --outder --outfile other.p12 2>certtool.txt
     "$pfx" open other.p12 secret 200 issued.key issued.der
+done
+
+echo
+echo "A prepared key and a token sign with SHA-256"
+mkdir tokens
+printf 'directories.tokendir = %s/tokens\nobjectstore.backend = file\n' "$PWD" >softhsm.conf
+SOFTHSM2_CONF=$PWD/softhsm.conf
+export SOFTHSM2_CONF
+openssl genpkey -quiet -algorithm RSA -pkeyopt rsa_keygen_bits:2048 -out token.key.pem
+softhsm2-util --init-token --free --label karil --so-pin 123456 --pin 1234
+softhsm2-util --import token.key.pem --token karil --label signer --id 01 --pin 1234
+"$programs/hook" authority.key .
+"$programs/token" /usr/lib/softhsm/libsofthsm2.so 1234 signer .
+for name in hook token; do
+    openssl x509 -inform DER -in "$name.der" -out "$name.pem"
+    openssl verify -CAfile "$name.pem" "$name.pem"
+    openssl x509 -in "$name.pem" -noout -text | grep -m 1 sha256WithRSAEncryption
 done
 echo "The demo is done: openssl and certtool agree with all that karil issued and wrote."
