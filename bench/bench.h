@@ -64,5 +64,7 @@ void registerGrowth();
 void registerCrl();
 void registerCsr();
 void registerPkcs12Crypt();
+void registerPfx();
+void registerBags();
 
 } // namespace karil_bench

@@ -35,5 +35,7 @@ int main(int argc, char **argv) {
     registerCrl();
     registerCsr();
     registerPkcs12Crypt();
+    registerPfx();
+    registerBags();
     return benchmark::RunSpecifiedBenchmarks() > 0 ? 0 : 1;
 }
