@@ -107,17 +107,20 @@ KARIL_API int32_t KA_PKCS12_EncodePFX(PfxCtx *ctx, const uint8_t *password, int3
  * for a wrong password or a file that was changed. That stops nothing: the status may be 0 all the same, or tell what
  * comes of octets deciphered with a wrong key. Of the AuthenticatedSafe the first two ContentInfos are read, as data or
  * as EncryptedData. Others are skipped, and so are bags other than certificates and shrouded keys, plain key bags too.
- * A key in the first ContentInfo comes without attributes. Of several keys the last one stays. At most 100,000,000
- * rounds are worked off, those of all derivations of a file together: a MAC by SHA-1 or a key of up to 20 octets takes
- * the rounds that the file asks for, a longer key twice as many, an IV once more. Departure: the key of a MAC has 20
- * octets, by MD5 and MD2 as well, where other programs take 16: theirs are PKCS7_VERDICT_BAD. Returns 0;
- * KACERT_InvalidItemErr, also for missing elements; KACERT_InvalidParamErr for a PFX without MacData, for more rounds,
- * for a key's parameter that is none, and for a bag that is not in [0]; KACERT_AlgorithmNotSupportErr for other ciphers
- * than those of pkcs12_crypt.h, such as PBES2; KAPKCS7_RsaOperationErr for a MAC by another digest than MD2, MD5 and
- * SHA-1; KAPKCS7_ContentTypeErr for an AuthenticatedSafe that is not data, and for a ContentInfo without content;
- * KACERT_InvalidTagErr; KACERT_LengthNotEqualErr; KACERT_InvalidLengthErr, also for padding that is refused, a cipher
- * text that is empty or no whole number of blocks, and a key's parameter above 100 octets; KACERT_MemoryErr. What was
- * read before a failure stays.
+ * A key in the first ContentInfo comes without attributes. Of several keys the last one stays.
+ *
+ * At most 100,000,000 rounds are worked off for a file: its rounds count once for each digest's length of octets that
+ * is derived with them, for keys, for IVs, and for the MAC's key. Departure: the key of a MAC has 20 octets, by MD5 and
+ * MD2 as well, where other programs take 16: theirs are PKCS7_VERDICT_BAD.
+ *
+ * Returns 0; KACERT_InvalidItemErr, also for missing elements;
+ * KACERT_InvalidParamErr for a PFX without MacData, for more rounds, for a key's parameter that is none, and for a bag
+ * that is not in [0]; KACERT_AlgorithmNotSupportErr for other ciphers than those of pkcs12_crypt.h, such as PBES2;
+ * KAPKCS7_RsaOperationErr for a MAC by another digest than MD2, MD5 and SHA-1; KAPKCS7_ContentTypeErr for an
+ * AuthenticatedSafe that is not data, and for a ContentInfo without content; KACERT_InvalidTagErr;
+ * KACERT_LengthNotEqualErr; KACERT_InvalidLengthErr, also for padding that is refused, a cipher text that is empty or
+ * no whole number of blocks, and a key's parameter above 100 octets; KACERT_MemoryErr. What was read before a failure
+ * stays.
  */
 KARIL_API int32_t KA_PKCS12_DecodePFX(PfxCtx *ctx, const uint8_t *password, int32_t passwordLength, const uint8_t *der,
                                       int32_t length, int32_t *macResult);
