@@ -24,6 +24,17 @@ template <class Node> [[nodiscard]] Status createNode(NodePtr<Node> &node) {
     return KACERT_Ok;
 }
 
+// The same with room for octets of its own behind it, at `octets`: see placePart().
+template <class Node> [[nodiscard]] Status createNode(NodePtr<Node> &node, uint64_t room, uint8_t *&octets) {
+    if (room > UINT32_MAX - sizeof(Node))
+        return KACERT_MemoryErr;
+    void *record = nullptr;
+    KA_PASS(createRecord(&node, static_cast<uint32_t>(sizeof(Node) + room), record));
+    node.reset(static_cast<Node *>(record));
+    octets = static_cast<uint8_t *>(record) + sizeof(Node);
+    return KACERT_Ok;
+}
+
 // A node that a caller adds, with an object identifier and a value.
 [[nodiscard]] Status copyPair(Anybuf &oid, Bytes oidOctets, Anybuf &value, Bytes valueOctets);
 template <class Node> [[nodiscard]] Status createPair(NodePtr<Node> &node, Bytes oid, Bytes value) {
@@ -62,12 +73,13 @@ template <auto Link, class Node> Node *nodeAt(Node *first, ListMarks &marks, int
 }
 
 // The node numbered `index`, from 1; without one `index` becomes their number.
-template <class Node> const Node *numbered(const Node *first, uint32_t &index) {
-    uint32_t count = 0;
+template <class Node> const Node *numbered(Node *first, ListMarks &marks, uint32_t &index) {
+    if (index <= INT32_MAX)
+        if (const Node *found = nodeAt<&Node::next>(first, marks, static_cast<int32_t>(index)); found != nullptr)
+            return found;
+    index = 0;
     for (const Node *node = first; node != nullptr; node = node->next)
-        if (++count == index)
-            return node;
-    index = count;
+        ++index;
     return nullptr;
 }
 
