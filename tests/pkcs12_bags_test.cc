@@ -209,16 +209,17 @@ TEST(Pkcs12Bags, CiphersMayGrow) {
 // The key that is answered may take the bag's place.
 TEST(Pkcs12Bags, KeysTakeTheBagsPlace) {
     Octets key = hex("30 12 02 01 07 30 06 06 02 2A 03 05 00 04 05 A1 A2 A3 A4 A5"),
-           shrouded = hex("30 16 30 0D 06 02 2A 03 30 07 04 02 51 52 02 01 05 04 05 A1 A2 A3 A4 A5");
+           shrouded = cat({hex("30 25 30 0D 06 02 2A 03 30 07 04 02 51 52 02 01 05 04 14"), Octets(20, 0xA1)});
     const Exact id(2), salt(2);
     uint32_t lengths[3] = {}, count = 0;
     int32_t version = 0;
     EXPECT_EQ(KA_PKCS12_ParseKeyBag(&version, id.data(), &lengths[0], key.data(), &lengths[1], key.data(), 20), 0);
     EXPECT_EQ(toHex(id.data(), lengths[0]) + " / " + toHex(key.data(), lengths[1]), "2A 03 / A1 A2 A3 A4 A5");
     EXPECT_EQ(KA_PKCS12_DealWithEncKeyBag(id.data(), &lengths[0], shrouded.data(), &lengths[1], salt.data(),
-                                          &lengths[2], &count, shrouded.data(), 24),
+                                          &lengths[2], &count, shrouded.data(), 39),
               0);
-    EXPECT_EQ(toHex(shrouded.data(), lengths[1]) + " / " + toHex(salt.data(), lengths[2]), "A1 A2 A3 A4 A5 / 51 52");
+    EXPECT_EQ(toHex(shrouded.data(), lengths[1]) + " / " + toHex(salt.data(), lengths[2]),
+              toHex(Octets(20, 0xA1)) + " / 51 52");
 }
 
 // Bags that cannot be taken apart.
