@@ -185,6 +185,43 @@ SWEPT_ROWS(Pkcs12Bags, GenEncKey) {
     EXPECT_EQ(count, static_cast<uint32_t>(iterations));
 }
 
+// A cipher may write 2,000 octets whatever it is given, and not claim to have written more.
+uint32_t claimed;
+int32_t growing(const uint8_t *, uint32_t, const uint8_t *, uint32_t, const uint8_t *, uint32_t, uint32_t,
+                const uint8_t *, uint32_t, uint8_t *output, uint32_t *outputLength) {
+    std::fill_n(output, 2000, uint8_t{0xEE});
+    *outputLength = claimed;
+    return 0;
+}
+TEST(Pkcs12Bags, CiphersMayGrow) {
+    const Exact one(hex("2A")), out(4096);
+    for (const uint32_t size : {2000u, 2001u, UINT32_MAX}) {
+        claimed = size;
+        uint32_t length = 0;
+        EXPECT_EQ(KA_PKCS12_GenEncKeyBag(one.data(), 1, one.data(), 1, nullptr, 0, one.data(), 1, 1, out.data(),
+                                         &length, growing),
+                  size == 2000 ? KACERT_Ok : KACERT_InvalidLengthErr);
+        EXPECT_EQ(length > 2000 ? toHex(out.data() + length - 2000, 2000) : "",
+                  size == 2000 ? toHex(Octets(2000, 0xEE)) : "");
+    }
+}
+
+// The key that is answered may take the bag's place.
+TEST(Pkcs12Bags, KeysTakeTheBagsPlace) {
+    Octets key = hex("30 12 02 01 07 30 06 06 02 2A 03 05 00 04 05 A1 A2 A3 A4 A5"),
+           shrouded = cat({hex("30 25 30 0D 06 02 2A 03 30 07 04 02 51 52 02 01 05 04 14"), Octets(20, 0xA1)});
+    const Exact id(2), salt(2);
+    uint32_t lengths[3] = {}, count = 0;
+    int32_t version = 0;
+    EXPECT_EQ(KA_PKCS12_ParseKeyBag(&version, id.data(), &lengths[0], key.data(), &lengths[1], key.data(), 20), 0);
+    EXPECT_EQ(toHex(id.data(), lengths[0]) + " / " + toHex(key.data(), lengths[1]), "2A 03 / A1 A2 A3 A4 A5");
+    EXPECT_EQ(KA_PKCS12_DealWithEncKeyBag(id.data(), &lengths[0], shrouded.data(), &lengths[1], salt.data(),
+                                          &lengths[2], &count, shrouded.data(), 39),
+              0);
+    EXPECT_EQ(toHex(shrouded.data(), lengths[1]) + " / " + toHex(salt.data(), lengths[2]),
+              toHex(Octets(20, 0xA1)) + " / 51 52");
+}
+
 // Bags that cannot be taken apart.
 ROWS(Pkcs12Bags, Split) {
     const Exact der(row.octets("der"));

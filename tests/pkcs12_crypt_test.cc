@@ -227,6 +227,18 @@ TEST(Pkcs12Crypt, HooksRefuse) {
     EXPECT_EQ(run(20, [&](auto... out) { return KA_HMACFunc_Ref(text("abc").data(), 3, out..., &parameter); }), want);
 }
 
+// RC4 reads no IV, and a password that is too long to be widened, or to be repeated up to a block, is not read.
+TEST(Pkcs12Crypt, WhatIsNotRead) {
+    uint8_t area[24] = {};
+    uint32_t length = 0;
+    for (const auto &[name, status] :
+         {std::pair("2A864886F70D010C0101", KACERT_Ok), std::pair("2A864886F70D010C0105", KACERT_InvalidParamErr)})
+        EXPECT_EQ(KA_PKCS12_DESEncrypt(hex(name).data(), 10, area, 16, nullptr, 8, area, 8, area, &length), status);
+    for (const auto &[size, status] :
+         {std::pair(0x7FFFFFFFu, KAPKCS7_RsaOperationErr), std::pair(0x7FFFFFFEu, KACERT_MemoryErr)})
+        EXPECT_EQ(KA_PKCS12_GenRandomFromPassword(KA_DIGEST_SHA1, area, size, nullptr, 0, 1, 1, area, 8), status);
+}
+
 TEST(Pkcs12Crypt, PbeRefusesNull) {
     uint8_t oid[] = {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x0C, 0x01, 0x01};
     uint32_t length = 12345;

@@ -22,13 +22,13 @@ extern "C" {
 typedef struct PfxCertificate {
     uint32_t attributeCount;
     Anybuf certificate;
-    AttributeRecord attributes; /* the head of the list: its `next` is the first attribute */
+    AttributeHead attributes;
     struct PfxCertificate *next;
 
     /* The library's own. */
     ListMarks attributeMarks;
 } PfxCertificate;
-KARIL_SIZE_32(PfxCertificate, 116);
+KARIL_SIZE_32(PfxCertificate, 112);
 
 /* A PFX, for both directions. The lists are the context's own, to be read alone. */
 typedef struct PfxCtx {
@@ -38,9 +38,9 @@ typedef struct PfxCtx {
     uint8_t bagAttributesSet;
     uint32_t keyAttributeCount;
     uint32_t bagAttributeCount;
-    AttributeRecord keyAttributes; /* in the PrivateKeyInfo; the head of the list, as are those of certificates */
-    AttributeRecord bagAttributes; /* of the key's bag */
-    Anybuf privateKey;             /* wiped when it is freed */
+    AttributeHead keyAttributes; /* in the PrivateKeyInfo */
+    AttributeHead bagAttributes; /* of the key's bag */
+    Anybuf privateKey;           /* wiped when it is freed */
     uint32_t certificateCount;
 
     /* The library's own. */
@@ -48,7 +48,7 @@ typedef struct PfxCtx {
     ListMarks bagAttributeMarks;
     ListMarks certificateMarks;
 } PfxCtx;
-KARIL_SIZE_32(PfxCtx, 224);
+KARIL_SIZE_32(PfxCtx, 216);
 
 /*
  * Makes a context and stores it in `*out`. The two names do the same. Returns 0, KACERT_MemoryErr or

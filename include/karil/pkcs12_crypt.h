@@ -47,7 +47,8 @@ KARIL_API int32_t KA_PKCS12_ACIItoUNI(const uint8_t *ascii, uint32_t count, uint
  * Derives `outputLength` octets from a password and a salt (RFC 7292 appendix B.2), with blocks of 64 octets whatever
  * the digest. The password is widened first, so that an empty one is two zero octets. `digestId`: KA_DIGEST_MD2,
  * KA_DIGEST_MD5 or KA_DIGEST_SHA1. `iterations`: 0 works as 1; there is no upper limit.
- * Returns 0; KAPKCS7_RsaOperationErr for another digest id; KACERT_InvalidParamErr; KACERT_MemoryErr.
+ * Returns 0; KAPKCS7_RsaOperationErr for another digest id, and for a password that KA_PKCS12_ACIItoUNI refuses for its
+ * length; KACERT_InvalidParamErr; KACERT_MemoryErr.
  */
 KARIL_API int32_t KA_PKCS12_GenRandomFromPassword(int32_t digestId, const uint8_t *password, uint32_t passwordLength,
                                                   const uint8_t *salt, uint32_t saltLength, uint8_t purpose,
@@ -84,8 +85,8 @@ KARIL_API int32_t KA_PKCS12_DecPad(const uint8_t *input, uint32_t length, uint8_
  * inputLength + 8; may be `input`, or must not overlap it. `*outputLength`: their number.
  * A wrong password is most often KACERT_InvalidLengthErr, for its padding; but it may be 0 with octets without meaning.
  * Return 0; KACERT_AlgorithmNotSupportErr for none of the twelve algorithms; KACERT_InvalidLengthErr for padding that
- * is refused, and for a cipher text to be decrypted that is empty or no whole number of blocks; KACERT_InvalidParamErr;
- * KACERT_MemoryErr.
+ * is refused, and for a cipher text to be decrypted that is empty or no whole number of blocks;
+ * KAPKCS7_RsaOperationErr for a password that is too long to be widened; KACERT_InvalidParamErr; KACERT_MemoryErr.
  */
 KARIL_API int32_t KA_PKCS12_PbeWithDigestAlgoAndEncrypt(const uint8_t *oid, uint32_t oidLength, const uint8_t *password,
                                                         uint32_t passwordLength, const uint8_t *salt,

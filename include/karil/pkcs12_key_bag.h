@@ -23,7 +23,7 @@
 extern "C" {
 #endif
 
-/* A plain private key. Lists of attributes have an embedded head: its `next` is the first attribute. */
+/* A plain private key. */
 typedef struct KeyBagCtx {
     uint8_t versionSet;
     uint8_t algorithmSet;
@@ -32,14 +32,14 @@ typedef struct KeyBagCtx {
     AlgorithmRecord algorithm;
     Anybuf parameters; /* empty: NULL is written, and nothing is read */
     Anybuf key;        /* private key octets */
-    AttributeRecord attributes;
+    AttributeHead attributes;
     uint32_t attributeCount;
     Anybuf reserved;
 
     /* The library's own. */
     ListMarks attributeMarks;
 } KeyBagCtx;
-KARIL_SIZE_32(KeyBagCtx, 208);
+KARIL_SIZE_32(KeyBagCtx, 204);
 
 /* An enciphered private key. */
 typedef struct EncKeyBagCtx {
@@ -119,7 +119,7 @@ KARIL_API int32_t KA_PKCS12_EncodeKeyBag(const KeyBagCtx *ctx, uint8_t *result, 
  */
 KARIL_API int32_t KA_PKCS12_DecodeKeyBag(KeyBagCtx *ctx, const uint8_t *der, int32_t length);
 
-/* The same without a context: Set and Encode, Decode and Get, with their statuses. */
+/* The same without a context: Set and Encode, Decode and Get, with their statuses. Parse: `key` may be `der`. */
 KARIL_API int32_t KA_PKCS12_GenKeyBag(int32_t version, const uint8_t *oid, int32_t oidLength, const uint8_t *key,
                                       int32_t keyLength, uint8_t *result, uint32_t *resultLength);
 KARIL_API int32_t KA_PKCS12_ParseKeyBag(int32_t *version, uint8_t *oid, uint32_t *oidLength, uint8_t *key,
@@ -178,9 +178,9 @@ KARIL_API int32_t KA_PKCS12_ParseEncKeyBag(const uint8_t *password, int32_t pass
                                            int32_t length, KAPbeFunc decrypt);
 
 /*
- * Splits an EncKeyBag with its parameter into what KA_PKCS12_PbeWithDigestAlgoAndDecrypt takes. Returns 0;
- * KACERT_InvalidParamErr for null, and a parameter that cannot be decoded; KACERT_InvalidLengthErr for a parameter
- * above 100 octets; the statuses of KA_PKCS12_DecodeEncKeyBag.
+ * Splits an EncKeyBag with its parameter into what KA_PKCS12_PbeWithDigestAlgoAndDecrypt takes. `encKey` may be `der`;
+ * the other outputs must not overlap it. Returns 0; KACERT_InvalidParamErr for null, and a parameter that cannot be
+ * decoded; KACERT_InvalidLengthErr for a parameter above 100 octets; the statuses of KA_PKCS12_DecodeEncKeyBag.
  */
 KARIL_API int32_t KA_PKCS12_DealWithEncKeyBag(uint8_t *oid, uint32_t *oidLength, uint8_t *encKey,
                                               uint32_t *encKeyLength, uint8_t *salt, uint32_t *saltLength,

@@ -13,17 +13,16 @@
 extern "C" {
 #endif
 
-/* A list of attributes has an embedded head: its `next` is the first attribute. */
 typedef struct SafeBagCtx {
     AlgorithmRecord bagId; /* of the bag's type */
     Anybuf content;        /* the bag, one whole element */
-    AttributeRecord attributes;
+    AttributeHead attributes;
     uint32_t attributeCount;
 
     /* The library's own. */
     ListMarks attributeMarks;
 } SafeBagCtx;
-KARIL_SIZE_32(SafeBagCtx, 144);
+KARIL_SIZE_32(SafeBagCtx, 140);
 
 typedef struct SafeContentsCtx {
     uint32_t count;

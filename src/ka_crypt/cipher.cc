@@ -74,7 +74,8 @@ PbeCipher::~PbeCipher() {
 }
 
 Status PbeCipher::setKey(Bytes key, Bytes iv) {
-    if (key.size() < algorithm.leastKey || key.size() > algorithm.longestKey || (!isStream() && iv.size() < PbeBlock))
+    if (key.size() < algorithm.leastKey || key.size() > algorithm.longestKey ||
+        (!isStream() && (iv.data() == nullptr || iv.size() < PbeBlock)))
         return KACERT_InvalidParamErr;
     const auto size = static_cast<int>(key.size());
     switch (algorithm.cipher) {

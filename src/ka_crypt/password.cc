@@ -39,6 +39,8 @@ Status derive(const PasswordDerivation &from, uint8_t purpose, std::span<uint8_t
     if (algorithm == nullptr)
         return KAPKCS7_RsaOperationErr;
     const uint64_t wide = 2 * uint64_t{from.password.size()} + 2;
+    if (wide > UINT32_MAX)
+        return KAPKCS7_RsaOperationErr;
     const uint64_t saltSize = wholeBlocks(from.salt.size());
     const uint64_t size = saltSize + wholeBlocks(wide);
     const SecretBlock block(KA_BLOCK(size), static_cast<size_t>(size));

@@ -26,8 +26,8 @@ void encryptBlocks(PbeCipher &cipher, Bytes input, uint8_t *output) {
 
 // The last block comes first: with its count the octets that come out are known before any is written.
 Status decryptBlocks(PbeCipher &cipher, Bytes input, uint8_t *output, uint32_t &outputLength) {
-    uint8_t iv[PbeBlock];
-    memcpy(iv, cipher.iv().data(), PbeBlock);
+    Secret<PbeBlock> iv;
+    memcpy(iv.octets, cipher.iv().data(), PbeBlock);
     Secret<PbeBlock> block;
     const size_t lastAt = input.size() - PbeBlock;
     if (lastAt > 0)
@@ -38,7 +38,7 @@ Status decryptBlocks(PbeCipher &cipher, Bytes input, uint8_t *output, uint32_t &
         return KA_FAIL(KACERT_InvalidLengthErr, "----------->KA_PKCS12_DecPad");
     outputLength = static_cast<uint32_t>(input.size() - count);
     const uint32_t whole = outputLength - outputLength % PbeBlock;
-    cipher.setIv(iv);
+    cipher.setIv(iv.octets);
     cipher.run(input.first(whole), output);
     if (whole == outputLength)
         return KACERT_Ok;
@@ -67,9 +67,9 @@ Status checkSize(const PbeAlgorithm &algorithm, const Job &job) {
     return KACERT_Ok;
 }
 
-// `given`: what else is read, of which nothing may be null. `setKey` gives the cipher its key.
+// `given`: what else is read with every cipher; nothing of it may be null. `setKey` gives the cipher its key.
 template <class SetKey> Status run(const Job &job, std::initializer_list<Bytes> given, const SetKey &setKey) {
-    if (job.oid.data() == nullptr)
+    if (job.oid.data() == nullptr && !job.oid.empty())
         return KACERT_InvalidParamErr;
     const PbeAlgorithm *algorithm = pbeAlgorithm(job.oid);
     if (algorithm == nullptr)
@@ -94,7 +94,7 @@ Status runWithPassword(const Job &job, Bytes password, Bytes salt, uint32_t iter
 }
 
 Status runWithKey(const Job &job, Bytes key, Bytes iv) {
-    return run(job, {key, iv}, [&](PbeCipher &cipher) { return cipher.setKey(key, iv); });
+    return run(job, {key}, [&](PbeCipher &cipher) { return cipher.setKey(key, iv); });
 }
 
 } // namespace

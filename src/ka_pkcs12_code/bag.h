@@ -77,7 +77,7 @@ struct AttributeAnswer {
     [[nodiscard]] Status check(const void *ctx) const {
         return checkPointers({ctx, name, nameLength, value, valueLength});
     }
-    void take(const AttributeRecord &attribute) const {
+    template <class Attribute> void take(const Attribute &attribute) const {
         handOut(attribute.oid, name, nameLength);
         handOut(attribute.value, value, valueLength);
     }

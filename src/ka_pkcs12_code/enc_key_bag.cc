@@ -11,7 +11,7 @@ using Ctx = EncKeyBagCtx;
 
 constexpr uint32_t LongestEncKey = 2000;
 constexpr size_t LongestParameter = 100;
-constexpr uint32_t CipherRoom = 1024; // beyond the input
+constexpr uint32_t CipherRoom = 1024; // beyond the input and the longest cipher text
 
 void clearContext(Ctx &ctx) {
     for (Anybuf *field : {&ctx.algorithm.oid, &ctx.parameter, &ctx.encKey})
@@ -225,8 +225,9 @@ int32_t KA_PKCS12_DealWithEncKeyBag(uint8_t *oid, uint32_t *oidLength, uint8_t *
     ShroudedKey key;
     KA_PASS(readWhole(der, length, key));
     handOut(borrow(key.algorithm), oid, oidLength);
-    handOut(borrow(key.encKey), encKey, encKeyLength);
     handOut(borrow(key.salt), salt, saltLength);
     *iterations = key.iterations;
+    // The largest one comes last: it may go where the bag was.
+    handOut(borrow(key.encKey), encKey, encKeyLength);
     return KA_DONE();
 }

@@ -19,8 +19,9 @@ void clearContext(Ctx &ctx) {
 // Index 0 is the head, which is empty.
 Status getAttribute(Ctx *ctx, const AttributeAnswer &answer, int32_t index) {
     KA_PASS(answer.check(ctx));
-    const AttributeRecord *attribute = index == 0 ? &ctx->attributes : attributeAt(*ctx, index);
-    if (attribute != nullptr)
+    if (index == 0)
+        answer.take(ctx->attributes);
+    else if (const AttributeRecord *attribute = attributeAt(*ctx, index); attribute != nullptr)
         answer.take(*attribute);
     return KACERT_Ok;
 }
