@@ -7,7 +7,7 @@ packages=
 for group in "$@"; do
     case $group in
     build) packages="$packages g++ cmake ninja-build pkgconf libssl-dev nettle-dev" ;;
-    test) packages="$packages libgtest-dev ca-certificates openssl tzdata" ;;
+    test) packages="$packages libgtest-dev ca-certificates openssl gnutls-bin tzdata" ;;
     check) packages="$packages clang clang-format clang-tidy libclang-rt-dev python3" ;;
     bench) packages="$packages libbenchmark-dev libmbedtls-dev libgnutls28-dev python3 ca-certificates tzdata" ;;
     coverage) packages="$packages gcovr" ;;
