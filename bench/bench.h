@@ -63,5 +63,6 @@ void registerPem();
 void registerGrowth();
 void registerCrl();
 void registerCsr();
+void registerPkcs12Crypt();
 
 } // namespace karil_bench

@@ -34,5 +34,6 @@ int main(int argc, char **argv) {
     registerGrowth();
     registerCrl();
     registerCsr();
+    registerPkcs12Crypt();
     return benchmark::RunSpecifiedBenchmarks() > 0 ? 0 : 1;
 }

@@ -48,6 +48,11 @@ ROWS = [
     Row("memory-crl", "mbedtls", 2.5, 1.5),
     Row("memory-crl", "libcrypto", 1.0, 0.6),
     Row("decode-csr", "libcrypto", 0.2, None),
+    Row("derive-key", "libcrypto", 0.65, 0.55),
+    Row("derive-key", "digests", 1.1, None),
+    Row("pbe", "cipher", 1.1, None),
+    Row("aes-encrypt", "libcrypto", 1.1, None),
+    Row("aes-decrypt", "libcrypto", 1.1, None),
 ]
 
 

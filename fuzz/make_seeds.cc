@@ -416,6 +416,15 @@ void addMessages(Folder messages) {
     addMessage<SignedAndEnvelopedDataCtx>(messages, 44, {45, 46, 47, 48, 49, 50});
 }
 
+// Each algorithm with a password of two octets and a salt of one; MacData and parameters as the text.
+void addPkcs12Crypt(Folder inputs) {
+    for (uint8_t choice = 0; choice < 13; ++choice)
+        inputs.add({choice, 2, 2, 1, 'p', 'w', 0x5A}, Octets(choice, 0xAA));
+    const Octets info = seq({algorithm("2B 0E 03 02 1A"), tlv(0x04, Octets(20, 1))});
+    inputs.add({0, 1, 1, 0, 'k'}, seq({info, hex("04 02 01 02 02 02 07 D0")}));
+    inputs.add({0, 1, 16, 16}, cat({Octets(32, 1), seq({hex("04 02 01 02 02 02 07 D0")})}));
+}
+
 } // namespace
 
 int main(int count, char **arguments) {
@@ -442,5 +451,6 @@ int main(int count, char **arguments) {
     addIndefinite(folder("indefinite"));
     addSigners(folder("signers"));
     addMessages(folder("messages"));
+    addPkcs12Crypt(folder("pkcs12_crypt"));
     return 0;
 }

@@ -8,6 +8,8 @@
 #include <openssl/md5.h>
 #include <openssl/sha.h>
 
+#include <bit>
+
 namespace karil {
 
 namespace {
@@ -60,34 +62,48 @@ void repeatMd2(uint8_t *octets, uint32_t times) {
 
 // A digest is one block with its padding, of which the digest itself is all that changes: the compression function is
 // called on it without the rest, which is an eighth of the time.
+struct OneBlock : Secret<64> {
+    OneBlock(Bytes digest, size_t lengthAt) {
+        memcpy(octets, digest.data(), digest.size());
+        octets[digest.size()] = 0x80;
+        octets[lengthAt] = static_cast<uint8_t>(digest.size() * 8);
+    }
+};
+
+// A word of a digest, first octet highest or lowest. Octet by octet it takes as long as a tenth of a digest.
+template <std::endian Order> void put(uint8_t *at, uint32_t word) {
+    if constexpr (std::endian::native != Order)
+        word = __builtin_bswap32(word);
+    memcpy(at, &word, sizeof word);
+}
+
 void repeatMd5(uint8_t *octets, uint32_t times) {
-    Secret<MD5_CBLOCK> block;
-    memcpy(block.octets, octets, MD5_DIGEST_LENGTH);
-    block.octets[MD5_DIGEST_LENGTH] = 0x80;
-    block.octets[MD5_CBLOCK - 8] = MD5_DIGEST_LENGTH * 8;
-    Md5 next;
-    for (const MD5_CTX start = next.state; times > 0; --times) {
-        next.state = start;
-        MD5_Transform(&next.state, block.octets);
-        const uint32_t words[] = {next.state.A, next.state.B, next.state.C, next.state.D};
-        for (uint32_t i = 0; i < MD5_DIGEST_LENGTH; ++i)
-            block.octets[i] = static_cast<uint8_t>(words[i / 4] >> i % 4 * 8);
+    OneBlock block({octets, MD5_DIGEST_LENGTH}, MD5_CBLOCK - 8);
+    Md5 digest;
+    MD5_CTX &state = digest.state;
+    for (const MD5_CTX start = state; times > 0; --times) {
+        memcpy(&state, &start, offsetof(MD5_CTX, Nl));
+        MD5_Transform(&state, block.octets);
+        put<std::endian::little>(block.octets, state.A);
+        put<std::endian::little>(block.octets + 4, state.B);
+        put<std::endian::little>(block.octets + 8, state.C);
+        put<std::endian::little>(block.octets + 12, state.D);
     }
     memcpy(octets, block.octets, MD5_DIGEST_LENGTH);
 }
 
 void repeatSha1(uint8_t *octets, uint32_t times) {
-    Secret<SHA_CBLOCK> block;
-    memcpy(block.octets, octets, SHA_DIGEST_LENGTH);
-    block.octets[SHA_DIGEST_LENGTH] = 0x80;
-    block.octets[SHA_CBLOCK - 1] = SHA_DIGEST_LENGTH * 8;
-    Sha1 next;
-    for (const SHA_CTX start = next.state; times > 0; --times) {
-        next.state = start;
-        SHA1_Transform(&next.state, block.octets);
-        const uint32_t words[] = {next.state.h0, next.state.h1, next.state.h2, next.state.h3, next.state.h4};
-        for (uint32_t i = 0; i < SHA_DIGEST_LENGTH; ++i)
-            block.octets[i] = static_cast<uint8_t>(words[i / 4] >> (3 - i % 4) * 8);
+    OneBlock block({octets, SHA_DIGEST_LENGTH}, SHA_CBLOCK - 1);
+    Sha1 digest;
+    SHA_CTX &state = digest.state;
+    for (const SHA_CTX start = state; times > 0; --times) {
+        memcpy(&state, &start, offsetof(SHA_CTX, Nl));
+        SHA1_Transform(&state, block.octets);
+        put<std::endian::big>(block.octets, state.h0);
+        put<std::endian::big>(block.octets + 4, state.h1);
+        put<std::endian::big>(block.octets + 8, state.h2);
+        put<std::endian::big>(block.octets + 12, state.h3);
+        put<std::endian::big>(block.octets + 16, state.h4);
     }
     memcpy(octets, block.octets, SHA_DIGEST_LENGTH);
 }

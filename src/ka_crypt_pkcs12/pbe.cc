@@ -13,7 +13,7 @@ struct Job {
     uint32_t *outputLength;
 };
 
-Status encryptBlocks(PbeCipher &cipher, Bytes input, uint8_t *output) {
+void encryptBlocks(PbeCipher &cipher, Bytes input, uint8_t *output) {
     const size_t whole = input.size() / PbeBlock * PbeBlock;
     const Bytes tail = input.subspan(whole);
     Secret<PbeBlock> last;
@@ -22,7 +22,6 @@ Status encryptBlocks(PbeCipher &cipher, Bytes input, uint8_t *output) {
         memcpy(last.octets, tail.data(), tail.size());
     cipher.run(input.first(whole), output);
     cipher.run(last.octets, output + whole);
-    return KACERT_Ok;
 }
 
 // The last block comes first: with its count the octets that come out are known before any is written.
@@ -38,7 +37,7 @@ Status decryptBlocks(PbeCipher &cipher, Bytes input, uint8_t *output, uint32_t &
     if (count >= input.size())
         return KA_FAIL(KACERT_InvalidLengthErr, "----------->KA_PKCS12_DecPad");
     outputLength = static_cast<uint32_t>(input.size() - count);
-    const size_t whole = outputLength / PbeBlock * PbeBlock;
+    const uint32_t whole = outputLength - outputLength % PbeBlock;
     cipher.setIv(iv);
     cipher.run(input.first(whole), output);
     if (whole == outputLength)

@@ -18,11 +18,13 @@ int32_t KA_PKCS12_ACIItoUNI(const uint8_t *ascii, uint32_t count, uint8_t *outpu
         return KACERT_InvalidParamErr;
     if (count > UINT32_MAX / 2 - 1)
         return KACERT_InvalidLengthErr;
-    for (uint32_t i = 0; i < count; ++i) {
-        output[2 * i] = 0;
-        output[2 * i + 1] = ascii[i];
+    uint8_t *at = output;
+    for (const uint8_t octet : Bytes(ascii, count)) {
+        *at++ = 0;
+        *at++ = octet;
     }
-    output[2 * count] = output[2 * count + 1] = 0;
+    *at++ = 0;
+    *at = 0;
     *outputLength = 2 * count + 2;
     return KACERT_Ok;
 }
