@@ -3,7 +3,6 @@
 #include "rows.h"
 
 #include <openssl/pkcs12.h>
-#include <openssl/provider.h>
 
 using namespace karil_test;
 
@@ -95,16 +94,6 @@ ROWS(Pkcs12Crypt, Pad) {
               row.hex("want"));
 }
 
-// libcrypto with its old ciphers, in a context of its own.
-OSSL_LIB_CTX *legacy() {
-    static OSSL_LIB_CTX *const context = [] {
-        OSSL_LIB_CTX *made = OSSL_LIB_CTX_new();
-        EXPECT_NE(OSSL_PROVIDER_load(made, "default"), nullptr);
-        EXPECT_NE(OSSL_PROVIDER_load(made, "legacy"), nullptr);
-        return made;
-    }();
-    return context;
-}
 std::string evpEncrypt(const char *name, int bits, const Octets &key, const Octets &iv, const Octets &input) {
     const Ssl<EVP_CIPHER_free> cipher(EVP_CIPHER_fetch(legacy(), name, nullptr));
     const Ssl<EVP_CIPHER_CTX_free> ctx(EVP_CIPHER_CTX_new());

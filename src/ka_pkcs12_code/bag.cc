@@ -2,13 +2,9 @@
 
 namespace karil {
 
-Status refuse(const char *words, Status status) {
-    return KA_FAIL(status, words);
-}
-
 Status checkOctets(const uint8_t *value, int32_t length, int32_t shortest) {
     KA_PASS(checkPointers({value}));
-    return length < shortest ? refuse("------------>KACERT_InvalidParamErr") : KACERT_Ok;
+    return length >= shortest ? KACERT_Ok : KA_FAIL(KACERT_InvalidParamErr, "------------>KACERT_InvalidParamErr");
 }
 
 Status takeExact(const uint8_t *der, int32_t length, Element &out) {

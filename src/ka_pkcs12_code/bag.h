@@ -8,7 +8,6 @@
 
 namespace karil {
 
-[[nodiscard]] Status refuse(const char *words, Status status = KACERT_InvalidParamErr);
 // Octets of a caller, of at least the shortest length.
 [[nodiscard]] Status checkOctets(const uint8_t *value, int32_t length, int32_t shortest = 0);
 inline Bytes octetsOf(const uint8_t *value, int32_t length) {
@@ -39,7 +38,7 @@ template <auto... Path, class Ctx>
 [[nodiscard]] Status getOctets(const Ctx *ctx, uint8_t *result, uint32_t *resultLength, uint8_t Ctx::*flag = nullptr) {
     KA_PASS(checkPointers({ctx, result, resultLength}));
     if (flag != nullptr && ctx->*flag == 0)
-        return refuse("------------>The field is not set");
+        return refuseId(KACERT_InvalidParamErr, "------------>The field is not set");
     handOut(fieldOf<Path...>(*ctx), result, resultLength);
     return KACERT_Ok;
 }
