@@ -64,5 +64,6 @@ void registerGrowth();
 void registerCrl();
 void registerCsr();
 void registerPkcs12Crypt();
+void registerPfx();
 
 } // namespace karil_bench

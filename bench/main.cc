@@ -35,5 +35,6 @@ int main(int argc, char **argv) {
     registerCrl();
     registerCsr();
     registerPkcs12Crypt();
+    registerPfx();
     return benchmark::RunSpecifiedBenchmarks() > 0 ? 0 : 1;
 }

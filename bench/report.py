@@ -53,6 +53,10 @@ ROWS = [
     Row("pbe", "cipher", 1.1, None),
     Row("aes-encrypt", "libcrypto", 1.1, None),
     Row("aes-decrypt", "libcrypto", 1.1, None),
+    Row("make-pfx", "libcrypto", 0.65, 0.55),
+    Row("make-pfx", "work", 1.1, None),
+    Row("open-pfx", "libcrypto", 0.5, 0.4),
+    Row("growth-pfx", "itself", 1.5, None),
 ]
 
 

@@ -96,21 +96,4 @@ TEST(Pkcs12ContentInfo, Bound) {
     roundTrip<Encrypted>(Octets(10240), "status 101");
 }
 
-// The names of data are those of PKCS#7.
-TEST(Pkcs12ContentInfo, Data) {
-    DataCtx *ctx = nullptr;
-    uint8_t area[64];
-    uint32_t length = 0;
-    EXPECT_EQ(KA_PKCS12_CreateEncodeContentInfoOfDataType(&ctx), KACERT_Ok);
-    EXPECT_EQ(KA_PKCS12_SetContentInfoOfDataType_SafeContent(ctx, text("ab").data(), 2), KACERT_Ok);
-    EXPECT_EQ(KA_PKCS12_EncodeContentInfoOfDataType(ctx, area, &length), KACERT_Ok);
-    EXPECT_EQ(toHex(area, length), "30 11 06 09 2A 86 48 86 F7 0D 01 07 01 A0 04 04 02 61 62");
-    EXPECT_EQ(KA_PKCS12_DestoryEncodeContentInfoOfDataType(ctx), KACERT_Ok);
-    EXPECT_EQ(KA_PKCS12_CreateDecodeContentInfoOfDataType(&ctx), KACERT_Ok);
-    EXPECT_EQ(KA_PKCS12_DecodeContentInfoOfDataType(ctx, area, static_cast<int32_t>(length)), KACERT_Ok);
-    EXPECT_EQ(KA_PKCS12_GetContentInfoOfDataType_SafeContent(ctx, area, &length), KACERT_Ok);
-    EXPECT_EQ(toHex(area, length), "61 62");
-    EXPECT_EQ(KA_PKCS12_DestoryDecodeContentInfoOfDataType(ctx), KACERT_Ok);
-}
-
 } // namespace

@@ -102,18 +102,25 @@ KARIL_API int32_t KA_PKCS12_EncodePFX(PfxCtx *ctx, const uint8_t *password, int3
                                       uint32_t *resultLength);
 
 /*
- * Reads a PFX into a fresh context: what is read is added to what is there. `der`: `length` octets; a length below 1
- * trusts the element's header. `*macResult`: PKCS7_VERDICT_GOOD, or PKCS7_VERDICT_BAD for a wrong password or a file
- * that was changed, which stops nothing: look at it even if the status is 0. With a wrong password the status is most
- * often KACERT_InvalidLengthErr, from the padding. Of the AuthenticatedSafe the first two ContentInfos are read, as
- * data or EncryptedData; others are skipped, and so are bags but certificates and shrouded keys: plain key bags too. A
- * key in the first ContentInfo comes without attributes. Of several keys the last one stays. A file of at most
- * 100,000,000 rounds of derivation, all its parts together, is worked off. Returns 0; KACERT_InvalidItemErr;
- * KACERT_InvalidParamErr for a PFX without MacData, for what is no EncryptedData under a password, or for more rounds;
- * KACERT_AlgorithmNotSupportErr for ciphers other than those of KA_PKCS12_PbeWithDigestAlgoAndDecrypt, such as PBES2;
- * KAPKCS7_RsaOperationErr for a MAC with another digest than MD2, MD5 and SHA-1; KACERT_InvalidTagErr;
- * KACERT_LengthNotEqualErr; KACERT_InvalidLengthErr, also for a cipher text that is no whole number of blocks;
- * KAPKCS7_ContentTypeErr; KACERT_MemoryErr. What was read before a failure stays.
+ * Reads a PFX into a fresh context: what is read is added to what is there. `der`: `length` octets; 0 trusts the
+ * element's header, and octets after the element are ignored. `*macResult`: PKCS7_VERDICT_GOOD, or PKCS7_VERDICT_BAD
+ * for a wrong password or a file that was changed. That stops nothing: the status may be 0 all the same, or tell what
+ * comes of octets deciphered with a wrong key. Of the AuthenticatedSafe the first two ContentInfos are read, as data or
+ * as EncryptedData. Others are skipped, and so are bags other than certificates and shrouded keys, plain key bags too.
+ * A key in the first ContentInfo comes without attributes. Of several keys the last one stays.
+ *
+ * At most 100,000,000 rounds are worked off for a file: its rounds count once for each digest's length of octets that
+ * is derived with them, for keys, for IVs, and for the MAC's key. Departure: the key of a MAC has 20 octets, by MD5 and
+ * MD2 as well, where other programs take 16: theirs are PKCS7_VERDICT_BAD.
+ *
+ * Returns 0; KACERT_InvalidItemErr, also for missing elements;
+ * KACERT_InvalidParamErr for a PFX without MacData, for more rounds, for a key's parameter that is none, and for a bag
+ * that is not in [0]; KACERT_AlgorithmNotSupportErr for other ciphers than those of pkcs12_crypt.h, such as PBES2;
+ * KAPKCS7_RsaOperationErr for a MAC by another digest than MD2, MD5 and SHA-1; KAPKCS7_ContentTypeErr for an
+ * AuthenticatedSafe that is not data, and for a ContentInfo without content; KACERT_InvalidTagErr;
+ * KACERT_LengthNotEqualErr; KACERT_InvalidLengthErr, also for padding that is refused, a cipher text that is empty or
+ * no whole number of blocks, and a key's parameter above 100 octets; KACERT_MemoryErr. What was read before a failure
+ * stays.
  */
 KARIL_API int32_t KA_PKCS12_DecodePFX(PfxCtx *ctx, const uint8_t *password, int32_t passwordLength, const uint8_t *der,
                                       int32_t length, int32_t *macResult);

@@ -118,14 +118,14 @@ KARIL_API int32_t KA_PKCS12_SetAuthSafeOfDataType_ParseMacFunc(AuthSafeCtx *ctx,
 KARIL_API int32_t KA_PKCS12_EncodeAuthSafeOfDataType(AuthSafeCtx *ctx, uint8_t *result, uint32_t *resultLength);
 
 /*
- * Decodes a PFX in the place of what the context held; its hook stays. Any version is accepted. `der`: `length` octets;
- * a length below 1 trusts the element's header. A PFX without MacData is status 0. With a hook the MAC is computed, and
- * a bad one is status 0: ask KA_PKCS12_GetAuthSafeOfDataType_MACVerifyResult. Where no memory is found for the copy of
- * the AuthenticatedSafe, the status is 0 and nothing is filled: contentDecoded tells.
- * Returns 0; KACERT_InvalidParamErr; KACERT_InvalidItemErr for a missing element, or an empty AuthenticatedSafe with a
- * MAC; KAPKCS7_ContentTypeErr for another content type than data; KACERT_InvalidTagErr; KACERT_LengthNotEqualErr;
- * KACERT_InvalidLengthErr; what KA_PKCS12_DecodeMac returns; KACERT_MemoryErr. After a failure the context holds
- * neither MAC nor verdict of an earlier PFX.
+ * Decodes a PFX in the place of what the context held; its hook stays. Any version is accepted. `der`, `length`: as all
+ * octets to decode (pkcs7.h). A PFX without MacData is status 0. With a hook the MAC is computed, and a bad one is
+ * status 0: ask KA_PKCS12_GetAuthSafeOfDataType_MACVerifyResult. If no memory is found for the copy of the
+ * AuthenticatedSafe, the status is 0 and nothing is filled: contentDecoded tells.
+ * Returns 0; KACERT_InvalidParamErr; KACERT_InvalidItemErr for a missing element; KAPKCS7_ContentTypeErr for another
+ * content type than data; KACERT_InvalidTagErr; KACERT_LengthNotEqualErr; KACERT_InvalidLengthErr; what
+ * KA_PKCS12_DecodeMac returns; KACERT_MemoryErr. After a failure the context holds neither MAC nor verdict of an
+ * earlier PFX.
  */
 KARIL_API int32_t KA_PKCS12_DecodeAuthSafeOfDataType(AuthSafeCtx *ctx, const uint8_t *der, int32_t length);
 
@@ -173,7 +173,8 @@ KARIL_API int32_t KA_PKCS12_GetAuthSafeOfSignedType_SignerInfo(AuthSafeCtx *ctx,
 KARIL_API int32_t KA_PKCS12_EncodeAuthSafeOfSignedType(AuthSafeCtx *ctx, uint8_t *result, uint32_t *resultLength);
 
 /*
- * Decodes such a PFX in the place of what the context held. Nothing is verified: get the signers and verify each.
+ * Decodes such a PFX in the place of what the context held. Nothing is verified: get the signers and verify each. What
+ * follows the ContentInfo is not looked at. `der`, `length`: as above.
  * Returns 0; KACERT_InvalidParamErr; KACERT_InvalidItemErr for a missing element; what KA_PKCS7_DecodeSignedData
  * returns; KACERT_InvalidTagErr; KACERT_LengthNotEqualErr; KACERT_InvalidLengthErr; KACERT_MemoryErr.
  */

@@ -114,41 +114,52 @@ int32_t KA_PKCS12_DestoryDecodeContentInfoOfDataType(DataCtx *ctx) {
     return KA_PKCS7_DestoryDataDecodeCtx(ctx);
 }
 
-// What enveloped and encrypted data do alike. SET_PARAMETER: one of the two has a spelling of its own.
-#define KA_CONTENT_INFO(TYPE, CTX, SET_PARAMETER)                                                                      \
-    int32_t KA_PKCS12_GetContentInfoOf##TYPE##_SafeContent(CTX *ctx, uint8_t *result, uint32_t *resultLength) {        \
+// What enveloped and encrypted data do alike. DESTROY, SET_PARAMETER: one of the two has a spelling of its own.
+#define KA_CONTENT_INFO(TYPE, MESSAGE, DESTROY, SET_PARAMETER)                                                         \
+    int32_t KA_PKCS12_GetContentInfoOf##TYPE##_SafeContent(MESSAGE##Ctx *ctx, uint8_t *result,                         \
+                                                           uint32_t *resultLength) {                                   \
         return KA_PKCS7_GetEncryptedContentInformation(contentOf(ctx), result, resultLength);                          \
     }                                                                                                                  \
-    int32_t KA_PKCS12_SetContentInfoOf##TYPE##_EncContentFunc(CTX *ctx, KAHookFunc hook, const void *parameter,        \
-                                                              int32_t length) {                                        \
+    int32_t KA_PKCS12_SetContentInfoOf##TYPE##_EncContentFunc(MESSAGE##Ctx *ctx, KAHookFunc hook,                      \
+                                                              const void *parameter, int32_t length) {                 \
         return KA_PKCS7_SetEncryptContentEncFunc(contentOf(ctx), hook, parameter, length);                             \
     }                                                                                                                  \
-    int32_t KA_PKCS12_SetContentInfoOf##TYPE##_DesAlgorithm(CTX *ctx, const uint8_t *oid, int32_t length) {            \
+    int32_t KA_PKCS12_SetContentInfoOf##TYPE##_DesAlgorithm(MESSAGE##Ctx *ctx, const uint8_t *oid, int32_t length) {   \
         return KA_PKCS7_SetEncryptedContentAttributeChar(contentOf(ctx), PKCS7_ENCRYPT_ALGO, oid, length);             \
     }                                                                                                                  \
-    int32_t KA_PKCS12_GetContentInfoOf##TYPE##_DesAlgorithm(CTX *ctx, uint8_t *result, uint32_t *resultLength) {       \
+    int32_t KA_PKCS12_GetContentInfoOf##TYPE##_DesAlgorithm(MESSAGE##Ctx *ctx, uint8_t *result,                        \
+                                                            uint32_t *resultLength) {                                  \
         return KA_PKCS7_GetEncryptedContentAttributeChar(contentOf(ctx), PKCS7_ENCRYPT_ALGO, result, resultLength);    \
     }                                                                                                                  \
-    int32_t SET_PARAMETER(CTX *ctx, const uint8_t *salt, uint32_t saltLength, uint32_t iterations) {                   \
+    int32_t SET_PARAMETER(MESSAGE##Ctx *ctx, const uint8_t *salt, uint32_t saltLength, uint32_t iterations) {          \
         return KA_FRAMED(#SET_PARAMETER, setParameter(contentOf(ctx), salt, saltLength, iterations));                  \
     }                                                                                                                  \
-    int32_t KA_PKCS12_GetContentInfoOf##TYPE##_DesParameter(CTX *ctx, uint8_t *salt, uint32_t *saltLength,             \
+    int32_t KA_PKCS12_GetContentInfoOf##TYPE##_DesParameter(MESSAGE##Ctx *ctx, uint8_t *salt, uint32_t *saltLength,    \
                                                             uint32_t *iterations) {                                    \
         return KA_FRAMED("KA_PKCS12_GetContentInfoOf" #TYPE "_DesParameter",                                           \
                          getParameter(contentOf(ctx), salt, saltLength, iterations));                                  \
-    }
+    }                                                                                                                  \
+    int32_t KA_PKCS12_CreateDecodeContentInfoOf##TYPE(MESSAGE##Ctx **out) {                                            \
+        return KA_PKCS7_Create##MESSAGE##DecodeCtx(out);                                                               \
+    }                                                                                                                  \
+    int32_t KA_PKCS12_EncodeContentInfoOf##TYPE(MESSAGE##Ctx *ctx, uint8_t *result, uint32_t *resultLength) {          \
+        return KA_PKCS7_EncodePKCS7##MESSAGE(ctx, result, resultLength);                                               \
+    }                                                                                                                  \
+    int32_t KA_PKCS12_DecodeContentInfoOf##TYPE(MESSAGE##Ctx *ctx, const uint8_t *der, int32_t length) {               \
+        return KA_PKCS7_DecodePKCS7##MESSAGE(ctx, der, length);                                                        \
+    }                                                                                                                  \
+    int32_t KA_PKCS12_DestoryEncodeContentInfoOf##TYPE(MESSAGE##Ctx *ctx) {                                            \
+        return KA_PKCS7_##DESTROY##MESSAGE##EncodeCtx(ctx);                                                            \
+    }                                                                                                                  \
+    KA_ALIAS(KA_PKCS12_DestoryDecodeContentInfoOf##TYPE, KA_PKCS12_DestoryEncodeContentInfoOf##TYPE)
 
-KA_CONTENT_INFO(EnvelopedType, EnvelopedDataCtx, KA_PKCS12_SetContentInfoOfEnvelopedType_DesParameter)
-KA_CONTENT_INFO(EncryptedType, EncryptedDataCtx, KA_PKCs12_SetContentInfoOfEncryptedType_DesParameter)
+KA_CONTENT_INFO(EnvelopedType, EnvelopedData, Destroy, KA_PKCS12_SetContentInfoOfEnvelopedType_DesParameter);
+KA_CONTENT_INFO(EncryptedType, EncryptedData, Destory, KA_PKCs12_SetContentInfoOfEncryptedType_DesParameter);
 
 // Enveloped data.
 
 int32_t KA_PKCS12_CreateEncodeContentInfoOfEnvelopedType(EnvelopedDataCtx **out) {
     return KA_FRAMED("KA_PKCS12_CreateEncodeContentInfoOfEnvelopedType", createEnveloped(out));
-}
-
-int32_t KA_PKCS12_CreateDecodeContentInfoOfEnvelopedType(EnvelopedDataCtx **out) {
-    return KA_PKCS7_CreateEnvelopedDataDecodeCtx(out);
 }
 
 int32_t KA_PKCS12_SetContentInfoOfEnvelopedType_SafeContent(EnvelopedDataCtx *ctx, const uint8_t *value,
@@ -165,30 +176,10 @@ int32_t KA_PKCS12_SetContentInfoOfEnvelopedType_EncContentKey(EnvelopedDataCtx *
     return KA_PKCS7_SetEnvelopedDataAttributeChar(ctx, PKCS7_ENVELOPED_RECIPIENT_KEY, key, length);
 }
 
-int32_t KA_PKCS12_EncodeContentInfoOfEnvelopedType(EnvelopedDataCtx *ctx, uint8_t *result, uint32_t *resultLength) {
-    return KA_PKCS7_EncodePKCS7EnvelopedData(ctx, result, resultLength);
-}
-
-int32_t KA_PKCS12_DecodeContentInfoOfEnvelopedType(EnvelopedDataCtx *ctx, const uint8_t *der, int32_t length) {
-    return KA_PKCS7_DecodePKCS7EnvelopedData(ctx, der, length);
-}
-
-int32_t KA_PKCS12_DestoryEncodeContentInfoOfEnvelopedType(EnvelopedDataCtx *ctx) {
-    return KA_PKCS7_DestroyEnvelopedDataEncodeCtx(ctx);
-}
-
-int32_t KA_PKCS12_DestoryDecodeContentInfoOfEnvelopedType(EnvelopedDataCtx *ctx) {
-    return KA_PKCS7_DestroyEnvelopedDataDecodeCtx(ctx);
-}
-
 // Encrypted data.
 
 int32_t KA_PKCS12_CreateEncodeContentInfoOfEncryptedType(EncryptedDataCtx **out) {
     return KA_FRAMED("KA_PKCS12_CreateEncodeContentInfoOfEncryptedType", createEncrypted(out));
-}
-
-int32_t KA_PKCS12_CreateDecodeContentInfoOfEncryptedType(EncryptedDataCtx **out) {
-    return KA_PKCS7_CreateEncryptedDataDecodeCtx(out);
 }
 
 int32_t KA_PKCS12_SetContentInfoOfEncryptedType_SafeContent(EncryptedDataCtx *ctx, const uint8_t *value,
@@ -198,19 +189,3 @@ int32_t KA_PKCS12_SetContentInfoOfEncryptedType_SafeContent(EncryptedDataCtx *ct
 
 KA_ALIAS(KA_PKCS12_SetContentInfoOfEncryptedType_DecContentFunc,
          KA_PKCS12_SetContentInfoOfEncryptedType_EncContentFunc);
-
-int32_t KA_PKCS12_EncodeContentInfoOfEncryptedType(EncryptedDataCtx *ctx, uint8_t *result, uint32_t *resultLength) {
-    return KA_PKCS7_EncodePKCS7EncryptedData(ctx, result, resultLength);
-}
-
-int32_t KA_PKCS12_DecodeContentInfoOfEncryptedType(EncryptedDataCtx *ctx, const uint8_t *der, int32_t length) {
-    return KA_PKCS7_DecodePKCS7EncryptedData(ctx, der, length);
-}
-
-int32_t KA_PKCS12_DestoryEncodeContentInfoOfEncryptedType(EncryptedDataCtx *ctx) {
-    return KA_PKCS7_DestoryEncryptedDataEncodeCtx(ctx);
-}
-
-int32_t KA_PKCS12_DestoryDecodeContentInfoOfEncryptedType(EncryptedDataCtx *ctx) {
-    return KA_PKCS7_DestoryEncryptedDataDecodeCtx(ctx);
-}

@@ -149,8 +149,9 @@ void noteAttributes(PfxCtx &ctx) {
 
 Status addCertificate(PfxCtx &ctx, Bytes certificate, PfxCertificate **added) {
     NodePtr<PfxCertificate> node;
-    KA_PASS(createNode(node));
-    KA_PASS(replace(node->certificate, certificate));
+    uint8_t *octets = nullptr;
+    KA_PASS(createNode(node, certificate.size(), octets));
+    placePart(node->certificate, certificate, octets);
     if (added != nullptr)
         *added = node.get();
     appendMarked<&PfxCertificate::next>(ctx.firstCertificate, ctx.certificateMarks, node.release());
