@@ -179,9 +179,8 @@ TEST(Pkcs12AuthSafe, Kinds) {
     }
     // A decoding that failed leaves nothing to write.
     const Octets other = hex("30 16 02 01 03 30 11 06 09 2A 86 48 86 F7 0D 01 07 01 A0 04 04 02 30 00");
-    EXPECT_EQ(Signed::decode(sign.get(), other.data(), -1), KAPKCS7_ContentTypeErr);
+    EXPECT_EQ(Signed::decode(sign.get(), other.data(), 0), KAPKCS7_ContentTypeErr);
     EXPECT_EQ(encoded<Signed>(*sign), "status 121");
-    EXPECT_EQ(Data::decode(data.get(), other.data(), -1), KACERT_Ok) << "the header tells the length";
     int32_t verdict = 7;
     EXPECT_EQ(KA_PKCS12_GetAuthSafeOfDataType_MACVerifyResult(nullptr, &verdict), KACERT_Ok);
     EXPECT_EQ(verdict, 7);
