@@ -65,5 +65,6 @@ void registerCrl();
 void registerCsr();
 void registerPkcs12Crypt();
 void registerPfx();
+void registerBags();
 
 } // namespace karil_bench

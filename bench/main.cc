@@ -36,5 +36,6 @@ int main(int argc, char **argv) {
     registerCsr();
     registerPkcs12Crypt();
     registerPfx();
+    registerBags();
     return benchmark::RunSpecifiedBenchmarks() > 0 ? 0 : 1;
 }

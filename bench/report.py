@@ -57,6 +57,8 @@ ROWS = [
     Row("make-pfx", "work", 1.1, None),
     Row("open-pfx", "libcrypto", 0.5, 0.4),
     Row("growth-pfx", "itself", 1.5, None),
+    Row("growth-bags-built", "itself", 1.5, None),
+    Row("growth-bags-read", "itself", 1.5, None),
 ]
 
 

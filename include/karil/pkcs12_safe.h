@@ -29,10 +29,11 @@ typedef struct SafeContentsCtx {
     uint32_t count;
     Anybuf anchor; /* empty; its `next` is the first bag, one whole element */
 
-    /* The library's own. */
+    /* The library's own: marks of the list; what was decoded, of which bags are parts. */
     ListMarks marks;
+    Anybuf decoded;
 } SafeContentsCtx;
-KARIL_SIZE_32(SafeContentsCtx, 44);
+KARIL_SIZE_32(SafeContentsCtx, 72);
 
 /* Makes a context and stores it in `*out`. Returns 0, KACERT_MemoryErr or, for null, KACERT_InvalidParamErr. */
 KARIL_API int32_t KA_PKCS12_CreateEncodeSafeBag(SafeBagCtx **out);

@@ -13,8 +13,10 @@ ElementList bagsOf(Ctx &ctx) {
 
 void clearContext(Ctx &ctx) {
     for (const Anybuf *bag = ctx.anchor.next; bag != nullptr; bag = bag->next)
-        wipe(bag->data, bag->length);
+        if (!isPart(*bag))
+            wipe(bag->data, bag->length);
     clearElements(bagsOf(ctx));
+    clearSecret(ctx.decoded);
 }
 
 Status create(Ctx **out) {
@@ -58,8 +60,9 @@ Status write(Writer &out, const Ctx &ctx) {
 }
 
 Status fill(const Element &element, Ctx &ctx) {
+    KA_STEP_AS("------------>KI_CopyAnybuf", store(ctx.decoded, element));
     Level bags;
-    KA_PASS(readSafeContents(element, bags));
+    KA_PASS(readSafeContents({NormalSequence, bytesOf(ctx.decoded), true}, bags));
     return addElements(bagsOf(ctx), bags);
 }
 
