@@ -1,5 +1,6 @@
 // Writes what the fuzzer starts from: make_seeds FOLDER fills FOLDER/TARGET for each target.
 #include "bags.h"
+#include "foreign.h"
 #include "issuer.h"
 #include "whole_messages.h"
 
@@ -494,6 +495,22 @@ void addPkcs12Crypt(Folder inputs) {
     inputs.add({0, 1, 16, 16}, cat({Octets(32, 1), seq({hex("04 02 01 02 02 02 07 D0")})}));
 }
 
+// A bundle as it is; items that are enciphered; two certificates beside a key.
+void addForeign(Folder inputs) {
+    const Octets info = keyInfo(Octets(20, 0x5A));
+    const Octets safe = oneCertificate(Octets(40, 0xA5));
+    for (const uint8_t last : {uint8_t{1}, uint8_t{3}, uint8_t{6}}) {
+        const Octets id = cat({hex("2A864886F70D010C01"), {last}});
+        inputs.add({0},
+                   foreignBundle({id, 1, info, {}, 0, hex("02 01 01")}, {id, 1, safe, {16}, 0, hex("02 01 01")}, "pw"));
+        inputs.add({1, last, 1, last, 1, 2, 16, 24, 0, static_cast<uint8_t>(info.size())}, cat({info, safe}));
+    }
+    const Octets two = cat({{0x30, static_cast<uint8_t>(2 * (safe.size() - 2))},
+                            {safe.begin() + 2, safe.end()},
+                            {safe.begin() + 2, safe.end()}});
+    inputs.add({2, static_cast<uint8_t>(info.size())}, cat({info, two}));
+}
+
 } // namespace
 
 int main(int count, char **arguments) {
@@ -523,5 +540,6 @@ int main(int count, char **arguments) {
     addMessages(folder("messages"));
     addBags(folder("pkcs12_bags"));
     addPkcs12Crypt(folder("pkcs12_crypt"));
+    addForeign(folder("pkcs12_foreign"));
     return 0;
 }

@@ -7,6 +7,6 @@ sh scripts/setup.sh check
 mode="--dry-run -Werror"
 [ "${1:-}" = fix ] && mode=-i
 # shellcheck disable=SC2086
-find . -path './build*' -prune -o \( -name '*.h' -o -name '*.cc' -o -name '*.c' \) -print0 |
+find . -path './build*' -prune -o \( -name '*.h' -o -name '*.hpp' -o -name '*.cc' -o -name '*.c' \) -print0 |
     xargs -0 clang-format $mode
 echo "formatting is in order"

@@ -20,5 +20,6 @@ for compiler in gcc clang; do
         try "$compiler" c++ c++20 -include "$header" /dev/null
         try "$compiler" c c11 -m32 -ffreestanding -include "$header" /dev/null
     done
+    try "$compiler" c++ c++20 -include include/karil/karil.hpp /dev/null
 done
 echo "$count header checks passed"

@@ -192,6 +192,8 @@ const Group groups[] = {
     {"108 108 108 121", of<KA_HMACFunc_Ref>()},
     {"108 108", of<KA_PKCS12_EncodeMac, KA_PKCS12_DecodeMac>()},
     {"108 108 108 108", of<KA_PKCS12_DecodeParameter>()},
+    {"-1 -1 -1 -1 -1 -1", of<KA_PKCS12_GetKeyAndCertFromNspP12>()},
+    {"121 108 108 108 108 108 108 108", of<KA_PKCS12_Decode_GFAN>()},
     {"121", of<KA_PKCS7_CreateEnocdeEncryptedContent, KA_PKCS7_CreateDeocdeEncryptedContent,
                KA_PKCS7_CreateEncodeRecipientInfo, KA_PKCS7_CreateDecodeRecipientInfo, KA_PKCS7_CreateEncodeSignerInfo,
                KA_PKCS7_CreateDecodeSignerInfo>()},

@@ -279,12 +279,12 @@ KARIL_API int32_t KACert_GetCertAttributeChar(CertDecodeCtx *ctx, int32_t id, ui
  * Answers the private extension numbered `*index`, from 1. `oid`, `value`: receive the content octets of its OID and
  * the content of its extnValue, or are null; the caller makes sure that they have room. `oidLength`, `valueLength`,
  * `critical`: receive the lengths and the flag. With 0, or past the end, `*index` becomes the number of extensions and
- * nothing else is stored; the other pointers may then be null.
+ * nothing else is stored; the other pointers may then be null. The context remembers the position, so that a walk from
+ * 1 on is linear.
  * Returns 0 or KACERT_InvalidParamErr.
  */
-KARIL_API int32_t KACert_GetCertAttributePrivate(const CertDecodeCtx *ctx, uint32_t *index, uint8_t *oid,
-                                                 uint32_t *oidLength, uint32_t *critical, uint8_t *value,
-                                                 uint32_t *valueLength);
+KARIL_API int32_t KACert_GetCertAttributePrivate(CertDecodeCtx *ctx, uint32_t *index, uint8_t *oid, uint32_t *oidLength,
+                                                 uint32_t *critical, uint8_t *value, uint32_t *valueLength);
 
 #ifdef __cplusplus
 }

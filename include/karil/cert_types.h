@@ -202,10 +202,10 @@ typedef struct CertEncodeCtx {
     DefinedUsageNode *definedOidsLast;
     DistributionPointNode *crlDistPointsLast;
     AccessNode *authorityInfoLast;
-    PrivateExtensionNode *privateExtensionsLast;
+    ListMarks privateExtensionMarks;
     struct KeptOctets *kept; /* what was decoded; records hold parts of it */
 } CertEncodeCtx;
-KARIL_SIZE_32(CertEncodeCtx, 1308);
+KARIL_SIZE_32(CertEncodeCtx, 1316);
 
 /* The same record under the name that decoding uses. */
 typedef CertEncodeCtx CertDecodeCtx;

@@ -72,7 +72,8 @@ typedef struct RevokedEntry {
     Anybuf reason; /* content octets of the ENUMERATED */
     struct RevokedEntry *next;
 
-    /* The library's own: how many octets after the record are for serial number and reason. */
+    /* The library's own: how many octets after the record are for serial number and reason; 0xFFFFFFFF for a record
+     * that was decoded, which is part of a block that the context keeps. */
     uint32_t room;
 } RevokedEntry;
 KARIL_SIZE_32(RevokedEntry, 84);

@@ -73,11 +73,11 @@ typedef struct CsrEncodeCtx {
     Anybuf publicKey; /* content of the BIT STRING */
     CsrAttributeNode *attributes;
 
-    /* The library's own. Where lists that it alone touches end, as far as it knows: */
-    CsrAttributeNode *attributesLast;
+    /* The library's own. */
+    ListMarks attributeMarks;
     struct KeptOctets *kept; /* what was decoded; records hold parts of it */
 } CsrEncodeCtx;
-KARIL_SIZE_32(CsrEncodeCtx, 296);
+KARIL_SIZE_32(CsrEncodeCtx, 304);
 
 /* The same record under the name that decoding uses. */
 typedef CsrEncodeCtx CsrDecodeCtx;
@@ -181,11 +181,11 @@ KARIL_API int32_t KACert_GetCsrAttributeChar(CsrDecodeCtx *ctx, int32_t id, uint
  * value, or are null; the caller makes sure that they have room. `oidLength`, `valueLength`: receive their lengths.
  * With 0, or past the end, `*index` becomes the number of attributes and nothing else is stored; the other pointers may
  * then be null. The value of a decoded attribute is a whole element: what was set comes back as an OCTET STRING, with
- * its tag and length.
+ * its tag and length. The context remembers the position, so that a walk from 1 on is linear.
  * Returns 0 or KACERT_InvalidParamErr.
  */
-KARIL_API int32_t KACert_GetCsrAttributePrivate(const CsrDecodeCtx *ctx, uint32_t *index, uint8_t *oid,
-                                                uint32_t *oidLength, uint8_t *value, uint32_t *valueLength);
+KARIL_API int32_t KACert_GetCsrAttributePrivate(CsrDecodeCtx *ctx, uint32_t *index, uint8_t *oid, uint32_t *oidLength,
+                                                uint8_t *value, uint32_t *valueLength);
 
 #ifdef __cplusplus
 }

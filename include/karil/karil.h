@@ -19,6 +19,7 @@
 #include "karil/ocsp_request.h"
 #include "karil/ocsp_response.h"
 #include "karil/oid.h"
+#include "karil/oids.h"
 #include "karil/pem.h"
 #include "karil/pfx.h"
 #include "karil/pfx_foreign.h"
@@ -39,7 +40,9 @@
 #include "karil/pkcs7_signed.h"
 #include "karil/pkcs7_signed_enveloped.h"
 #include "karil/pkcs7_signer.h"
+#include "karil/status.h"
 #include "karil/text.h"
 #include "karil/verify.h"
+#include "karil/version.h"
 
 #endif

@@ -5,15 +5,15 @@
 
 namespace karil {
 
-// The local zone, looked up once for all times of an object: mktime asks the file system at each call. With `days` the
-// offsets of days are kept as well, for objects of many times.
-struct DayOffset {
-    int32_t day; // counted from 1970-01-01, plus 1; 0: not known
+// The local zone, looked up once for all times of an object: mktime asks the file system at each call. With `kept` the
+// offsets of some days are kept as well, for objects of many times.
+struct DaysOffset {
+    int32_t days; // their number, counted from 1970 and plus 1; 0: not known
     int32_t offset;
 };
 struct LocalClock {
     bool isLookedUp = false;
-    std::span<DayOffset> days = {};
+    std::span<DaysOffset> kept = {}; // zeroed at first; a power of two of them
 };
 // `tag`: 23 or 24, the only one accepted.
 [[nodiscard]] Status readTime(const Element &source, uint32_t tag, LocalClock &clock, int32_t &time);

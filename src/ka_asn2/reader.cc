@@ -41,7 +41,22 @@ Status readTag(Bytes bytes, Status shortage, Header &out) {
     }
 }
 
+// The usual header of a long element: a tag of one octet, and two or three octets of length.
+inline bool readUsual(Bytes bytes, Header &out) {
+    if (bytes.size() < 4 || (bytes[0] & 0x1F) == 0x1F || (bytes[1] != 0x81 && bytes[1] != 0x82))
+        return false;
+    const bool isOne = bytes[1] == 0x81;
+    out.tag = shortTag(bytes[0]);
+    out.tagOctets = 1;
+    out.lengthOctets = isOne ? 2 : 3;
+    out.length = isOne ? bytes[2] : uint32_t{bytes[2]} << 8 | bytes[3];
+    out.contentAt = isOne ? 3 : 4;
+    return true;
+}
+
 Status readHeader(Bytes bytes, Status shortage, Header &out) {
+    if (readUsual(bytes, out))
+        return KACERT_Ok;
     KA_PASS(readTag(bytes, shortage, out));
     const Bytes field = bytes.subspan(out.tagOctets);
     if (field.empty())

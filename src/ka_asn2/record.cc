@@ -9,15 +9,21 @@ struct KeptOctets {
 
 namespace karil {
 
-Status keep(KeptOctets *&kept, const Element &source, Element &out) {
-    auto *block = KA_CREATE_WITH(source.bytes.size(), KeptOctets);
+void *keepRoom(KeptOctets *&kept, uint64_t size) {
+    auto *block = KA_CREATE_WITH(size, KeptOctets);
     if (block == nullptr)
-        return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-    auto *octets = reinterpret_cast<uint8_t *>(block + 1);
-    if (source.present())
-        memcpy(octets, source.bytes.data(), source.bytes.size());
+        return nullptr;
     block->next = kept;
     kept = block;
+    return block + 1;
+}
+
+Status keep(KeptOctets *&kept, const Element &source, Element &out) {
+    auto *octets = static_cast<uint8_t *>(keepRoom(kept, source.bytes.size()));
+    if (octets == nullptr)
+        return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
+    if (source.present())
+        memcpy(octets, source.bytes.data(), source.bytes.size());
     out = {source.tag, {octets, source.bytes.size()}, true};
     return KACERT_Ok;
 }
@@ -41,11 +47,7 @@ Status newNode(const Element &value, Anybuf **out) {
     return KACERT_Ok;
 }
 
-Status store(Anybuf &record, const Element &value) {
-    if (value.isKept) {
-        setPart(record, value.bytes, value.tag);
-        return KACERT_Ok;
-    }
+Status storeCopy(Anybuf &record, const Element &value) {
     const auto length = static_cast<uint32_t>(value.bytes.size());
     Owned<uint8_t> data = KA_BLOCK(length);
     if (data == nullptr)

@@ -36,18 +36,20 @@ int64_t offsetAt(int64_t seconds) {
     return at == seconds && localtime_r(&at, &local) != nullptr ? local.tm_gmtoff : INT64_MAX;
 }
 
-// The offset that holds from a day before the day of `asUtc` to a day after it, or INT64_MAX if it changes.
+// The offset that holds in the four days around the day of `asUtc`, and a day before and after them, or INT64_MAX if
+// it changes. It is asked for at the ends: no zone has changed twice in six days since 1970.
+constexpr int64_t DaysTogether = 4;
 int64_t offsetAround(int64_t asUtc, LocalClock &clock) {
     lookUp(clock);
-    const int64_t day = asUtc / Day;
-    DayOffset *kept = clock.days.empty() ? nullptr : &clock.days[static_cast<size_t>(day) % clock.days.size()];
-    if (kept != nullptr && kept->day == day + 1)
+    const int64_t days = asUtc / (DaysTogether * Day);
+    DaysOffset *kept = clock.kept.empty() ? nullptr : &clock.kept[static_cast<size_t>(days) & (clock.kept.size() - 1)];
+    if (kept != nullptr && kept->days == days + 1)
         return kept->offset;
-    const int64_t offset = offsetAt((day - 1) * Day);
-    if (offset != offsetAt(day * Day + Day / 2) || offset != offsetAt((day + 2) * Day))
+    const int64_t offset = offsetAt((days * DaysTogether - 1) * Day);
+    if (offset != offsetAt(((days + 1) * DaysTogether + 1) * Day))
         return INT64_MAX;
     if (kept != nullptr)
-        *kept = {static_cast<int32_t>(day + 1), static_cast<int32_t>(offset)};
+        *kept = {static_cast<int32_t>(days + 1), static_cast<int32_t>(offset)};
     return offset;
 }
 
@@ -55,7 +57,7 @@ int64_t offsetAround(int64_t asUtc, LocalClock &clock) {
 int64_t localToSeconds(tm local, LocalClock &clock) {
     const int64_t asUtc = (daysBefore(local.tm_year + int64_t{1900}, local.tm_mon) + local.tm_mday - 1) * Day +
                           local.tm_hour * int64_t{3600} + local.tm_min * int64_t{60} + local.tm_sec;
-    // No time after 2038 is good, so a day has 32 bits.
+    // No time after 2038 is good, so days have 32 bits.
     const bool isInRange = asUtc >= 0 && asUtc <= INT32_MAX + Day;
     const int64_t offset = isInRange ? offsetAround(asUtc, clock) : INT64_MAX;
     return offset == INT64_MAX ? mktime(&local) : asUtc - offset;

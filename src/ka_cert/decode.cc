@@ -73,7 +73,7 @@ Status decodeTbs(const Element &tbs, CertDecodeCtx &ctx) {
         return KACERT_Ok;
     ctx.hasExtensions = 1;
     KA_STEP_AS("------>KI_Cert_DecodeExtensions",
-               decodeExtensions(fields.take(), ctx.extensions, ctx.privateExtensionsLast));
+               decodeExtensions(fields.take(), ctx.extensions, ctx.privateExtensionMarks));
     return KACERT_Ok;
 }
 

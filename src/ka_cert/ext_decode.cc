@@ -175,11 +175,11 @@ Status readPrivate(const Element &extension, PrivateExtensionNode &node) {
     return KACERT_Ok;
 }
 
-Status decodePrivate(const Element &extension, CertExtensions &block, PrivateExtensionNode *&last) {
+Status decodePrivate(const Element &extension, CertExtensions &block, ListMarks &privateMarks) {
     NodePtr<PrivateExtensionNode> node;
     KA_PASS(createNode(node));
     KA_PASS(readPrivate(extension, *node));
-    append<&PrivateExtensionNode::next>(block.privateExtensions, last, node.release());
+    appendMarked<&PrivateExtensionNode::next>(block.privateExtensions, privateMarks, node.release());
     block.hasPrivate = 1;
     return KACERT_Ok;
 }
@@ -222,13 +222,13 @@ Status decodeKnown(Decode decode, ExtensionParts &parts, CertExtensions &block) 
     return decode(parts, block);
 }
 
-Status decodeOne(const Element &extension, CertExtensions &block, PrivateExtensionNode *&last) {
+Status decodeOne(const Element &extension, CertExtensions &block, ListMarks &privateMarks) {
     ExtensionParts parts;
     Element oid;
     KA_PASS(readTyped(extension, oid, parts.fields));
     const KnownExtension *known = knownExtension(oid.bytes);
     if (known == nullptr)
-        KA_STEP_AS("------>KI_Cert_DecodeExtension_Private", decodePrivate(extension, block, last));
+        KA_STEP_AS("------>KI_Cert_DecodeExtension_Private", decodePrivate(extension, block, privateMarks));
     else if (block.*known->flag == 0)
         KA_STEP_AS(known->words, decodeKnown(known->decode, parts, block));
     return KACERT_Ok;
@@ -236,11 +236,11 @@ Status decodeOne(const Element &extension, CertExtensions &block, PrivateExtensi
 
 } // namespace
 
-Status decodeExtensions(const Element &extensions, CertExtensions &block, PrivateExtensionNode *&last) {
+Status decodeExtensions(const Element &extensions, CertExtensions &block, ListMarks &privateMarks) {
     Level list;
     KA_PASS(openExtensions(extensions, list));
     while (!list.empty())
-        KA_PASS(decodeOne(list.take(), block, last));
+        KA_PASS(decodeOne(list.take(), block, privateMarks));
     return KACERT_Ok;
 }
 
@@ -248,13 +248,13 @@ namespace {
 
 // A list without a hint to its end: a caller's block has none.
 Status decodeIntoBlock(const Element &extensions, CertExtensions &block) {
-    PrivateExtensionNode *last = nullptr;
-    return decodeExtensions(extensions, block, last);
+    ListMarks privateMarks = {};
+    return decodeExtensions(extensions, block, privateMarks);
 }
 
 Status decodeSinglePrivate(const Element &extension, CertExtensions &block) {
-    PrivateExtensionNode *last = nullptr;
-    return decodePrivate(extension, block, last);
+    ListMarks privateMarks = {};
+    return decodePrivate(extension, block, privateMarks);
 }
 
 // One extension by itself. Most leave another one alone.

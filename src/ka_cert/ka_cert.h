@@ -60,6 +60,6 @@ template <> inline void clearNode(PrivateExtensionNode &node) {
 [[nodiscard]] Status writeExtensions(Writer &out, CertEncodeCtx &ctx);
 
 // `last`: see append().
-[[nodiscard]] Status decodeExtensions(const Element &extensions, CertExtensions &block, PrivateExtensionNode *&last);
+[[nodiscard]] Status decodeExtensions(const Element &extensions, CertExtensions &block, ListMarks &privateMarks);
 
 } // namespace karil

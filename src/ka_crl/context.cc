@@ -21,7 +21,7 @@ void clearContext(Ctx &ctx) {
         freeData(*field);
     clearSecret(ctx.signKey);
     KI_FreeName(ctx.issuer.next);
-    freeList(ctx.firstRevoked);
+    freeEntries(ctx.firstRevoked);
     freeKept(ctx.kept);
 }
 

@@ -1,5 +1,8 @@
 #include "ka_crl.h"
 
+#include <algorithm>
+#include <bit>
+
 namespace karil {
 
 namespace {
@@ -8,6 +11,11 @@ constexpr char NotEnd[] = "------>KACERT_CrlNotEndErr";
 
 Status takeField(Level &fields, Element &out) {
     return takeField(fields, out, KACERT_CrlNotEndErr, NotEnd);
+}
+
+void noteReason(RevokedEntry &entry) {
+    entry.hasReason = 1;
+    entry.hasEntryExtensions = 1;
 }
 
 // crlEntryExtensions ::= SEQUENCE OF Extension, of which the reason is taken
@@ -20,8 +28,7 @@ Status readEntryExtensions(const Element &element, RevokedEntry &entry) {
         KA_PASS(readTyped(extensions.take(), oid, fields));
         if (!equal(oid.bytes, OidReason))
             continue;
-        entry.hasReason = 1;
-        entry.hasEntryExtensions = 1;
+        noteReason(entry);
         Element field = fields.take();
         if (field.tag == TagBoolean)
             field = fields.take();
@@ -36,46 +43,89 @@ Status readEntryExtensions(const Element &element, RevokedEntry &entry) {
     return KACERT_Ok;
 }
 
+// The extensions of an entry that has a reason alone, up to the reason's one octet.
+constexpr uint8_t ReasonHead[] = {TagSequence, 12,   TagSequence,    10, TagObjectId,   3, 0x55,
+                                  0x1D,        0x15, TagOctetString, 3,  TagEnumerated, 1};
+
+// The usual SEQUENCE { number, date } or SEQUENCE { number, date, SEQUENCE { reason } }, with lengths of one octet,
+// whose levels need not be opened one by one. False for all others, which readEntry() reads.
+struct ShortEntry {
+    Element serialNumber;
+    Element date;
+    Element reason; // opened
+};
+bool takeShortEntry(const Element &element, ShortEntry &out) {
+    Bytes rest = element.bytes;
+    const Element whole = takeShort(rest);
+    if (!whole.startsWith(TagSequence) || !rest.empty())
+        return false;
+    rest = whole.bytes.subspan(2);
+    out.serialNumber = takeShort(rest);
+    out.date = takeShort(rest);
+    if (!out.serialNumber.startsWith(TagInteger) || !out.date.startsWith(TagUtcTime))
+        return false;
+    out.serialNumber.isKept = element.isKept;
+    if (rest.empty())
+        return true;
+    out.reason = {TagEnumerated, rest.last(1), element.isKept};
+    return equal(rest.first(rest.size() - 1), ReasonHead);
+}
+
+Status readNumberAndDate(const Element &number, const Element &date, LocalClock &clock, RevokedEntry &entry) {
+    Element serialNumber;
+    KA_STEP_AS("------>KAsn1_ReadIntegerArray", readValue(number, serialNumber));
+    KA_STEP_AS("------>KI_CopyAnybuf", store(entry.serialNumber, serialNumber));
+    if (!date.present())
+        return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadUtcTime");
+    KA_STEP_AS("------>KAsn1_ReadUtcTime", readTime(date, TagUtcTime, clock, entry.revocationDate.utcValue));
+    return KACERT_Ok;
+}
+
 // SEQUENCE { userCertificate INTEGER, revocationDate UTCTime, crlEntryExtensions OPTIONAL }
 Status readEntry(const Element &element, LocalClock &clock, RevokedEntry &entry) {
+    if (ShortEntry parts; takeShortEntry(element, parts)) {
+        KA_PASS(readNumberAndDate(parts.serialNumber, parts.date, clock, entry));
+        if (!parts.reason.present())
+            return KACERT_Ok;
+        noteReason(entry);
+        KA_STEP_AS("------>KI_CopyAnybuf", store(entry.reason, parts.reason));
+        return KACERT_Ok;
+    }
     Level fields;
     KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(element, fields));
     if (fields.empty())
         return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadIntegerArray");
-    Element serialNumber;
-    KA_STEP_AS("------>KAsn1_ReadIntegerArray", readValue(fields.take(), serialNumber));
-    KA_STEP_AS("------>KI_CopyAnybuf", store(entry.serialNumber, serialNumber));
-    if (fields.empty())
-        return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadUtcTime");
-    KA_STEP_AS("------>KAsn1_ReadUtcTime", readTime(fields.take(), TagUtcTime, clock, entry.revocationDate.utcValue));
+    const Element number = fields.take();
+    KA_PASS(readNumberAndDate(number, fields.take(), clock, entry));
     return fields.empty() ? KACERT_Ok : readEntryExtensions(fields.take(), entry);
 }
 
-RevokedEntry *appendEntry(CrlDecodeCtx &ctx) {
-    RevokedEntry *entry = KA_CREATE(RevokedEntry);
-    if (entry == nullptr)
-        return nullptr;
-    if (ctx.firstRevoked == nullptr)
-        ctx.currentRevoked = entry;
-    append<&RevokedEntry::next>(ctx.firstRevoked, ctx.revokedLast, entry);
-    return entry;
+// Revocation dates: those of small lists are few, and those of large ones lie within some twenty years.
+constexpr size_t KeptDates = 2048;
+size_t datesFor(size_t listSize) {
+    constexpr size_t usualEntry = 32;
+    return std::min(KeptDates, std::bit_ceil(listSize / usualEntry + 1));
 }
-
-// Some three years: revocation dates of a list lie in about that time.
-constexpr size_t KeptDays = 1024;
 
 // revokedCertificates ::= SEQUENCE OF SEQUENCE
 Status decodeEntries(const Element &list, CrlDecodeCtx &ctx) {
     Level entries;
     KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(list, entries));
-    DayOffset days[KeptDays] = {};
-    LocalClock clock = {false, days};
+    DaysOffset kept[KeptDates];
+    LocalClock clock = {false, {kept, datesFor(entries.rest.size())}};
+    std::fill(clock.kept.begin(), clock.kept.end(), DaysOffset{});
+    EntryBlock block;
     while (!entries.empty()) {
+        const size_t listSize = entries.rest.size();
+        const Element element = entries.take();
         // What is read of an entry stays, also if the rest of it cannot be read.
-        RevokedEntry *entry = appendEntry(ctx);
+        RevokedEntry *entry = takeEntry(block, listSize / element.bytes.size(), ctx.kept);
         if (entry == nullptr)
             return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
-        KA_PASS(readEntry(entries.take(), clock, *entry));
+        if (ctx.firstRevoked == nullptr)
+            ctx.currentRevoked = entry;
+        append<&RevokedEntry::next>(ctx.firstRevoked, ctx.revokedLast, entry);
+        KA_PASS(readEntry(element, clock, *entry));
     }
     return KACERT_Ok;
 }

@@ -1,6 +1,7 @@
-// The entries of revoked certificates: a block each.
+// The entries of revoked certificates: a block each, or many in a block.
 #include "ka_crl.h"
 
+#include <algorithm>
 #include <string.h>
 
 namespace karil {
@@ -13,6 +14,9 @@ constexpr uint64_t ReasonRoom = 1;
 uint8_t *roomOf(RevokedEntry &entry) {
     return reinterpret_cast<uint8_t *>(&entry + 1);
 }
+
+// The room of an entry that stands with others in a block.
+constexpr uint32_t InBlock = UINT32_MAX;
 
 } // namespace
 
@@ -27,11 +31,36 @@ EntryPtr newEntry(Bytes serialNumber) {
     return entry;
 }
 
+RevokedEntry *takeEntry(EntryBlock &block, size_t expected, KeptOctets *&kept) {
+    // So many that a block is seldom asked for, and so few that little is lost if the entries are larger than expected.
+    constexpr size_t most = 1024;
+    if (block.left == 0) {
+        const size_t count = std::clamp<size_t>(expected, 1, most);
+        block = {static_cast<RevokedEntry *>(keepRoom(kept, count * sizeof(RevokedEntry))), count};
+    }
+    if (block.next == nullptr)
+        return nullptr;
+    RevokedEntry *entry = block.next++;
+    --block.left;
+    entry->room = InBlock;
+    return entry;
+}
+
+void freeEntries(RevokedEntry *&first) {
+    while (first != nullptr) {
+        EntryPtr entry(first);
+        first = entry->next;
+        if (entry->room == InBlock)
+            clearNode(*entry.release());
+    }
+}
+
 Status setReason(RevokedEntry &entry, Bytes value) {
     const uint32_t serialSize = entry.serialNumber.length;
+    const uint32_t room = entry.room == InBlock ? 0 : entry.room;
     Anybuf reason = {};
     reason.tag = TagEnumerated;
-    if (uint64_t{serialSize} + value.size() <= entry.room)
+    if (uint64_t{serialSize} + value.size() <= room)
         placePart(reason, value, roomOf(entry) + serialSize);
     else
         KA_PASS(setTagged(reason, value, TagEnumerated));

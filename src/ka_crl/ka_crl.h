@@ -19,6 +19,16 @@ template <> inline void clearNode(RevokedEntry &node) {
 }
 using EntryPtr = NodePtr<RevokedEntry>;
 
+// Entries that are decoded stand in blocks that the context keeps: a block each costs as much again as the decoding.
+struct EntryBlock {
+    RevokedEntry *next = nullptr;
+    size_t left = 0;
+};
+// The next entry, of a fresh block if there is no more. `expected`: how many are about to come. Null if there is no
+// memory.
+[[nodiscard]] RevokedEntry *takeEntry(EntryBlock &block, size_t expected, KeptOctets *&kept);
+void freeEntries(RevokedEntry *&first);
+
 // A node with a serial number in its own block, which has room for a reason of the usual size as well. Null if there is
 // no memory.
 [[nodiscard]] EntryPtr newEntry(Bytes serialNumber);

@@ -34,7 +34,7 @@ constexpr IntAttribute<CsrEncodeCtx> IntRows[] = {KA_INT_ROW(CSR_VERSION, setVer
 } // namespace
 
 void appendAttribute(CsrEncodeCtx &ctx, NodePtr<CsrAttributeNode> node) {
-    append<&CsrAttributeNode::next>(ctx.attributes, ctx.attributesLast, node.release());
+    appendMarked<&CsrAttributeNode::next>(ctx.attributes, ctx.attributeMarks, node.release());
     ctx.hasAttributes = 1;
 }
 
@@ -80,11 +80,11 @@ int32_t KACert_SetCsrAttributePrivate(CsrEncodeCtx *ctx, const uint8_t *oid, int
     return KA_DONE();
 }
 
-int32_t KACert_GetCsrAttributePrivate(const CsrDecodeCtx *ctx, uint32_t *index, uint8_t *oid, uint32_t *oidLength,
+int32_t KACert_GetCsrAttributePrivate(CsrDecodeCtx *ctx, uint32_t *index, uint8_t *oid, uint32_t *oidLength,
                                       uint8_t *value, uint32_t *valueLength) {
     KA_FRAME("KACert_GetCsrAttributePrivate");
     KA_PASS(checkPointers({ctx, index}));
-    const CsrAttributeNode *node = numbered(ctx->attributes, *index);
+    const CsrAttributeNode *node = numbered(ctx->attributes, ctx->attributeMarks, *index);
     if (node == nullptr)
         return KA_DONE();
     KA_PASS(checkPointers({oidLength, valueLength}));

@@ -73,12 +73,13 @@ template <auto Link, class Node> Node *nodeAt(Node *first, ListMarks &marks, int
 }
 
 // The node numbered `index`, from 1; without one `index` becomes their number.
-template <class Node> const Node *numbered(const Node *first, uint32_t &index) {
-    uint32_t count = 0;
+template <class Node> const Node *numbered(Node *first, ListMarks &marks, uint32_t &index) {
+    if (index <= INT32_MAX)
+        if (const Node *found = nodeAt<&Node::next>(first, marks, static_cast<int32_t>(index)); found != nullptr)
+            return found;
+    index = 0;
     for (const Node *node = first; node != nullptr; node = node->next)
-        if (++count == index)
-            return node;
-    index = count;
+        ++index;
     return nullptr;
 }
 

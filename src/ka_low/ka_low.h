@@ -43,6 +43,15 @@ inline bool equal(Bytes left, Bytes right) {
            (left.empty() || (left.back() == right.back() && memcmp(left.data(), right.data(), left.size()) == 0));
 }
 
+// Text that every conversion of text.h leaves as it is: some ASCII, within the limit of a narrow text.
+constexpr size_t NarrowLimit = 1024;
+inline bool isPlainText(Bytes text) {
+    uint8_t bits = 0;
+    for (const uint8_t octet : text)
+        bits |= octet;
+    return bits < 0x80 && !text.empty() && text.size() <= NarrowLimit;
+}
+
 // Sets an embedded record to a copy of `value`, keeping its tag, and releases what stood there before.
 [[nodiscard]] Status replace(Anybuf &record, Bytes value);
 

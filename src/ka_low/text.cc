@@ -9,7 +9,6 @@ using namespace karil;
 namespace {
 
 constexpr size_t WideLimit = 2048;
-constexpr size_t NarrowLimit = 1024;
 // Room for every result of a source within its limit, so that the conversions below need not look at what is left:
 // a unit becomes three octets at most, an octet of a narrow text becomes two.
 constexpr size_t Room = WideLimit / 2 * 3;
@@ -106,6 +105,12 @@ uint32_t takeSequence(Bytes source, size_t &at) {
     const uint8_t lead = source[at++];
     if (lead < 0x80)
         return lead;
+    // Most are of three octets, as those of Chinese characters are.
+    if (lead > 0xE0 && lead < 0xED && at + 1 < source.size() && (source[at] & 0xC0) == 0x80 &&
+        (source[at + 1] & 0xC0) == 0x80) {
+        at += 2;
+        return (lead & 0x0Fu) << 12 | (source[at - 2] & 0x3Fu) << 6 | (source[at - 1] & 0x3Fu);
+    }
     if (lead < 0xC2 || lead > 0xF4)
         return Replacement;
     uint32_t more = lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
@@ -166,15 +171,12 @@ Status convert(const Route &route, const uint8_t *source, int32_t length, uint8_
     return KACERT_Ok;
 }
 
-// Text that is all ASCII, is not empty and fits every area. False leaves the outputs as they were.
+// False if the text needs a conversion, with the outputs as they were.
 bool copyPlain(const uint8_t *source, int32_t length, uint8_t *result, uint32_t *resultLength) {
-    if (source == nullptr || resultLength == nullptr || length < 1 || length > static_cast<int32_t>(NarrowLimit))
+    if (source == nullptr || resultLength == nullptr || length < 1)
         return false;
     const Bytes text(source, static_cast<size_t>(length));
-    uint8_t bits = 0;
-    for (const uint8_t octet : text)
-        bits |= octet;
-    if (bits >= 0x80)
+    if (!isPlainText(text))
         return false;
     *resultLength = static_cast<uint32_t>(length);
     if (result != nullptr)

@@ -56,42 +56,76 @@ Status writeRdn(Writer &out, NameRecord &record) {
     return KACERT_Ok;
 }
 
-Status readAttributeValue(const Element &element, Anybuf &value) {
-    uint32_t tag = 0;
-    KA_STEP(KAsn1_Low_ReadDNTag(element.bytes.data(), &tag));
-    Element content;
-    switch (tag) {
-    case TagBmpString:
-        KA_STEP_AS("------>KAsn1_ReadPrintableString", readValue(element, content));
+// `content` is that of an element with the tag.
+Status storeText(uint8_t tag, Element content, Anybuf &value) {
+    if (tag == TagBmpString)
         KA_STEP_AS("------>KI_BmpString2Chinese", storeConverted(KI_BmpString2Chinese, content, TagBmpString, value));
-        return KACERT_Ok;
-    case TagUtf8String:
-        KA_STEP_AS("------>KAsn1_ReadUTF8String", readValue(element, content));
+    else if (tag == TagUtf8String && !(content.isKept && isPlainText(content.bytes)))
         KA_STEP_AS("------>KI_UTF8String2Chinese", storeConverted(KI_UTF8String2Chinese, content, TagBmpString, value));
-        return KACERT_Ok;
-    case TagIa5String:
-        KA_STEP_AS("------>KAsn1_ReadIa5String", readValue(element, content));
-        break;
-    default:
-        KA_STEP_AS("------>KAsn1_ReadPrintableString", readValue(element, content));
-        break;
+    else {
+        if (tag == TagUtf8String)
+            content.tag = TagBmpString;
+        KA_STEP_AS("------>KI_CopyAnybuf", store(value, content));
     }
-    KA_STEP_AS("------>KI_CopyAnybuf", store(value, content));
+    return KACERT_Ok;
+}
+
+Status readAttributeValue(const Element &element, Anybuf &value) {
+    if (!element.present())
+        return KA_FAIL(KACERT_InvalidTagErr, "------>KAsn1_Low_ReadDNTag");
+    const uint8_t tag = element.bytes[0];
+    Element content;
+    if (tag == TagUtf8String)
+        KA_STEP_AS("------>KAsn1_ReadUTF8String", readValue(element, content));
+    else if (tag == TagIa5String)
+        KA_STEP_AS("------>KAsn1_ReadIa5String", readValue(element, content));
+    else
+        KA_STEP_AS("------>KAsn1_ReadPrintableString", readValue(element, content));
+    return storeText(tag, content, value);
+}
+
+// The usual SET { SEQUENCE { type, text } }, of one attribute and with lengths of one octet, without opening each level
+// by itself: names are a third of a certificate's time. False for all else, which readRdn() reads.
+bool isShortRdn(const Element &source, Element &type, Element &text) {
+    const Bytes rdn = source.bytes;
+    if (rdn.size() < 8 || shortSize(rdn) != rdn.size() || rdn[0] != TagSet || rdn[2] != TagSequence ||
+        rdn[4] != TagObjectId)
+        return false;
+    const Bytes fields = rdn.subspan(4);
+    const size_t typeSize = shortSize(fields);
+    if (rdn[3] != fields.size() || typeSize == 0)
+        return false;
+    const Bytes value = fields.subspan(typeSize);
+    const bool isText = !value.empty() && (value[0] == TagPrintableString || value[0] == TagUtf8String);
+    if (!isText || shortSize(value) != value.size())
+        return false;
+    type = {TagObjectId, fields.subspan(2, typeSize - 2), source.isKept};
+    text = {value[0], value.subspan(2), source.isKept};
+    return true;
+}
+
+Status storeType(const Element &type, NameRecord &record) {
+    KA_STEP_AS("------>KI_CopyAnybuf", store(record.oid, type));
+    const NameAttribute *attribute = attributeOfOid(type.bytes);
+    record.id = attribute != nullptr ? attribute->kind : 0;
     return KACERT_Ok;
 }
 
 // `rdn`: SET { SEQUENCE { type, value } ... }, of which the first attribute is taken.
 Status readRdn(const Element &rdn, NameRecord &record) {
+    Element type;
+    Element text;
+    if (isShortRdn(rdn, type, text)) {
+        KA_PASS(storeType(type, record));
+        return storeText(static_cast<uint8_t>(text.tag), text, record.value);
+    }
     Level attributes;
     KA_STEP_AS("------>KAsn1_ReadSet", readSet(rdn, attributes));
     if (attributes.empty())
         return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_ReadSequence");
     Level fields;
-    Element type;
     KA_PASS(readTyped(attributes.take(), type, fields));
-    KA_STEP_AS("------>KI_CopyAnybuf", store(record.oid, type));
-    const NameAttribute *attribute = attributeOfOid(type.bytes);
-    record.id = attribute != nullptr ? attribute->kind : 0;
+    KA_PASS(storeType(type, record));
     return readAttributeValue(fields.take(), record.value);
 }
 
