@@ -147,12 +147,8 @@ Status openContentInfo(const Element &element, Opener &opener, SafeContents &out
 }
 
 Status readCertificate(SafeBagParts &bag, PfxCtx &ctx) {
-    Bytes rest = bag.content.bytes; // what follows the bag is ignored
-    Element whole;
-    KA_STEP_AS("------------>KA_PKCS12_ParseCertBag",
-               next(rest, whole, KACERT_LengthNotEqualErr, "------------>KAsn1_GetCertLength"));
     CertBagParts parts;
-    KA_STEP_AS("------------>KA_PKCS12_ParseCertBag", readCertBag(whole, parts));
+    KA_STEP_AS("------------>KA_PKCS12_ParseCertBag", readCertBag(bag.content, parts));
     PfxCertificate *certificate = nullptr;
     KA_STEP_AS("------------>KA_PKCS12_SetCertificate", addCertificate(ctx, parts.value.bytes, &certificate));
     moveAttributes(bag.attributes.list(), attributesOf(*certificate));
