@@ -144,7 +144,7 @@ TEST(Pkcs12Bags, GenAndParse) {
     endFailing();
 }
 
-// A cipher that copies, and notes what else it is called with.
+// A cipher that copies, and notes what else it is called with. After 77 iterations it fails, after 78 it writes more.
 std::string cipherSaw;
 int32_t copying(const uint8_t *oid, uint32_t oidLength, const uint8_t *password, uint32_t passwordLength,
                 const uint8_t *salt, uint32_t saltLength, uint32_t iterations, const uint8_t *input,
@@ -152,7 +152,8 @@ int32_t copying(const uint8_t *oid, uint32_t oidLength, const uint8_t *password,
     cipherSaw = toHex(oid, oidLength) + " / " + toHex(password, passwordLength) + " / " + toHex(salt, saltLength) +
                 " / " + std::to_string(iterations) + " / " + std::to_string(inputLength);
     std::copy_n(input, inputLength, output);
-    *outputLength = inputLength;
+    *outputLength = iterations == 78 ? 3024 : inputLength;
+    std::fill_n(output + inputLength, *outputLength - inputLength, uint8_t{1});
     return iterations == 77 ? 55 : 0;
 }
 

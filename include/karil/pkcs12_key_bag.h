@@ -53,8 +53,8 @@ KARIL_SIZE_32(EncKeyBagCtx, 92);
 
 /*
  * A function that enciphers or deciphers by a password, such as KA_PKCS12_PbeWithDigestAlgoAndEncrypt and
- * KA_PKCS12_PbeWithDigestAlgoAndDecrypt. `output` has room for 1,024 octets more than the input. Returns 0; any other
- * value comes back unchanged from the function that called.
+ * KA_PKCS12_PbeWithDigestAlgoAndDecrypt. `output` has room for 1,024 octets more than the input, and for 3,024
+ * at least. Returns 0; any other value comes back unchanged from the function that called.
  */
 typedef int32_t (*KAPbeFunc)(const uint8_t *oid, uint32_t oidLength, const uint8_t *password, uint32_t passwordLength,
                              const uint8_t *salt, uint32_t saltLength, uint32_t iterations, const uint8_t *input,

@@ -47,12 +47,12 @@ Status decode(Ctx *ctx, const uint8_t *der, int32_t length) {
 
 // An area for what a function writes that is not told the area's size. It is wiped before it is freed.
 struct CipherArea {
-    Owned<uint8_t> block;
     size_t size;
+    Owned<uint8_t> block;
     uint32_t used = 0;
 
-    explicit CipherArea(uint32_t input)
-        : block(KA_BLOCK(uint64_t{input} + CipherRoom)), size(input + size_t{CipherRoom}) {}
+    explicit CipherArea(size_t input)
+        : size((input > LongestEncKey ? input : LongestEncKey) + CipherRoom), block(KA_BLOCK(size)) {}
     CipherArea(const CipherArea &) = delete;
     CipherArea &operator=(const CipherArea &) = delete;
     ~CipherArea() { wipe(block.get(), size); }
@@ -77,7 +77,7 @@ Status runCipher(KAPbeFunc cipher, const Password &password, const ShroudedKey &
 // `plain`: its encKey is the plain key.
 Status generate(const ShroudedKey &plain, const Password &password, KAPbeFunc encrypt, uint8_t *result,
                 uint32_t *resultLength) {
-    CipherArea area(static_cast<uint32_t>(plain.encKey.size()));
+    CipherArea area(plain.encKey.size());
     KA_PASS(runCipher(encrypt, password, plain, area));
     if (area.used > LongestEncKey)
         return KA_FAIL(KACERT_InvalidLengthErr, "------------>KACERT_InvalidLengthErr");
@@ -103,7 +103,7 @@ Status parse(const Password &password, const uint8_t *der, int32_t length, KAPbe
         return KA_FAIL(KACERT_InvalidParamErr, "------------>KACERT_InvalidParamErr");
     ShroudedKey key;
     KA_PASS(readWhole(der, length, key));
-    CipherArea area(static_cast<uint32_t>(key.encKey.size()));
+    CipherArea area(key.encKey.size());
     return runCipher(decrypt, password, key, area);
 }
 

@@ -5,81 +5,63 @@
 
 namespace karil_test {
 
-// What a bag's functions are called, and its fields.
-#define KIT_BAG(NAME, CONTEXT, DESTROY, BAG, CODE)                                                                     \
-    using Ctx = CONTEXT;                                                                                               \
-    static constexpr std::string_view Name = NAME;                                                                     \
-    static constexpr auto create = KA_PKCS12_CreateEncode##BAG;                                                        \
-    static constexpr auto destroy = KA_PKCS12_##DESTROY##Encode##BAG;                                                  \
-    static constexpr auto encode = KA_PKCS12_Encode##CODE;                                                             \
-    static constexpr auto decode = KA_PKCS12_Decode##CODE
-#define KIT_FIELD(NAME, FIELD)                                                                                         \
-    BagField<Ctx> {                                                                                                    \
-        NAME, KA_PKCS12_Set##FIELD, KA_PKCS12_Get##FIELD                                                               \
-    }
+// A field, and what a bag's functions are called.
 template <class C> struct BagField {
     std::string_view name;
     int32_t (*set)(C *, const uint8_t *, int32_t);
     int32_t (*get)(const C *, uint8_t *, uint32_t *);
 };
+#define KIT_FIELD(NAME, FIELD)                                                                                         \
+    { NAME, KA_PKCS12_Set##FIELD, KA_PKCS12_Get##FIELD }
+#define KIT_ATTRIBUTES(BAG)                                                                                            \
+    static constexpr auto setAttribute = KA_PKCS12_Set##BAG##Attribute;                                                \
+    static constexpr auto getAttribute = KA_PKCS12_Get##BAG##Attribute;                                                \
+    static constexpr auto countAttributes = KA_PKCS12_Get##BAG##AttributeNum;
+#define KIT_BAG(KIT, NAME, BAG, CODE, DESTROY, MORE, ...)                                                              \
+    struct KIT {                                                                                                       \
+        using Ctx = BAG##Ctx;                                                                                          \
+        static constexpr std::string_view Name = NAME;                                                                 \
+        static constexpr auto create = KA_PKCS12_CreateEncode##BAG;                                                    \
+        static constexpr auto destroy = KA_PKCS12_##DESTROY##Encode##BAG;                                              \
+        static constexpr auto encode = KA_PKCS12_Encode##CODE;                                                         \
+        static constexpr auto decode = KA_PKCS12_Decode##CODE;                                                         \
+        static constexpr BagField<Ctx> Fields[] = {__VA_ARGS__};                                                       \
+        MORE                                                                                                           \
+    }
 
-struct KeyKit {
-    KIT_BAG("key", KeyBagCtx, Destroy, KeyBag, KeyBag);
-    static constexpr auto setAttribute = KA_PKCS12_SetKeyBagAttribute;
-    static constexpr auto getAttribute = KA_PKCS12_GetKeyBagAttribute;
-    static constexpr auto countAttributes = KA_PKCS12_GetKeyBagAttributeNum;
-    static int32_t setVersion(Ctx *ctx, const uint8_t *value, int32_t) {
-        return KA_PKCS12_SetKeyBagVersion(ctx, value[0]);
-    }
-    static int32_t getVersion(const Ctx *ctx, uint8_t *result, uint32_t *length) {
-        int32_t version = 0;
-        const int32_t status = KA_PKCS12_GetKeyBagVersion(ctx, &version);
-        *result = static_cast<uint8_t>(version);
-        *length = 1;
-        return status;
-    }
-    static constexpr BagField<Ctx> Fields[] = {
-        {"version", setVersion, getVersion}, KIT_FIELD("algorithm", KeyBagAlgorithm), KIT_FIELD("key", KeyBagKey)};
-};
-struct EncKit {
-    KIT_BAG("enc", EncKeyBagCtx, Destory, EncKeyBag, EncKeyBag);
-    static constexpr BagField<Ctx> Fields[] = {KIT_FIELD("algorithm", EncKeyBagAlgo),
-                                               KIT_FIELD("parameter", EncKeyBagParameter),
-                                               KIT_FIELD("key", EncKeyBagEncKey)};
-};
-struct CertKit {
-    KIT_BAG("cert", CertBagCtx, Destory, CertBag, CertBag);
-    template <int32_t IsText> static int32_t set(Ctx *ctx, const uint8_t *value, int32_t length) {
-        return KA_PKCS12_SetCertBagCertificate(ctx, value, length, IsText);
-    }
-    static int32_t get(const Ctx *ctx, uint8_t *result, uint32_t *length) {
-        int32_t isText = 7;
-        const int32_t status = KA_PKCS12_GetCertBagCertificate(ctx, result, length, &isText);
-        return isText == (status == KACERT_Ok ? -1 : 7) ? status : -1;
-    }
-    static constexpr BagField<Ctx> Fields[] = {
-        KIT_FIELD("id", CertBagID), {"value", set<-1>, get}, {"text", set<1>, nullptr}};
-};
-struct CrlKit {
-    KIT_BAG("crl", CrlBagCtx, Destory, CrlBag, CrlBag);
-    static constexpr BagField<Ctx> Fields[] = {KIT_FIELD("id", CrlBagID), KIT_FIELD("value", CrlBagCrl)};
-};
-struct SecretKit {
-    KIT_BAG("secret", SecretContentsBagCtx, Destory, SecretContentsBag, SecretContentsBag);
-    static constexpr BagField<Ctx> Fields[] = {KIT_FIELD("id", SecretContentsBagID),
-                                               KIT_FIELD("value", SecretContentsBagContents)};
-};
-struct SafeKit {
-    KIT_BAG("safe", SafeBagCtx, Destory, SafeBag, SafeBag);
-    static constexpr auto setAttribute = KA_PKCS12_SetSafeBagAttribute;
-    static constexpr auto getAttribute = KA_PKCS12_GetSafeBagAttribute;
-    static constexpr auto countAttributes = KA_PKCS12_GetSafeBagAttributeNum;
-    static constexpr BagField<Ctx> Fields[] = {KIT_FIELD("id", SafeBagOID), KIT_FIELD("content", SafeBagContent)};
-};
-struct ContentsKit {
-    KIT_BAG("contents", SafeContentsCtx, Destory, SafeContents, SafeContent);
-    static constexpr BagField<Ctx> Fields[] = {{"bag", KA_PKCS12_SetSafeContents_SafeBag, nullptr}};
-};
+inline int32_t setVersion(KeyBagCtx *ctx, const uint8_t *value, int32_t) {
+    return KA_PKCS12_SetKeyBagVersion(ctx, value[0]);
+}
+inline int32_t getVersion(const KeyBagCtx *ctx, uint8_t *result, uint32_t *length) {
+    int32_t version = 0;
+    const int32_t status = KA_PKCS12_GetKeyBagVersion(ctx, &version);
+    *result = static_cast<uint8_t>(version);
+    *length = 1;
+    return status;
+}
+template <int32_t IsText> int32_t setCertificate(CertBagCtx *ctx, const uint8_t *value, int32_t length) {
+    return KA_PKCS12_SetCertBagCertificate(ctx, value, length, IsText);
+}
+inline int32_t getCertificate(const CertBagCtx *ctx, uint8_t *result, uint32_t *length) {
+    int32_t isText = 7;
+    const int32_t status = KA_PKCS12_GetCertBagCertificate(ctx, result, length, &isText);
+    return isText == (status == KACERT_Ok ? -1 : 7) ? status : -1;
+}
+
+KIT_BAG(KeyKit, "key", KeyBag, KeyBag, Destroy, KIT_ATTRIBUTES(KeyBag), {"version", setVersion, getVersion},
+        KIT_FIELD("algorithm", KeyBagAlgorithm), KIT_FIELD("key", KeyBagKey));
+KIT_BAG(EncKit, "enc", EncKeyBag, EncKeyBag, Destory, , KIT_FIELD("algorithm", EncKeyBagAlgo),
+        KIT_FIELD("parameter", EncKeyBagParameter), KIT_FIELD("key", EncKeyBagEncKey));
+KIT_BAG(CertKit, "cert", CertBag, CertBag, Destory, , KIT_FIELD("id", CertBagID),
+        {"value", setCertificate<-1>, getCertificate}, {"text", setCertificate<1>, nullptr});
+KIT_BAG(CrlKit, "crl", CrlBag, CrlBag, Destory, , KIT_FIELD("id", CrlBagID), KIT_FIELD("value", CrlBagCrl));
+KIT_BAG(SecretKit, "secret", SecretContentsBag, SecretContentsBag, Destory, , KIT_FIELD("id", SecretContentsBagID),
+        KIT_FIELD("value", SecretContentsBagContents));
+KIT_BAG(SafeKit, "safe", SafeBag, SafeBag, Destory, KIT_ATTRIBUTES(SafeBag), KIT_FIELD("id", SafeBagOID),
+        KIT_FIELD("content", SafeBagContent));
+KIT_BAG(ContentsKit, "contents", SafeContents, SafeContent, Destory, ,
+        {"bag", KA_PKCS12_SetSafeContents_SafeBag, nullptr});
+
 // Calls with each kit, or with the one of that name.
 template <class Use> void withEachBag(const Use &use) {
     [&]<class... Kit>(Kit... kit) { (use(kit), ...); }(KeyKit(), EncKit(), CertKit(), CrlKit(), SecretKit(), SafeKit(),
