@@ -4,12 +4,12 @@
 #include "karil/pfx_foreign.h"
 
 #include "cipher.h"
+#include "ka_pkcs7_base.h"
 
 namespace karil {
 
 namespace {
 
-constexpr uint8_t OidData[] = {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x07, 0x01};
 constexpr uint8_t OctetStringTag = 0x04;
 constexpr uint32_t LongestNoParameter = 8;
 constexpr uint32_t LongestNoContent = 7;
@@ -47,7 +47,7 @@ bool readParameter(Bytes element, Protection &out) {
 
 bool findData(Walker &walker) {
     for (Node node; walker.next(node);)
-        if (node.isPrimitive() && equal(node.content(), OidData))
+        if (node.isPrimitive() && isContentType(node.content(), PKCS7_TYPE_DATA))
             return true;
     return false;
 }
