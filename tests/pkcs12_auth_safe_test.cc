@@ -49,13 +49,13 @@ template <class Kind> int32_t take(AuthSafeCtx *ctx, const std::string &name, co
 }
 template <class Kind> SafePtr<Kind> built(const Row &row) {
     SafePtr<Kind> ctx = created<Kind>();
-    for (const auto &[name, value] : row.settings("set"))
-        if (name == "signer")
+    for (const auto &step : row.settings("set"))
+        if (step.first == "signer")
             EXPECT_EQ(handOver(KA_PKCS12_SetAuthSafeOfSignedType_SignerInfo, *ctx,
-                               plainSigner(std::string_view(reinterpret_cast<const char *>(value.data()), 1))),
+                               plainSigner({reinterpret_cast<const char *>(step.second.data()), 1})),
                       KACERT_Ok);
         else
-            EXPECT_EQ(TRIED(take<Kind>(ctx.get(), name, value)), KACERT_Ok) << name;
+            EXPECT_EQ(TRIED(take<Kind>(ctx.get(), step.first, step.second)), KACERT_Ok) << step.first;
     return ctx;
 }
 // The PFX, asked for as a caller does it.
