@@ -10,8 +10,7 @@
  */
 #include "example.h"
 
-static const uint8_t friendlyName[] = {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x09, 0x14};
-static const uint8_t localKeyId[] = {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x09, 0x15};
+#include <karil/oids.h>
 
 static void expect(const char *what, int isSo) {
     if (isSo)
@@ -32,24 +31,26 @@ static uint8_t writeName(uint8_t *element, const char *name) {
 static void addCertificate(PfxCtx *ctx, Octets der, int32_t index, const char *name, const uint8_t *id) {
     uint8_t value[128];
     CHECK(KA_PKCS12_SetCertificate(ctx, der.data, (int32_t)der.length));
-    CHECK(KA_PKCS12_SetCertificateBag_Attribute(ctx, friendlyName, (int32_t)sizeof friendlyName, value,
-                                                writeName(value, name), index));
+    CHECK(KA_PKCS12_SetCertificateBag_Attribute(ctx, KARIL_OID_FRIENDLY_NAME, (int32_t)sizeof KARIL_OID_FRIENDLY_NAME,
+                                                value, writeName(value, name), index));
     if (id != NULL)
-        CHECK(KA_PKCS12_SetCertificateBag_Attribute(ctx, localKeyId, (int32_t)sizeof localKeyId, id, 22, index));
+        CHECK(KA_PKCS12_SetCertificateBag_Attribute(ctx, KARIL_OID_LOCAL_KEY_ID, (int32_t)sizeof KARIL_OID_LOCAL_KEY_ID,
+                                                    id, 22, index));
 }
 
 static Octets makeFile(Octets key, Octets leaf, Octets root, const char *password) {
-    uint8_t id[22] = {0x04,
-                      20}; /* OCTET STRING: that key and certificate have the same says that they belong together */
+    /* An OCTET STRING: that key and certificate have the same says that they belong together. */
+    uint8_t id[22] = {0x04, 20};
     uint8_t value[128];
     uint32_t length = 0;
     PfxCtx *ctx = NULL;
     CHECK(KA_PKCS7_DigestMessage(KA_DIGEST_SHA1, leaf.data, leaf.length, id + 2, &length));
     CHECK(KA_PKCS12_CreateEncodePfx(&ctx));
     CHECK(KA_PKCS12_SetPrivateKey(ctx, key.data, (int32_t)key.length));
-    CHECK(KA_PKCS12_SetPrivateKeyBag_Attribute(ctx, localKeyId, (int32_t)sizeof localKeyId, id, (int32_t)sizeof id));
-    CHECK(KA_PKCS12_SetPrivateKeyBag_Attribute(ctx, friendlyName, (int32_t)sizeof friendlyName, value,
-                                               writeName(value, "the leaf")));
+    CHECK(KA_PKCS12_SetPrivateKeyBag_Attribute(ctx, KARIL_OID_LOCAL_KEY_ID, (int32_t)sizeof KARIL_OID_LOCAL_KEY_ID, id,
+                                               (int32_t)sizeof id));
+    CHECK(KA_PKCS12_SetPrivateKeyBag_Attribute(ctx, KARIL_OID_FRIENDLY_NAME, (int32_t)sizeof KARIL_OID_FRIENDLY_NAME,
+                                               value, writeName(value, "the leaf")));
     addCertificate(ctx, leaf, 1, "the leaf", id);
     addCertificate(ctx, root, 2, "the authority", NULL);
     CHECK(KA_PKCS12_EncodePFX(ctx, (const uint8_t *)password, (int32_t)strlen(password), NULL, &length));
@@ -68,7 +69,8 @@ static void printName(PfxCtx *ctx, int32_t index, Octets room) {
         CHECK(KA_PKCS12_GetCertificateBag_Attribute(ctx, room.data, &nameLength, value.data, &length, index, i));
         if (nameLength == 0)
             break;
-        if (nameLength != sizeof friendlyName || memcmp(room.data, friendlyName, nameLength) != 0 || length < 2)
+        if (nameLength != sizeof KARIL_OID_FRIENDLY_NAME ||
+            memcmp(room.data, KARIL_OID_FRIENDLY_NAME, nameLength) != 0 || length < 2)
             continue;
         CHECK(KI_BmpString2Chinese(value.data + 2, (int32_t)length - 2, room.data, &length));
         printf(", named %.*s", (int)length, (const char *)room.data);

@@ -158,7 +158,7 @@ int32_t copying(const uint8_t *oid, uint32_t oidLength, const uint8_t *password,
 }
 
 SWEPT_ROWS(Pkcs12Bags, GenEncKey) {
-    const Exact id(hex("2A 03")), password(text("pw")), key(row.octets("key")), salt(row.octets("salt")), out(50000);
+    const Exact id(hex("2A 03")), password(text("pw")), key(row.octets("key")), salt(row.octets("salt")), out(8192);
     const auto passwordLength = row.number("password"), iterations = row.number("iterations");
     uint32_t length = 12345;
     const int32_t status = TRIED(KA_PKCS12_GenEncKeyBag(

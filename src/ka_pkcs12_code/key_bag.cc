@@ -31,7 +31,8 @@ Status getVersion(const Ctx *ctx, int32_t *version) {
 }
 
 template <auto... Path> Status setOctetsOnce(Ctx *ctx, const uint8_t *value, int32_t length, uint8_t Ctx::*flag) {
-    if (ctx != nullptr && ctx->*flag != 0)
+    KA_PASS(checkPointers({ctx}));
+    if (ctx->*flag != 0)
         return KA_FAIL(KACERT_InvalidParamErr, "------------>The field is set already");
     return setOctets<Path...>(ctx, value, length, 0, flag);
 }

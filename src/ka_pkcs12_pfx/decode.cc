@@ -72,13 +72,11 @@ Status decipher(Opener &opener, const PbeAlgorithm &algorithm, Bytes salt, uint3
 
 // The digest of a MAC by its OID; 0 for none that a MAC is made with.
 int32_t digestOf(const Anybuf &oid) {
-    constexpr uint8_t OidMd2[] = {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x02, 0x02};
-    constexpr uint8_t OidMd5[] = {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x02, 0x05};
     const Bytes octets = bytesOf(oid);
-    return equal(octets, OidSha1)  ? KA_DIGEST_SHA1
-           : equal(octets, OidMd5) ? KA_DIGEST_MD5
-           : equal(octets, OidMd2) ? KA_DIGEST_MD2
-                                   : 0;
+    return equal(octets, KARIL_OID_SHA1)  ? KA_DIGEST_SHA1
+           : equal(octets, KARIL_OID_MD5) ? KA_DIGEST_MD5
+           : equal(octets, KARIL_OID_MD2) ? KA_DIGEST_MD2
+                                          : 0;
 }
 
 Status verify(const Element &macData, Bytes input, Opener &opener, int32_t &result) {
@@ -185,9 +183,9 @@ Status readBags(const Element &contents, bool withAttributes, Opener &opener, Pf
     while (!bags.empty()) {
         SafeBagParts bag;
         KA_STEP_AS("------------>KA_PKCS12_DecodeSafeBag", readSafeBag(bags.take(), bag));
-        if (equal(bag.id.bytes, OidCertBag))
+        if (equal(bag.id.bytes, KARIL_OID_CERT_BAG))
             KA_PASS(readCertificate(bag, ctx));
-        else if (equal(bag.id.bytes, OidShroudedKeyBag))
+        else if (equal(bag.id.bytes, KARIL_OID_SHROUDED_KEY_BAG))
             KA_PASS(readKey(bag, withAttributes, opener, ctx));
     }
     return KACERT_Ok;

@@ -10,10 +10,6 @@ namespace karil {
 
 namespace {
 
-constexpr uint8_t OidRsaEncryption[] = {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x01, 0x01};
-constexpr uint8_t OidX509Certificate[] = {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x09, 0x16, 0x01};
-constexpr uint8_t OidTripleDes[] = {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x0C, 0x01, 0x03};
-constexpr uint8_t OidRc2[] = {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x0C, 0x01, 0x06};
 constexpr uint32_t Rounds = 2000;
 constexpr uint32_t CipherSaltSize = 8;
 constexpr uint32_t MacSaltSize = 20;
@@ -45,14 +41,15 @@ Status encipherKey(const PfxCtx &ctx, Bytes password, Bytes salt, CipherText &ou
         return KA_FAIL(KACERT_InvalidParamErr, "------------>KA_PKCS12_SetKeyBagKey");
     Writer bag(BagSize, true);
     bag.reserve(uint64_t{ctx.privateKey.length} + BagSize);
-    writeKeyBag(bag, 0, OidRsaEncryption, bytesOf(ctx.privateKey), ctx.keyAttributes.next);
+    writeKeyBag(bag, 0, KARIL_OID_RSA_ENCRYPTION, bytesOf(ctx.privateKey), ctx.keyAttributes.next);
     KA_STEP_AS("------------>KA_PKCS12_EncodeKeyBag", bag.status());
     out.block = KA_BLOCK(uint64_t{bag.size()} + PbeBlock);
     if (out.block == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------------>KAPR_Malloc");
-    KA_STEP(KA_PKCS12_PbeWithDigestAlgoAndEncrypt(
-        OidTripleDes, sizeof OidTripleDes, password.data(), static_cast<uint32_t>(password.size()), salt.data(),
-        static_cast<uint32_t>(salt.size()), Rounds, bag.since(0).data(), bag.size(), out.block.get(), &out.length));
+    KA_STEP(KA_PKCS12_PbeWithDigestAlgoAndEncrypt(KARIL_OID_PBE_SHA1_3DES, sizeof KARIL_OID_PBE_SHA1_3DES,
+                                                  password.data(), static_cast<uint32_t>(password.size()), salt.data(),
+                                                  static_cast<uint32_t>(salt.size()), Rounds, bag.since(0).data(),
+                                                  bag.size(), out.block.get(), &out.length));
     return KACERT_Ok;
 }
 
@@ -70,8 +67,8 @@ Status writeKeyInfo(Writer &out, const PfxCtx &ctx, Bytes password) {
         const ContentFrame frame(out, contentTypeOid(PKCS7_TYPE_DATA), uint64_t{key.length} + BagSize);
         const Construct data(out, TagOctetString, uint64_t{key.length} + BagSize);
         const Construct contents(out, TagSequence, uint64_t{key.length} + BagSize);
-        writeSafeBag(out, OidShroudedKeyBag, ctx.bagAttributes.next, [&] {
-            writeEncKeyBag(out, OidTripleDes, parameter.since(0), {key.block.get(), key.length});
+        writeSafeBag(out, KARIL_OID_SHROUDED_KEY_BAG, ctx.bagAttributes.next, [&] {
+            writeEncKeyBag(out, KARIL_OID_PBE_SHA1_3DES, parameter.since(0), {key.block.get(), key.length});
         });
     }
     KA_STEP_AS("------------>KA_PKCS12_EncodeContentInfoOfDataType", out.status());
@@ -92,8 +89,8 @@ Status writeCertificates(const PfxCtx &ctx, Anybuf &content) {
     {
         const Construct contents(out, TagSequence, expected);
         for (const PfxCertificate *node = ctx.firstCertificate; node != nullptr; node = node->next)
-            writeSafeBag(out, OidCertBag, node->attributes.next,
-                         [&] { writeCertBag(out, OidX509Certificate, bytesOf(node->certificate), false); });
+            writeSafeBag(out, KARIL_OID_CERT_BAG, node->attributes.next,
+                         [&] { writeCertBag(out, KARIL_OID_X509_CERTIFICATE, bytesOf(node->certificate), false); });
     }
     KA_STEP_AS("------------>KA_PKCS12_EncodeSafeContent", out.moveTo(content));
     return KACERT_Ok;
@@ -109,10 +106,16 @@ Status writeCertificatesInfo(Writer &out, const PfxCtx &ctx, Bytes password) {
     KA_PASS(writeCertificates(ctx, info->content));
     uint8_t salt[CipherSaltSize];
     KA_PASS(fillSalt(salt));
-    KA_STEP(KA_PKCS12_SetContentInfoOfEncryptedType_DesAlgorithm(info.get(), OidRc2, sizeof OidRc2));
+    KA_STEP(KA_PKCS12_SetContentInfoOfEncryptedType_DesAlgorithm(info.get(), KARIL_OID_PBE_SHA1_RC2_40,
+                                                                 sizeof KARIL_OID_PBE_SHA1_RC2_40));
     KA_STEP(KA_PKCs12_SetContentInfoOfEncryptedType_DesParameter(info.get(), salt, sizeof salt, Rounds));
-    const PbeHookParam parameter = {OidRc2, sizeof OidRc2, password.data(), static_cast<uint32_t>(password.size()),
-                                    salt,   sizeof salt,   Rounds};
+    const PbeHookParam parameter = {KARIL_OID_PBE_SHA1_RC2_40,
+                                    sizeof KARIL_OID_PBE_SHA1_RC2_40,
+                                    password.data(),
+                                    static_cast<uint32_t>(password.size()),
+                                    salt,
+                                    sizeof salt,
+                                    Rounds};
     KA_STEP(KA_PKCS12_SetContentInfoOfEncryptedType_DecContentFunc(info.get(), KA_EncryptFunc_Ref, &parameter,
                                                                    sizeof parameter));
     KA_STEP_AS("------------>KA_PKCS12_EncodeContentInfoOfEncryptedType", writeEncryptedData(out, *info, NoBound));
@@ -141,7 +144,7 @@ Status encode(const PfxCtx *ctx, const uint8_t *password, int32_t passwordLength
     uint8_t salt[MacSaltSize];
     KA_PASS(fillSalt(salt));
     PfxMac mac;
-    setPart(mac.record.digestAlgorithm.oid, OidSha1, TagObjectId);
+    setPart(mac.record.digestAlgorithm.oid, KARIL_OID_SHA1, TagObjectId);
     setPart(mac.record.salt, salt, TagOctetString);
     setPart(mac.record.macInput, safe.since(0), TagOctetString);
     mac.record.iterations = Rounds;

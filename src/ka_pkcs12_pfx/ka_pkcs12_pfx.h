@@ -1,16 +1,13 @@
 // PFX files: the context, and the values that encoder and decoder share.
 #pragma once
 
+#include "karil/oids.h"
 #include "karil/pfx.h"
 #include "karil/pkcs12_crypt.h"
 
 #include "ka_pkcs12_code.h"
 
 namespace karil {
-
-constexpr uint8_t OidShroudedKeyBag[] = {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x0C, 0x0A, 0x01, 0x02};
-constexpr uint8_t OidCertBag[] = {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x0C, 0x0A, 0x01, 0x03};
-constexpr uint8_t OidSha1[] = {0x2B, 0x0E, 0x03, 0x02, 0x1A};
 
 // The octets of a MAC's key, whatever its digest.
 constexpr uint32_t MacKeySize = 20;
