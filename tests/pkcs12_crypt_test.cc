@@ -71,7 +71,7 @@ ROWS(Pkcs12Crypt, Published) {
     EXPECT_EQ(runKey(KA_PKCS12_DESDecrypt, oid, key, iv, hex(cipher), plain.size()), toHex(plain));
 }
 
-ROWS(Pkcs12Crypt, Refused) {
+ROWS(Pkcs12Crypt, Limits) {
     const Cipher cipher = row("call") == "encrypt" ? KA_PKCS12_DESEncrypt : KA_PKCS12_DESDecrypt;
     EXPECT_EQ(runKey(cipher, row.octets("oid"), row.octets("key"), row.octets("iv"), row.octets("input"), 32),
               row.hex("want"));

@@ -37,9 +37,9 @@ enum { KA_PKCS12_PURPOSE_KEY = 1, KA_PKCS12_PURPOSE_IV = 2, KA_PKCS12_PURPOSE_MA
 
 /*
  * Widens a password (RFC 7292 appendix B.1): each of `count` octets at `ascii` becomes a zero octet and itself,
- * whatever its encoding, and two zero octets follow. `output`: room for 2 * count + 2 octets. `*outputLength`: their
- * number. Returns 0; KACERT_InvalidParamErr; KACERT_InvalidLengthErr for a password whose widened form does not fit 32
- * bits.
+ * whatever its encoding, and two zero octets follow. `output`: room for 2 * count + 2 octets, apart from `ascii`.
+ * `*outputLength`: their number. Returns 0; KACERT_InvalidParamErr; KACERT_InvalidLengthErr for a password whose
+ * widened form does not fit 32 bits.
  */
 KARIL_API int32_t KA_PKCS12_ACIItoUNI(const uint8_t *ascii, uint32_t count, uint8_t *output, uint32_t *outputLength);
 
@@ -81,7 +81,7 @@ KARIL_API int32_t KA_PKCS12_DecPad(const uint8_t *input, uint32_t length, uint8_
  * Password-based encryption and decryption. Key and IV are derived as KA_PKCS12_GenRandomFromPassword does. With RC4
  * the length stays; with the others the input is padded, and the padding of what was decrypted is taken off, as
  * KA_PKCS12_AddPad and KA_PKCS12_DecPad do. `output`: room for the octets that come out, on encryption
- * inputLength + 8; may be `input`. `*outputLength`: their number.
+ * inputLength + 8; may be `input`, or must not overlap it. `*outputLength`: their number.
  * A wrong password is most often KACERT_InvalidLengthErr, for its padding; but it may be 0 with octets without meaning.
  * Return 0; KACERT_AlgorithmNotSupportErr for none of the twelve algorithms; KACERT_InvalidLengthErr for padding that
  * is refused, and for a cipher text to be decrypted that is empty or no whole number of blocks; KACERT_InvalidParamErr;

@@ -60,53 +60,34 @@ void repeatMd2(uint8_t *octets, uint32_t times) {
         digestOf<Md2>({Bytes(octets, MD2_DIGEST_SIZE)}, octets);
 }
 
-// A digest is one block with its padding, of which the digest itself is all that changes: the compression function is
-// called on it without the rest, which is an eighth of the time.
-struct OneBlock : Secret<64> {
-    OneBlock(Bytes digest, size_t lengthAt) {
-        memcpy(octets, digest.data(), digest.size());
-        octets[digest.size()] = 0x80;
-        octets[lengthAt] = static_cast<uint8_t>(digest.size() * 8);
-    }
-};
-
-// A word of a digest, first octet highest or lowest. Octet by octet it takes as long as a tenth of a digest.
-template <std::endian Order> void put(uint8_t *at, uint32_t word) {
+// A word of a digest, one by one: a processor waits for what was stored in parts and is loaded as a whole.
+template <std::endian Order> void putWord(uint8_t *to, const uint8_t *from) {
+    uint32_t word;
+    memcpy(&word, from, sizeof word);
     if constexpr (std::endian::native != Order)
         word = __builtin_bswap32(word);
-    memcpy(at, &word, sizeof word);
+    memcpy(to, &word, sizeof word);
 }
 
-void repeatMd5(uint8_t *octets, uint32_t times) {
-    OneBlock block({octets, MD5_DIGEST_LENGTH}, MD5_CBLOCK - 8);
-    Md5 digest;
-    MD5_CTX &state = digest.state;
-    for (const MD5_CTX start = state; times > 0; --times) {
-        memcpy(&state, &start, offsetof(MD5_CTX, Nl));
-        MD5_Transform(&state, block.octets);
-        put<std::endian::little>(block.octets, state.A);
-        put<std::endian::little>(block.octets + 4, state.B);
-        put<std::endian::little>(block.octets + 8, state.C);
-        put<std::endian::little>(block.octets + 12, state.D);
+// The octets of a digest are one block with its padding, of which they are all that changes: the compression function
+// is called on it without the rest, which is an eighth of the time. The words of the digest come first in the state.
+template <class Digest, uint32_t Size, std::endian Order, auto Transform> void repeat(uint8_t *octets, uint32_t times) {
+    Secret<64> block;
+    memcpy(block.octets, octets, Size);
+    block.octets[Size] = 0x80;
+    block.octets[Order == std::endian::big ? 63 : 56] = Size * 8;
+    Digest digest;
+    for (const auto start = digest.state; times > 0; --times) {
+        memcpy(&digest.state, &start, Size);
+        Transform(&digest.state, block.octets);
+        const auto *words = reinterpret_cast<const uint8_t *>(&digest.state);
+        for (uint32_t at = 0; at < Size; at += 4)
+            putWord<Order>(block.octets + at, words + at);
     }
-    memcpy(octets, block.octets, MD5_DIGEST_LENGTH);
+    memcpy(octets, block.octets, Size);
 }
-
-void repeatSha1(uint8_t *octets, uint32_t times) {
-    OneBlock block({octets, SHA_DIGEST_LENGTH}, SHA_CBLOCK - 1);
-    Sha1 digest;
-    SHA_CTX &state = digest.state;
-    for (const SHA_CTX start = state; times > 0; --times) {
-        memcpy(&state, &start, offsetof(SHA_CTX, Nl));
-        SHA1_Transform(&state, block.octets);
-        put<std::endian::big>(block.octets, state.h0);
-        put<std::endian::big>(block.octets + 4, state.h1);
-        put<std::endian::big>(block.octets + 8, state.h2);
-        put<std::endian::big>(block.octets + 12, state.h3);
-        put<std::endian::big>(block.octets + 16, state.h4);
-    }
-    memcpy(octets, block.octets, SHA_DIGEST_LENGTH);
-}
+constexpr auto repeatMd5 = repeat<Md5, MD5_DIGEST_LENGTH, std::endian::little, MD5_Transform>;
+constexpr auto repeatSha1 = repeat<Sha1, SHA_DIGEST_LENGTH, std::endian::big, SHA1_Transform>;
 
 constexpr uint8_t PrefixMd2[] = {0x30, 0x20, 0x30, 0x0C, 0x06, 0x08, 0x2A, 0x86, 0x48,
                                  0x86, 0xF7, 0x0D, 0x02, 0x02, 0x05, 0x00, 0x04, 0x10};
