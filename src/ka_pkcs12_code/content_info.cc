@@ -45,7 +45,7 @@ Status createEncrypted(EncryptedDataCtx **out) {
 }
 
 Status setEnvelopedContent(EnvelopedDataCtx *ctx, const uint8_t *value, int32_t length) {
-    KA_PASS(checkValue(ctx, value, length, MessageRefusals)); // before the type is set
+    KA_PASS(checkValue(ctx, value, length, MessageRefusals));
     const Bytes type = contentTypeOid(PKCS7_TYPE_DATA);
     KA_STEP(KA_PKCS7_SetEnvelopedDataAttributeChar(ctx, PKCS7_ENVELOPED_CONTENTTYPE, type.data(), ContentTypeSize));
     KA_STEP(KA_PKCS7_SetEnvelopedDataAttributeChar(ctx, PKCS7_ENVELOPED_ENCRYPTED_CONTENT, value, length));
