@@ -177,6 +177,10 @@ TEST(Pkcs12AuthSafe, Kinds) {
         EXPECT_EQ(Data::add(data.get(), octets, wrong), KACERT_InvalidParamErr);
         EXPECT_EQ(KA_PKCS12_SetAuthSafeOfSignedType_Crl(sign.get(), octets, wrong), KACERT_InvalidParamErr);
     }
+    // A decoding that failed leaves nothing to write.
+    const Octets other = hex("30 16 02 01 03 30 11 06 09 2A 86 48 86 F7 0D 01 07 01 A0 04 04 02 30 00");
+    EXPECT_EQ(Signed::decode(sign.get(), other.data(), 0), KAPKCS7_ContentTypeErr);
+    EXPECT_EQ(encoded<Signed>(*sign), "status 121");
     int32_t verdict = 7;
     EXPECT_EQ(KA_PKCS12_GetAuthSafeOfDataType_MACVerifyResult(nullptr, &verdict), KACERT_Ok);
     EXPECT_EQ(verdict, 7);

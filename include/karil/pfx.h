@@ -113,9 +113,9 @@ KARIL_API int32_t KA_PKCS12_EncodePFX(PfxCtx *ctx, const uint8_t *password, int3
  * is derived with them, for keys, for IVs, and for the MAC's key. Departure: the key of a MAC has 20 octets, by MD5 and
  * MD2 as well, where other programs take 16: theirs are PKCS7_VERDICT_BAD.
  *
- * Returns 0; KACERT_InvalidItemErr, also for missing elements;
- * KACERT_InvalidParamErr for a PFX without MacData, for more rounds, for a key's parameter that is none, and for a bag
- * that is not in [0]; KACERT_AlgorithmNotSupportErr for other ciphers than those of pkcs12_crypt.h, such as PBES2;
+ * Returns 0; KACERT_InvalidItemErr, also for missing elements; KACERT_InvalidParamErr for a null `der` or `macResult`,
+ * for a PFX without MacData, for more rounds, for a key's parameter that is none, and for a bag that is not in [0];
+ * KACERT_AlgorithmNotSupportErr for other ciphers than those of pkcs12_crypt.h, such as PBES2;
  * KAPKCS7_RsaOperationErr for a MAC by another digest than MD2, MD5 and SHA-1; KAPKCS7_ContentTypeErr for an
  * AuthenticatedSafe that is not data, and for a ContentInfo without content; KACERT_InvalidTagErr;
  * KACERT_LengthNotEqualErr; KACERT_InvalidLengthErr, also for padding that is refused, a cipher text that is empty or

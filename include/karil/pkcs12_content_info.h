@@ -110,8 +110,8 @@ KARIL_API int32_t KA_PKCs12_SetContentInfoOfEncryptedType_DesParameter(Encrypted
 
 /*
  * Read that parameter. `salt`: receives the octets; the parameter's length is room enough. `*saltLength`: their number.
- * Return 0; KACERT_InvalidItemErr, also without encrypted content; for a parameter of another shape, and for none, the
- * statuses of KA_PKCS12_DecodeParameter. After a failure no output is changed.
+ * Return 0; KACERT_InvalidItemErr, also without encrypted content; KACERT_LengthNotEqualErr without parameter; for one
+ * of another shape the statuses of KA_PKCS12_DecodeParameter. After a failure no output is changed.
  */
 KARIL_API int32_t KA_PKCS12_GetContentInfoOfEnvelopedType_DesParameter(EnvelopedDataCtx *ctx, uint8_t *salt,
                                                                        uint32_t *saltLength, uint32_t *iterations);

@@ -38,6 +38,8 @@ Status writeUnderSignatures(Writer &out, Ctx &ctx) {
     SignedDataCtx &message = *signedOf(ctx);
     KA_PASS(setShared<false>(message, bytesOf(ctx.content)));
     message.contentSet = 1;
+    // A failed decoding left nothing in the message.
+    KA_STEP_AS("------------>KA_PKCS7_EncodePKCS7SignedData", checkFields(message));
     KA_STEP_AS("------------>KA_PKCS7_EncodePKCS7SignedData", giveSigners(message));
     const Construct pfx(out, TagSequence, ctx.content.length);
     out.integer(static_cast<uint32_t>(ctx.version));

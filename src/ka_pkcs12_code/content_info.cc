@@ -68,14 +68,10 @@ Status setParameter(EncryptedContentCtx *content, const uint8_t *salt, uint32_t 
 
 Status getParameter(const EncryptedContentCtx *content, uint8_t *salt, uint32_t *saltLength, uint32_t *iterations) {
     KA_PASS(checkArguments({content, salt, saltLength, iterations}));
-    Bytes octets;
-    uint32_t count = 0;
-    KA_STEP_AS("------------>KA_PKCS12_DecodeParameter",
-               readParameter(elementOf(content->encryptionAlgorithm.parameters), octets, count));
-    if (!octets.empty())
-        memcpy(salt, octets.data(), octets.size());
-    *saltLength = static_cast<uint32_t>(octets.size());
-    *iterations = count;
+    const Anybuf &parameter = content->encryptionAlgorithm.parameters;
+    if (parameter.length == 0)
+        return KA_FAIL(KACERT_LengthNotEqualErr, "------------>KA_PKCS12_DecodeParameter");
+    KA_STEP(KA_PKCS12_DecodeParameter(salt, saltLength, iterations, parameter.data, parameter.length));
     return KACERT_Ok;
 }
 

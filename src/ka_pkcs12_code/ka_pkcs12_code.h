@@ -72,6 +72,7 @@ struct CertBagParts {
     Element value;
 };
 void writeCertBag(Writer &out, Bytes id, Bytes value, bool isText);
+// What follows the bag is ignored.
 [[nodiscard]] Status readCertBag(const Element &element, CertBagParts &out);
 
 // SafeBag ::= SEQUENCE { bagId OBJECT IDENTIFIER, bagValue [0] EXPLICIT ANY, bagAttributes SET OF Attribute OPTIONAL }

@@ -146,7 +146,11 @@ void writeCertBag(Writer &out, Bytes id, Bytes value, bool isText) {
 }
 
 Status readCertBag(const Element &element, CertBagParts &out) {
-    return read(element, CertKind.wrapper, out);
+    Bytes rest = element.bytes;
+    Element whole;
+    KA_STEP_AS("------->KAsn1_GetCertLength ",
+               next(rest, whole, KACERT_LengthNotEqualErr, "------->KACERT_LengthNotEqualErr"));
+    return read(whole, CertKind.wrapper, out);
 }
 
 } // namespace karil

@@ -57,7 +57,8 @@ Status findAlgorithm(Bytes oid, const PbeAlgorithm *&algorithm) {
 Status decipher(Opener &opener, const PbeAlgorithm &algorithm, Bytes salt, uint32_t iterations, Bytes cipherText,
                 PlainText &out) {
     KA_PASS(opener.rounds.spend(algorithm.digestId, algorithm.keySize, iterations));
-    KA_PASS(opener.rounds.spend(algorithm.digestId, PbeBlock, iterations));
+    if (algorithm.cipher != CipherKind::Rc4)
+        KA_PASS(opener.rounds.spend(algorithm.digestId, PbeBlock, iterations));
     out.block = KA_BLOCK(cipherText.size());
     if (out.block == nullptr)
         return KA_FAIL(KACERT_MemoryErr, "------------>KAPR_Malloc");
@@ -208,7 +209,8 @@ Status readFile(const Element &whole, Opener &opener, PfxCtx &ctx, int32_t &macR
 
 Status decode(PfxCtx *ctx, const uint8_t *password, int32_t passwordLength, const uint8_t *der, int32_t length,
               int32_t *macResult) {
-    KA_PASS(checkArguments({ctx, der, macResult}));
+    KA_PASS(checkArguments({ctx}));
+    KA_PASS(checkPointers({der, macResult}));
     KA_PASS(checkPassword(password, passwordLength));
     Element whole;
     KA_STEP_AS("------------>KAsn1_GetCertLength", takeWhole(der, length, whole));

@@ -18,12 +18,8 @@ Status takeCertificate(Level &bags, Bytes &out) {
     KA_PASS(takeField(bags, bag, KACERT_InvalidParamErr, "------------>KA_PKCS12_DecodeSafeBag"));
     SafeBagParts parts;
     KA_STEP_AS("------------>KA_PKCS12_DecodeSafeBag", readSafeBag(bag, parts));
-    Bytes content = parts.content.bytes;
-    Element whole;
     CertBagParts certificate;
-    KA_STEP_AS("------------>KA_PKCS12_ParseCertBag",
-               next(content, whole, KACERT_LengthNotEqualErr, "------------>KACERT_LengthNotEqualErr"));
-    KA_STEP_AS("------------>KA_PKCS12_ParseCertBag", readCertBag(whole, certificate));
+    KA_STEP_AS("------------>KA_PKCS12_ParseCertBag", readCertBag(parts.content, certificate));
     out = certificate.value.bytes;
     return KACERT_Ok;
 }

@@ -32,13 +32,6 @@ Status writeFields(Writer &out, Ctx &ctx) {
     return writeSignerSet(out, signersOf(ctx));
 }
 
-// What must be there before signers are given anything.
-Status checkFields(const Ctx &ctx) {
-    if (ctx.versionSet == 0 || ctx.contentSet == 0 || ctx.contentType.oid.length == 0)
-        return KA_FAIL(KACERT_InvalidItemErr, "------>KACERT_InvalidItemErr");
-    return KACERT_Ok;
-}
-
 Status encode(Ctx *ctx, uint8_t *result, uint32_t *resultLength) {
     KA_PASS(checkArguments({ctx, resultLength}));
     if (ctx->encoded.length > 0) {
@@ -95,6 +88,12 @@ Status decode(Ctx *ctx, const uint8_t *der, int32_t length) {
 }
 
 } // namespace
+
+Status checkFields(const SignedDataCtx &ctx) {
+    if (ctx.versionSet == 0 || ctx.contentSet == 0 || ctx.contentType.oid.length == 0)
+        return KA_FAIL(KACERT_InvalidItemErr, "------>KACERT_InvalidItemErr");
+    return KACERT_Ok;
+}
 
 Status giveSigners(SignedDataCtx &ctx) {
     return giveContent(signersOf(ctx), bytesOf(ctx.contentType.oid), sharedContentOf(ctx));

@@ -14,6 +14,8 @@ inline SignerList signersOf(SignedDataCtx &ctx) {
 // Empties the context.
 void clearMessage(SignedDataCtx &ctx);
 
+// What must be there before signers are given anything: version, content and its type.
+[[nodiscard]] Status checkFields(const SignedDataCtx &ctx);
 // Gives each signer the content and its type; the message is written after that.
 [[nodiscard]] Status giveSigners(SignedDataCtx &ctx);
 // ContentInfo { signedData }
