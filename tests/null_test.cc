@@ -21,18 +21,17 @@ struct Argument {
     KAHookFunc hook;
     int64_t number;
     template <class T> T as() const {
-        if constexpr (std::is_same_v<T, KAHookFunc>)
-            return hook;
+        if constexpr (std::is_function_v<std::remove_pointer_t<T>>)
+            return reinterpret_cast<T>(reinterpret_cast<void (*)()>(hook)); // of another shape it is not called
         else if constexpr (std::is_pointer_v<T>)
             return static_cast<T>(pointer);
         else
             return static_cast<T>(number);
     }
 };
-enum class Kind : char { Number, Hook, Record, Parameter, Other };
+enum class Kind : char { Number, Record, Parameter, Other };
 template <class T> constexpr Kind kindOf() {
     return !std::is_pointer_v<T>                                              ? Kind::Number
-           : std::is_same_v<T, KAHookFunc>                                    ? Kind::Hook
            : std::is_same_v<T, Anybuf *> || std::is_same_v<T, const Anybuf *> ? Kind::Record
            : std::is_same_v<T, void *> || std::is_same_v<T, const uint32_t *> ? Kind::Parameter
                                                                               : Kind::Other;
