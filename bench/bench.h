@@ -32,6 +32,7 @@ using Decode = bool (*)(Bytes der);
 bool decodeWithKaril(Bytes der);
 bool decodeWithLibcrypto(Bytes der);
 bool decodeWithMbedtls(Bytes der);
+bool decodeWithMbedtlsAndMktime(Bytes der);
 bool decodeWithGnutls(Bytes der);
 
 // The certificates of the ca-certificates package that karil and all its peers decode.
@@ -53,8 +54,10 @@ const KeyPair &keyPair();
 int32_t signingHook(const uint8_t *input, uint32_t inputLength, uint8_t *output, uint32_t *outputLength,
                     void *parameter);
 
-// Each file registers its own as "measure/who"; the counter "items" says among how many the time is divided.
+// Each file registers its own as "measure/who"; the counter "items" says among how many the time is divided. These two
+// are for any time zone. The others compare with what libcrypto makes, which takes dates for UTC.
 void registerDecode();
+void registerDecodeCrl();
 void registerQuery();
 void registerEncode();
 void registerSign();
@@ -63,5 +66,10 @@ void registerPem();
 void registerGrowth();
 void registerCrl();
 void registerCsr();
+void registerPkcs12Crypt();
+void registerPfx();
+void registerBags();
+void registerMessages();
+void registerOcsp();
 
 } // namespace karil_bench

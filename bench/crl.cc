@@ -3,17 +3,49 @@
 
 #include <benchmark/benchmark.h>
 
+#include <map>
+#include <string>
+
 namespace karil_bench {
 
 namespace {
 
-void decode(benchmark::State &state, HoldCrl hold) {
-    static const Octets der = buildCrlWithKaril(CrlEntries);
+struct List {
+    const char *measure;
+    int32_t entries;
+    Dates dates;
+};
+constexpr List Lists[] = {
+    {"decode-crl", CrlEntries, Dates::InOrder},  {"decode-crl-random", CrlEntries, Dates::Random},
+    {"decode-crl-1000", 1000, Dates::InOrder},   {"decode-crl-1000-random", 1000, Dates::Random},
+    {"decode-crl-30", 30, Dates::InOrder},       {"decode-crl-30-random", 30, Dates::Random},
+    {"decode-crl-10000", 10000, Dates::InOrder}, {"decode-crl-1000000", 1000000, Dates::InOrder},
+};
+struct Peer {
+    const char *name;
+    HoldCrl hold;
+};
+constexpr Peer Peers[] = {
+    {"karil", holdWithKaril},
+    {"mbedtls", holdWithMbedtls},
+    {"mbedtls-mktime", holdWithMbedtlsAndMktime},
+};
+
+const Octets &madeOnce(const List &list) {
+    static std::map<std::string, Octets> made;
+    Octets &der = made[list.measure];
+    if (der.empty())
+        der = buildCrlWithKaril(list.entries, list.dates);
+    return der;
+}
+
+void decode(benchmark::State &state, List list, HoldCrl hold) {
+    const Octets &der = madeOnce(list);
     for (auto _ : state) {
         const HeldCrl crl = hold(der);
         crl.release(crl.object);
     }
-    state.counters["items"] = CrlEntries;
+    state.counters["items"] = list.entries;
 }
 
 void build(benchmark::State &state, Octets (*build)(int32_t)) {
@@ -41,12 +73,18 @@ Octets crlTbsOf(Bytes der) {
 
 } // namespace
 
+void registerDecodeCrl() {
+    for (const List &list : Lists)
+        for (const Peer &peer : Peers)
+            benchmark::RegisterBenchmark((std::string(list.measure) + '/' + peer.name).c_str(), decode, list,
+                                         peer.hold);
+    benchmark::RegisterBenchmark("decode-crl/libcrypto", decode, Lists[0], holdWithLibcrypto);
+}
+
 void registerCrl() {
     must(crlTbsOf(buildCrlWithKaril(10)) == buildCrlTbsWithLibcrypto(10), "both build the same to-be-signed octets");
-    benchmark::RegisterBenchmark("decode-crl/karil", decode, holdWithKaril);
-    benchmark::RegisterBenchmark("decode-crl/mbedtls", decode, holdWithMbedtls);
-    benchmark::RegisterBenchmark("decode-crl/libcrypto", decode, holdWithLibcrypto);
-    benchmark::RegisterBenchmark("build-crl/karil", build, buildCrlWithKaril);
+    benchmark::RegisterBenchmark(
+        "build-crl/karil", build, +[](int32_t entries) { return buildCrlWithKaril(entries); });
     benchmark::RegisterBenchmark("build-crl/libcrypto", build, buildCrlTbsWithLibcrypto);
     benchmark::RegisterBenchmark("growth-crl/karil", grow, 1000000);
     benchmark::RegisterBenchmark("growth-crl/itself", grow, 10000);

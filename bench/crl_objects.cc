@@ -1,7 +1,9 @@
 // CRLs built and decoded by each library in its own way.
 #include "crl.h"
+#include "mbedtls_time.h"
 #include "sample.h"
 
+#include <benchmark/benchmark.h>
 #include <mbedtls/x509_crl.h>
 #include <openssl/x509v3.h>
 
@@ -16,6 +18,12 @@ constexpr int32_t DateStep = 1789; // seconds; 100,000 entries lie in some six y
 int32_t dateOf(int32_t entry) {
     return FirstDate + entry % 200000 * DateStep + entry / 200000;
 }
+// The same ones each time, in no order: multiples of a large odd number, of which the low 32 bits are taken.
+int32_t randomDateOf(int32_t entry) {
+    constexpr uint32_t First = 1100000000; // in 2004
+    constexpr uint32_t Range = 600000000;
+    return static_cast<int32_t>(First + static_cast<uint32_t>(entry) * 0x9E3779B1u % Range);
+}
 // keyCompromise to cessationOfOperation (RFC 5280 5.3.1)
 uint8_t reasonOf(int32_t entry) {
     return static_cast<uint8_t>(1 + entry % 5);
@@ -26,13 +34,13 @@ void set(CrlEncodeCtx *ctx, int32_t id, Bytes value) {
          "karil takes the value");
 }
 
-void addEntry(CrlEncodeCtx *ctx, int32_t entry) {
+void addEntry(CrlEncodeCtx *ctx, int32_t entry, int32_t date) {
     uint8_t serial[8];
     for (int i = 0; i < 8; ++i)
         serial[i] = static_cast<uint8_t>((FirstSerial + static_cast<uint64_t>(entry)) >> (56 - 8 * i));
     const uint8_t reason = reasonOf(entry);
     set(ctx, CRL_CERT_SERIALNUMBER, serial);
-    must(KACert_SetCrlAttributeInt(ctx, CRL_CERT_REVOCATIONDATE, dateOf(entry)) == KACERT_Ok, "karil takes a date");
+    must(KACert_SetCrlAttributeInt(ctx, CRL_CERT_REVOCATIONDATE, date) == KACERT_Ok, "karil takes a date");
     set(ctx, CRLEX_CRLREASON, Bytes(&reason, 1));
 }
 
@@ -64,14 +72,14 @@ void releaseMbedtls(void *object) {
 
 } // namespace
 
-Octets buildCrlWithKaril(int32_t entries) {
+Octets buildCrlWithKaril(int32_t entries, Dates dates) {
     const CrlPtr owned = karil_test::filled<CrlEncodeCtx>(copyingHook);
     CrlEncodeCtx *ctx = owned.get();
     KACert_SetCrlAttributeInt(ctx, CRL_VERSION, 1);
     KACert_SetCrlAttributeInt(ctx, CRL_THISUPDATE, sample::NotBefore);
     KACert_SetCrlAttributeInt(ctx, CRL_NEXTUPDATE, sample::NotAfter);
     for (int32_t entry = 0; entry < entries; ++entry)
-        addEntry(ctx, entry);
+        addEntry(ctx, entry, dates == Dates::InOrder ? dateOf(entry) : randomDateOf(entry));
     const Octets der = karil_test::encode(*ctx);
     must(!der.empty(), "karil encodes the CRL");
     return der;
@@ -112,6 +120,15 @@ HeldCrl holdWithMbedtls(Bytes der) {
     mbedtls_x509_crl_init(crl);
     must(mbedtls_x509_crl_parse_der(crl, der.data(), der.size()) == 0, "mbedTLS decodes the CRL");
     return {crl, releaseMbedtls};
+}
+
+HeldCrl holdWithMbedtlsAndMktime(Bytes der) {
+    const HeldCrl held = holdWithMbedtls(der);
+    const auto *crl = static_cast<const mbedtls_x509_crl *>(held.object);
+    benchmark::DoNotOptimize(secondsOf(crl->this_update) + secondsOf(crl->next_update));
+    for (const mbedtls_x509_crl_entry *entry = &crl->entry; entry != nullptr; entry = entry->next)
+        benchmark::DoNotOptimize(secondsOf(entry->revocation_date));
+    return held;
 }
 
 } // namespace karil_bench

@@ -1,5 +1,6 @@
-// Decoding the system's certificates, by each library in its own way.
+// Decoding certificates, the system's and some with Chinese names, by each library in its own way.
 #include "bench.h"
+#include "mbedtls_time.h"
 
 #include <benchmark/benchmark.h>
 #include <gnutls/x509.h>
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <string>
 
 namespace karil_bench {
@@ -29,12 +31,29 @@ bool decodeWithLibcrypto(Bytes der) {
     return certificate != nullptr;
 }
 
-bool decodeWithMbedtls(Bytes der) {
+namespace {
+
+// `use` looks at what was decoded.
+template <class Use> bool parseWithMbedtls(Bytes der, Use use) {
     mbedtls_x509_crt certificate;
     mbedtls_x509_crt_init(&certificate);
     const int status = mbedtls_x509_crt_parse_der(&certificate, der.data(), der.size());
+    if (status == 0)
+        use(certificate);
     mbedtls_x509_crt_free(&certificate);
     return status == 0;
+}
+
+} // namespace
+
+bool decodeWithMbedtls(Bytes der) {
+    return parseWithMbedtls(der, [](const mbedtls_x509_crt &) {});
+}
+
+bool decodeWithMbedtlsAndMktime(Bytes der) {
+    return parseWithMbedtls(der, [](const mbedtls_x509_crt &certificate) {
+        benchmark::DoNotOptimize(secondsOf(certificate.valid_from) + secondsOf(certificate.valid_to));
+    });
 }
 
 bool decodeWithGnutls(Bytes der) {
@@ -48,47 +67,73 @@ bool decodeWithGnutls(Bytes der) {
 
 namespace {
 
-struct Row {
-    const char *name;
-    Decode decode;
-};
-constexpr Row Rows[] = {
-    {"decode-cert/karil", decodeWithKaril},
-    {"decode-cert/mbedtls", decodeWithMbedtls},
-    {"decode-cert/gnutls", decodeWithGnutls},
-    {"decode-cert/libcrypto", decodeWithLibcrypto},
-};
+// What each certificate has to be decoded by, to be in the corpus.
+constexpr Decode Decoders[] = {decodeWithKaril, decodeWithMbedtls, decodeWithGnutls, decodeWithLibcrypto};
 
-Octets readPem(const std::filesystem::path &path) {
+// All certificates of a file.
+void readPem(const std::filesystem::path &path, std::vector<Octets> &all) {
     Owned<BIO, BIO_free> file(BIO_new_file(path.c_str(), "r"));
     must(file != nullptr, "a certificate file opens");
     uint8_t *der = nullptr;
     long length = 0;
-    must(PEM_bytes_read_bio(&der, &length, nullptr, PEM_STRING_X509, file.get(), nullptr, nullptr) == 1,
-         "a certificate file is PEM");
-    Octets octets(der, der + length);
-    OPENSSL_free(der);
-    return octets;
+    const size_t before = all.size();
+    while (PEM_bytes_read_bio(&der, &length, nullptr, PEM_STRING_X509, file.get(), nullptr, nullptr) == 1) {
+        all.emplace_back(der, der + length);
+        OPENSSL_free(der);
+    }
+    ERR_clear_error();
+    must(all.size() > before, "a certificate file is PEM");
 }
 
 std::vector<Octets> readCorpus() {
     std::vector<Octets> found;
-    for (const auto &entry : std::filesystem::directory_iterator("/usr/share/ca-certificates/mozilla")) {
-        Octets der = readPem(entry.path());
-        if (std::all_of(std::begin(Rows), std::end(Rows), [&](const Row &row) { return row.decode(der); }))
-            found.push_back(std::move(der));
-    }
+    for (const auto &entry : std::filesystem::directory_iterator("/usr/share/ca-certificates/mozilla"))
+        readPem(entry.path(), found);
+    std::erase_if(found, [](const Octets &der) {
+        return !std::ranges::all_of(Decoders, [&](Decode decode) { return decode(der); });
+    });
     ERR_clear_error();
     std::sort(found.begin(), found.end());
     must(found.size() >= 50, "there are 50 certificates that all decode");
     return found;
 }
 
-void decodeAll(benchmark::State &state, Decode decode) {
+const std::vector<Octets> &chinese(const char *file) {
+    static std::map<std::string, std::vector<Octets>> read;
+    std::vector<Octets> &all = read[file];
+    if (all.empty())
+        readPem(std::filesystem::path(KARIL_BENCH_DATA) / file, all);
+    return all;
+}
+const std::vector<Octets> &withUtf8Names() {
+    return chinese("utf8.pem");
+}
+const std::vector<Octets> &withBmpNames() {
+    return chinese("bmp.pem");
+}
+
+struct Row {
+    const char *name;
+    Decode decode;
+    const std::vector<Octets> &(*certificates)();
+};
+constexpr Row Rows[] = {
+    {"decode-cert/karil", decodeWithKaril, corpus},
+    {"decode-cert/mbedtls", decodeWithMbedtls, corpus},
+    {"decode-cert/mbedtls-mktime", decodeWithMbedtlsAndMktime, corpus},
+    {"decode-cert/gnutls", decodeWithGnutls, corpus},
+    {"decode-cert/libcrypto", decodeWithLibcrypto, corpus},
+    {"decode-cert-utf8/karil", decodeWithKaril, withUtf8Names},
+    {"decode-cert-utf8/mbedtls", decodeWithMbedtls, withUtf8Names},
+    {"decode-cert-bmp/karil", decodeWithKaril, withBmpNames},
+    {"decode-cert-bmp/mbedtls", decodeWithMbedtls, withBmpNames},
+};
+
+void decodeAll(benchmark::State &state, Decode decode, const std::vector<Octets> &certificates) {
     for (auto _ : state)
-        for (const Octets &der : corpus())
+        for (const Octets &der : certificates)
             must(decode(der), "the certificate decodes");
-    state.counters["items"] = static_cast<double>(corpus().size());
+    state.counters["items"] = static_cast<double>(certificates.size());
 }
 
 } // namespace
@@ -100,7 +145,7 @@ const std::vector<Octets> &corpus() {
 
 void registerDecode() {
     for (const Row &row : Rows)
-        benchmark::RegisterBenchmark(row.name, decodeAll, row.decode);
+        benchmark::RegisterBenchmark(row.name, decodeAll, row.decode, row.certificates());
 }
 
 } // namespace karil_bench

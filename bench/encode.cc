@@ -20,18 +20,42 @@ void encodeLibcrypto(benchmark::State &state) {
         benchmark::DoNotOptimize(encodeTbsWithLibcrypto().data());
 }
 
-// A certificate with so many private extensions is built, encoded, decoded and destroyed.
-void grow(benchmark::State &state, int32_t count) {
+// The least certificate that can be encoded, with so many private extensions: what they add is measured.
+Octets encodeWithExtensions(int32_t count) {
     const Bytes value = bytesOf(sample::PrivateDer);
-    for (auto _ : state) {
-        // The least certificate that can be encoded: what is measured is what the extensions add.
-        const CertPtr ctx = karil_test::filled<CertEncodeCtx>(copyingHook);
-        for (int32_t i = 0; i < count; ++i)
-            must(KACert_SetCertAttributePrivate(ctx.get(), sample::PrivateOid, sizeof sample::PrivateOid, 0,
-                                                value.data(), static_cast<int32_t>(value.size())) == KACERT_Ok,
-                 "karil takes a private extension");
-        must(decodeWithKaril(encodeWithKaril(ctx.get())), "karil decodes what it encoded");
-    }
+    const CertPtr ctx = karil_test::filled<CertEncodeCtx>(copyingHook);
+    for (int32_t i = 0; i < count; ++i)
+        must(KACert_SetCertAttributePrivate(ctx.get(), sample::PrivateOid, sizeof sample::PrivateOid, 0, value.data(),
+                                            static_cast<int32_t>(value.size())) == KACERT_Ok,
+             "karil takes a private extension");
+    return encodeWithKaril(ctx.get());
+}
+
+// Built, encoded, decoded and destroyed.
+void grow(benchmark::State &state, int32_t count) {
+    for (auto _ : state)
+        must(decodeWithKaril(encodeWithExtensions(count)), "karil decodes what it encoded");
+    state.counters["items"] = count;
+}
+
+// Each extension asked for by its index, from the first to the last.
+void index(benchmark::State &state, uint32_t count) {
+    const Octets der = encodeWithExtensions(static_cast<int32_t>(count));
+    const CertPtr ctx = create<CertDecodeCtx>();
+    must(karil_test::decode(*ctx, der) == KACERT_Ok, "karil decodes what it encoded");
+    uint8_t oid[32];
+    uint8_t value[32];
+    for (auto _ : state)
+        for (uint32_t i = 1; i <= count; ++i) {
+            uint32_t at = i;
+            uint32_t oidLength = 0;
+            uint32_t valueLength = 0;
+            uint32_t critical = 0;
+            must(KACert_GetCertAttributePrivate(ctx.get(), &at, oid, &oidLength, &critical, value, &valueLength) ==
+                         KACERT_Ok &&
+                     valueLength == sample::PrivateDer.size(),
+                 "karil answers");
+        }
     state.counters["items"] = count;
 }
 
@@ -47,6 +71,8 @@ void registerEncode() {
 void registerGrowth() {
     benchmark::RegisterBenchmark("growth-extensions/karil", grow, 10000);
     benchmark::RegisterBenchmark("growth-extensions/itself", grow, 100);
+    benchmark::RegisterBenchmark("index-extensions/karil", index, 10000u);
+    benchmark::RegisterBenchmark("index-extensions/itself", index, 100u);
 }
 
 } // namespace karil_bench

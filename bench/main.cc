@@ -3,20 +3,16 @@
 
 #include <benchmark/benchmark.h>
 #include <gnutls/gnutls.h>
-#include <malloc.h>
 #include <mbedtls/version.h>
 #include <openssl/crypto.h>
 
-#include <climits>
+#include <cstdlib>
 #include <string>
+#include <string_view>
 
 using namespace karil_bench;
 
 int main(int argc, char **argv) {
-    // Freed memory stays with the process, for every measure and library: what a page costs that the kernel hands out
-    // anew depends on the machine, and would be most of what growth-crl shows.
-    mallopt(M_MMAP_MAX, 0);
-    mallopt(M_TRIM_THRESHOLD, INT_MAX);
     char mbedtls[32] = {};
     mbedtls_version_get_string_full(mbedtls);
     benchmark::AddCustomContext("peers", std::string("libcrypto ") + OpenSSL_version(OPENSSL_VERSION_STRING) + ", " +
@@ -26,6 +22,10 @@ int main(int argc, char **argv) {
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 2;
     registerDecode();
+    registerDecodeCrl();
+    const char *zone = getenv("TZ");
+    if (zone == nullptr || std::string_view(zone) != "UTC")
+        return benchmark::RunSpecifiedBenchmarks() > 0 ? 0 : 1;
     registerQuery();
     registerEncode();
     registerSign();
@@ -34,5 +34,10 @@ int main(int argc, char **argv) {
     registerGrowth();
     registerCrl();
     registerCsr();
+    registerPkcs12Crypt();
+    registerPfx();
+    registerBags();
+    registerMessages();
+    registerOcsp();
     return benchmark::RunSpecifiedBenchmarks() > 0 ? 0 : 1;
 }

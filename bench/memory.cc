@@ -1,9 +1,7 @@
-// What decoding takes of memory at its peak, by karil and by libcrypto, as one JSON object. A program of its own: its
-// counting functions stand in place of the libraries' and would slow the measures of time down.
+// What karil takes of memory for a large signed message over its content, as one JSON object. A program of its own: its
+// counting functions stand in place of the library's and would slow the measures of time down.
 #include "bench.h"
-
-#include <openssl/crypto.h>
-#include <openssl/x509.h>
+#include "whole_messages.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -13,10 +11,8 @@ namespace {
 struct Count {
     size_t now;
     size_t peak;
-    size_t blocks; // allocated in all
 };
 Count karilCount;
-Count libcryptoCount;
 
 // Each block stands behind its size.
 constexpr size_t HeadSize = alignof(std::max_align_t);
@@ -28,7 +24,6 @@ void *allocate(Count &count, size_t size) {
     *reinterpret_cast<size_t *>(head) = size;
     count.now += size;
     count.peak = std::max(count.peak, count.now);
-    ++count.blocks;
     return head + HeadSize;
 }
 
@@ -41,28 +36,6 @@ void release(Count &count, void *block) {
         return;
     count.now -= sizeOf(block);
     std::free(static_cast<uint8_t *>(block) - HeadSize);
-}
-
-void *libcryptoMalloc(size_t size, const char *, int) {
-    return size == 0 ? nullptr : allocate(libcryptoCount, size);
-}
-
-void libcryptoFree(void *block, const char *, int) {
-    release(libcryptoCount, block);
-}
-
-// Counted as if every block grew in its place, which is the least that it can take.
-void *libcryptoRealloc(void *block, size_t size, const char *file, int line) {
-    if (block == nullptr)
-        return libcryptoMalloc(size, file, line);
-    const size_t old = sizeOf(block);
-    auto *head = static_cast<uint8_t *>(std::realloc(static_cast<uint8_t *>(block) - HeadSize, HeadSize + size));
-    if (head == nullptr)
-        return nullptr;
-    *reinterpret_cast<size_t *>(head) = size;
-    libcryptoCount.now += size - old;
-    libcryptoCount.peak = std::max(libcryptoCount.peak, libcryptoCount.now);
-    return head + HeadSize;
 }
 
 } // namespace
@@ -79,38 +52,52 @@ namespace {
 
 using namespace karil_bench;
 
-// Adds up the peaks of all certificates over what was held before each.
-struct Sum {
-    double peak;
-    double blocks;
+// The caller's own octets are not counted.
+struct MessagePeaks {
+    double made;
+    double decoded;
 };
 
-Sum measure(Decode decode, Count &count) {
-    Sum sum = {};
-    for (const Octets &der : corpus()) {
-        const size_t held = count.now;
-        const size_t blocks = count.blocks;
-        count.peak = held;
-        must(decode(der), "the certificate decodes");
-        must(count.peak > held, "the allocations are counted");
-        must(count.now == held, "what was allocated is freed");
-        sum.peak += static_cast<double>(count.peak - held);
-        sum.blocks += static_cast<double>(count.blocks - blocks);
+MessagePeaks measureMessage() {
+    constexpr int32_t Sha1 = KA_DIGEST_SHA1;
+    const Octets content(100 << 20, 'x');
+    Octets message(content.size() + 4096);
+    uint32_t length = 0;
+    const auto size = static_cast<double>(content.size());
+    MessagePeaks peaks = {};
+    karilCount = {};
+    {
+        const karil_test::SignedPtr ctx = karil_test::create<SignedDataCtx>();
+        karil_test::SignerPtr signer = karil_test::plainSigner();
+        KA_PKCS7_SetSignerInfoDigestFunc(signer.get(), KA_DigestFunc_Ref, &Sha1, sizeof Sha1);
+        KA_PKCS7_SetSignerAttribute(signer.get(), reinterpret_cast<const uint8_t *>("\x2A\x03"), 2,
+                                    reinterpret_cast<const uint8_t *>("\x05\0"), 2);
+        KA_PKCS7_SetSignedDataAttributeInt(ctx.get(), PKCS7_SIGNEDDATA_VERSION, 1);
+        must(karil_test::set(*ctx, PKCS7_SIGNEDDATA_CONTENTTYPE, karil_test::DataOid) == KACERT_Ok &&
+                 karil_test::set(*ctx, PKCS7_SIGNEDDATA_CONTENT, content) == KACERT_Ok &&
+                 karil_test::handOver(KA_PKCS7_SetSignedData_SignerInfo, *ctx, std::move(signer)) == KACERT_Ok &&
+                 KA_PKCS7_EncodePKCS7SignedData(ctx.get(), message.data(), &length) == KACERT_Ok && length > size,
+             "karil signs");
+        peaks.made = static_cast<double>(karilCount.peak) / size;
     }
-    return sum;
+    must(karilCount.now == 0, "what was allocated is freed");
+    karilCount = {};
+    const karil_test::SignedPtr ctx = karil_test::create<SignedDataCtx>();
+    must(karil_test::decode(*ctx, Bytes(message).first(length)) == KACERT_Ok, "karil decodes the message");
+    int32_t verdict = 0;
+    KA_PKCS7_SetSignerInfoDigestFunc(ctx->signerInfos, KA_DigestFunc_Ref, &Sha1, sizeof Sha1);
+    KA_PKCS7_SetSignerInfoDecSignFunc(ctx->signerInfos, karil_test::plainHook, nullptr, 0);
+    must(KA_PKCS7_VerifySignerSignature(ctx->signerInfos, &verdict) == KACERT_Ok && verdict == PKCS7_VERDICT_GOOD,
+         "karil verifies the signer");
+    peaks.decoded = static_cast<double>(karilCount.peak) / size;
+    return peaks;
 }
 
 } // namespace
 
 int main() {
-    must(CRYPTO_set_mem_functions(libcryptoMalloc, libcryptoRealloc, libcryptoFree) == 1, "libcrypto has used none");
-    double size = 0;
-    for (const Octets &der : corpus())
-        size += static_cast<double>(der.size());
-    const Sum karil = measure(decodeWithKaril, karilCount);
-    const Sum libcrypto = measure(decodeWithLibcrypto, libcryptoCount);
-    const auto all = static_cast<double>(corpus().size());
-    std::printf("{\"memory/karil\": %.6f, \"memory/libcrypto\": %.6f,\n", karil.peak / size, libcrypto.peak / size);
-    std::printf(" \"blocks/karil\": %.3f, \"blocks/libcrypto\": %.3f}\n", karil.blocks / all, libcrypto.blocks / all);
+    const MessagePeaks peaks = measureMessage();
+    std::printf("{\"memory-sign/karil\": %.6f, \"memory-sign/content\": 1,\n", peaks.made);
+    std::printf(" \"memory-verify/karil\": %.6f, \"memory-verify/content\": 1}\n", peaks.decoded);
     return 0;
 }

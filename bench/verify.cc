@@ -1,10 +1,12 @@
-// Verifying one certificate with a key of 2,048 bits, beside the digest and the public operation alone.
+// Verifying one certificate with a key of 2,048 bits, in one call and by a user who holds a prepared key, beside the
+// digest and the public operation alone.
 // The operation on a prepared key is in the deprecated low-level interface alone.
 #define OPENSSL_SUPPRESS_DEPRECATED
-#include "bench.h"
+#include "party.h"
 
 #include <benchmark/benchmark.h>
 #include <openssl/bn.h>
+#include <openssl/evp.h>
 #include <openssl/rsa.h>
 #include <openssl/sha.h>
 
@@ -122,6 +124,30 @@ void withPreparedKey(benchmark::State &state) {
     }
 }
 
+// Decoded by karil, verified by libcrypto with the key of the issuer that a user has prepared.
+void decodedAndVerified(benchmark::State &state) {
+    const Link &link = sample();
+    EVP_PKEY *key = party().key.get();
+    for (auto _ : state) {
+        const CertPtr ctx = create<CertDecodeCtx>();
+        must(karil_test::decode(*ctx, link.subject) == KACERT_Ok, "karil decodes it");
+        const Owned<EVP_MD_CTX, EVP_MD_CTX_free> digest(EVP_MD_CTX_new());
+        must(EVP_DigestVerifyInit(digest.get(), nullptr, EVP_sha1(), nullptr, key) == 1 &&
+                 EVP_DigestVerify(digest.get(), ctx->signature.data, ctx->signature.length, ctx->tbs.data,
+                                  ctx->tbs.length) == 1,
+             "libcrypto verifies the signature");
+    }
+}
+
+void verifiedByLibcrypto(benchmark::State &state) {
+    const Link &link = sample();
+    for (auto _ : state) {
+        const uint8_t *at = link.subject.data();
+        const Owned<X509, X509_free> x509(d2i_X509(nullptr, &at, static_cast<long>(link.subject.size())));
+        must(x509 != nullptr && X509_verify(x509.get(), party().key.get()) == 1, "libcrypto verifies it");
+    }
+}
+
 // As with signing, these take turns more often than the others do.
 struct Row {
     const char *name;
@@ -131,6 +157,8 @@ constexpr Row Rows[] = {
     {"verify-cert/karil", withKaril},
     {"verify-cert/public-operation", withOperationAlone},
     {"verify-cert/libcrypto", withPreparedKey},
+    {"verify-cert-prepared/karil", decodedAndVerified},
+    {"verify-cert-prepared/libcrypto", verifiedByLibcrypto},
 };
 
 } // namespace

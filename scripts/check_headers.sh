@@ -6,6 +6,10 @@ cd "$(dirname "$0")/.."
 
 sh scripts/setup.sh build check
 count=0
+# A unit needs a declaration, which version.h does not have.
+unit=$(mktemp)
+trap 'rm -f "$unit"' EXIT
+echo 'typedef int unit;' >"$unit"
 # try COMPILER LANGUAGE STANDARD ARGUMENT...
 try() {
     compiler=$1 language=$2 standard=$3
@@ -16,10 +20,10 @@ try() {
 }
 for compiler in gcc clang; do
     for header in include/karil/*.h; do
-        try "$compiler" c c11 -include "$header" /dev/null
-        try "$compiler" c++ c++20 -include "$header" /dev/null
-        try "$compiler" c c11 -m32 -ffreestanding -include "$header" /dev/null
+        try "$compiler" c c11 -include "$header" "$unit"
+        try "$compiler" c++ c++20 -include "$header" "$unit"
+        try "$compiler" c c11 -m32 -ffreestanding -include "$header" "$unit"
     done
-    try "$compiler" c++ c++20 -include include/karil/karil.hpp /dev/null
+    try "$compiler" c++ c++20 -include include/karil/karil.hpp "$unit"
 done
 echo "$count header checks passed"

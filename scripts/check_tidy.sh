@@ -1,5 +1,5 @@
 #!/bin/sh
-# clang-tidy over the library, the examples and the C tests. Usage: sh scripts/check_tidy.sh BUILD_FOLDER
+# clang-tidy over the library, the examples and the test in C. Usage: sh scripts/check_tidy.sh BUILD_FOLDER
 set -eu
 cd "$(dirname "$0")/.."
 

@@ -1,18 +1,18 @@
 #!/bin/sh
 # Issues certificates, decodes them and those of the ca-certificates package, runs a small certification authority,
-# asks an OCSP responder about what it issued, makes and opens messages, and lets openssl judge all that was written
-# and write what is read.
+# asks an OCSP responder about what it issued, makes and opens messages and PFX files, signs with keys of its own and of
+# a token, and lets openssl and certtool judge all that was written and write what is read.
 # KARIL_BUILD_DIR: where to build, instead of build.
 set -eu
 cd "$(dirname "$0")/.."
 
-sh scripts/setup.sh build test
+sh scripts/setup.sh build test token
 root=$PWD
 build=${KARIL_BUILD_DIR:-build}
 folder=$build/release
 demo=$build/demo
 cmake -S . -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo
-cmake --build "$folder" --target issue_certificate certificate_authority messages ocsp
+cmake --build "$folder" --target issue_certificate certificate_authority messages ocsp pfx hook token
 programs=$(cd "$folder/examples" && pwd)
 
 # Dates go out in local time under the letter Z, which others read as UTC.
@@ -121,4 +121,66 @@ for cipher in des3 aes128; do
         "$messages" open . "$name" "$cipher.p7" large
     done
 done
-echo "The demo is done: openssl agrees with all that karil issued and wrote."
+
+echo
+pfx=$programs/pfx
+"$pfx" make . secret
+openssl pkcs12 -legacy -info -in issued.p12 -passin pass:secret -passout pass:secret >info.txt 2>&1
+grep -E 'MAC:|Encrypted data|Keybag|Certificate bag|friendlyName' info.txt
+[ "$(grep -c 'friendlyName: the leaf' info.txt)" -eq 2 ]
+[ "$(grep -c 'friendlyName: the authority' info.txt)" -eq 1 ]
+openssl pkcs12 -legacy -in issued.p12 -passin pass:secret -nocerts -nodes |
+    openssl rsa -outform DER -traditional -out key.der 2>openssl.txt
+cmp key.der issued.key
+for name in issued authority; do
+    [ "$name" = issued ] && which=-clcerts || which=-cacerts
+    openssl pkcs12 -legacy -in issued.p12 -passin pass:secret -nokeys $which | openssl x509 -outform DER | cmp - "$name.der"
+done
+certtool --p12-info --inder --infile issued.p12 --password secret >info.txt 2>&1
+[ "$(grep -c 'BEGIN CERTIFICATE' info.txt)" -eq 2 ]
+echo "openssl and certtool read issued.p12: the same key and certificates"
+
+echo
+echo "karil reads what openssl and certtool wrote"
+export_pfx() {
+    openssl pkcs12 -export -legacy -inkey issued.key.pem -in issued.pem -certfile authority.pem -passout pass:secret \
+        -out other.p12 "$@"
+}
+for cipher in RC4-128 RC4-40 3DES 2DES RC2-128 RC2-40; do
+    echo "openssl, $cipher"
+    export_pfx -name "the leaf" -keypbe "PBE-SHA1-$cipher" -certpbe "PBE-SHA1-$cipher"
+    "$pfx" open other.p12 secret 200 issued.key issued.der authority.der
+done
+echo "openssl, no name, one round"
+export_pfx -iter 1
+"$pfx" open other.p12 secret 200 issued.key issued.der authority.der
+"$pfx" refuse other.p12 Secret
+export_pfx -nomaciter
+"$pfx" open other.p12 secret 200 issued.key issued.der authority.der
+echo "openssl, a MAC by MD5, for which it takes 16 octets of key, and karil 20"
+export_pfx -macalg MD5
+"$pfx" open other.p12 secret 300 issued.key issued.der authority.der
+for cipher in 3des-pkcs12 arcfour rc2-40; do
+    echo "certtool, $cipher"
+    certtool --to-p12 --load-privkey issued.key.pem --load-certificate issued.pem --p12-name "the leaf" \
+        --password secret --hash SHA1 --pkcs-cipher "$cipher" --outder --outfile other.p12 2>certtool.txt
+    "$pfx" open other.p12 secret 200 issued.key issued.der
+done
+
+echo
+echo "A prepared key and a token sign with SHA-256"
+mkdir tokens
+printf 'directories.tokendir = %s/tokens\nobjectstore.backend = file\n' "$PWD" >softhsm.conf
+SOFTHSM2_CONF=$PWD/softhsm.conf
+export SOFTHSM2_CONF
+openssl genpkey -quiet -algorithm RSA -pkeyopt rsa_keygen_bits:2048 -out token.key.pem
+softhsm2-util --init-token --free --label karil --so-pin 123456 --pin 1234
+softhsm2-util --import token.key.pem --token karil --label signer --id 01 --pin 1234
+"$programs/hook" authority.key .
+"$programs/token" /usr/lib/softhsm/libsofthsm2.so 1234 signer .
+for name in hook token; do
+    openssl x509 -inform DER -in "$name.der" -out "$name.pem"
+    openssl verify -CAfile "$name.pem" "$name.pem"
+    openssl x509 -in "$name.pem" -noout -text | grep -m 1 sha256WithRSAEncryption
+done
+echo "The demo is done: openssl and certtool agree with all that karil issued and wrote."

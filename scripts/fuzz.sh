@@ -27,7 +27,7 @@ case ${1:-} in
 esac
 case $amount in '' | *[!0-9]*) usage ;; esac
 all="cert_decode asn1_readers cert_build text names oid_text crl csr keys verify pem dn_string indefinite ocsp ocsp_build"
-all="$all signers messages"
+all="$all signers messages messages_build pkcs12_crypt pkcs12_bags auth_safe pfx pfx_build pkcs12_foreign"
 targets=${*:-$all}
 for target in $targets; do
     [ -f "fuzz/$target.cc" ] || usage
@@ -63,8 +63,9 @@ limits() {
     case $1 in
     cert_decode) echo 4096 10 ;;
     cert_build) echo 600 10 ;;
-    crl | csr | messages | ocsp | signers | verify) echo 2048 10 ;;
-    ocsp_build) echo 600 10 ;;
+    auth_safe | crl | csr | messages | ocsp | pfx | pkcs12_bags | pkcs12_foreign | signers | verify) echo 2048 10 ;;
+    pfx_build) echo 600 100 ;;
+    messages_build | ocsp_build | pkcs12_crypt) echo 600 10 ;;
     keys) echo 1600 1 ;;
     text) echo 2100 10 ;;
     names | asn1_readers) echo 2048 1 ;;

@@ -17,7 +17,6 @@ SWEPT_ROWS(CertEncode, Extensions) {
     CertParts parts;
     parts.setExtensions({row.octets("want")});
     EXPECT_EQ(toHex(encode(*ctx)), toHex(parts.whole()));
-    EXPECT_GE(row("order"), "");
 }
 
 // Set backwards: the order on the wire is not that of the calls.

@@ -29,19 +29,6 @@ SWEPT_ROWS(CertQuery, Answers, {KACERT_MemoryErr}, false) {
     EXPECT_EQ(get(*ctx, CERT_TBS_CERTIFICATE), toHex(parts.tbs()));
 }
 
-ROWS(CertQuery, IdsThatAreNotAsked) {
-    const CertPtr ctx = create<CertEncodeCtx>();
-    for (const std::string &id : row.list("ids")) {
-        uint32_t length = 7;
-        const Trace trace;
-        EXPECT_EQ(KACert_GetCertAttributeChar(ctx.get(), std::stoi(id), nullptr, &length),
-                  KACERT_AttributeNotSupportErr)
-            << id;
-        EXPECT_EQ(length, 0u) << id;
-        EXPECT_TRUE(trace.has("------>Get KACERT_AttributeNotSupportErr")) << id;
-    }
-}
-
 TEST(CertQuery, AbsentAttributesAnswerNothing) {
     const CertPtr ctx = create<CertEncodeCtx>();
     for (int32_t id = 1; id <= 512; ++id) {

@@ -68,23 +68,6 @@ TEST(Crypt, DigestsOfThePublishedVectors) {
         EXPECT_EQ(run(KA_DigestFunc_Ref, text(input), &id), toHex(hex(digest))) << id;
 }
 
-TEST(Crypt, GeneratedRecordsHoldAWholeKey) {
-    const std::pair<uint32_t, KeyPair> rows[] = {{1024, keyPair()}, {2048, generated(KA_PKCS7_GenRSAKeyPair_2048)}};
-    for (const auto &[bits, pair] : rows) {
-        SCOPED_TRACE(bits);
-        EXPECT_EQ(pair.open.bits, bits);
-        EXPECT_EQ(pair.secret.bits, bits);
-        const size_t zeros = 256 - bits / 8;
-        EXPECT_EQ(toHex(pair.open.modulus, zeros), toHex(Octets(zeros)));
-        EXPECT_GE(pair.open.modulus[zeros], 0x80);
-        EXPECT_EQ(toHex(pair.open.exponent, 256), toHex(cat({Octets(253), hex("01 00 01")})));
-        EXPECT_EQ(memcmp(pair.open.modulus, pair.secret.modulus, 256), 0);
-        const PkeyCtx check(EVP_PKEY_CTX_new(keyOf(pair.secret).get(), nullptr));
-        EXPECT_EQ(EVP_PKEY_check(check.get()), 1); // n = p q; e, d and the CRT numbers belong to them
-    }
-    EXPECT_NE(memcmp(generated(KA_PKCS7_GenRSAKeyPair).open.modulus, keyPair().open.modulus, 256), 0);
-}
-
 // Blocks go both ways by the hooks and the operations behind them; 11 of a block's octets are no message.
 TEST(Crypt, BlocksPassToAndFromLibcrypto) {
     const auto &[open, secret] = keyPair();

@@ -43,6 +43,8 @@ TEST(Key, LibcryptoReadsBothForms) {
             const PkeyCtx check(EVP_PKEY_CTX_new(key.get(), nullptr));
             EXPECT_TRUE(isHindered() || EVP_PKEY_check(check.get()) == 1); // every number stands in its place
             EXPECT_EQ(derOf(i2d_PrivateKey, key.get()), der);
+            EXPECT_EQ(pair.open.bits + pair.secret.bits, 2 * static_cast<uint32_t>(EVP_PKEY_get_bits(key.get())));
+            EXPECT_EQ(toHex(pair.open.exponent, 256), toHex(cat({Octets(253), hex("01 00 01")})));
             EXPECT_EQ(encoded(Public, numbersOf(pair.open)), toHex(publicKeyOf(key)));
             std::copy(der.begin(), der.end(), numbers.begin()); // the DER may lie in the block
             EXPECT_EQ(KA_Decode_PrivateKey(numbers.data(), numbers.data(), lengthOf(der)), KACERT_Ok);

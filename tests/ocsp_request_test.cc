@@ -1,6 +1,8 @@
 #include "crypto.h"
 #include "ocsp_rows.h"
 
+#include <utility>
+
 using namespace karil_test;
 
 namespace {
@@ -103,11 +105,41 @@ TEST(OcspRequest, WhatWasDecodedIsEncodedAgain) {
     setSigning(*ctx, signByLength);
     EXPECT_EQ(written(*ctx), toHex(whole));
     EXPECT_EQ(tbs.size(), 56u);
+    EXPECT_EQ(set(*ctx, OCSP_REQUEST_REQUESTOR_COMMONNAME, "b"), KACERT_AttributeAlreadySet);
 
     const RequestListPtr list = create<RequestListCtx>();
     const Octets id = seq({oid("2A 03"), tlv(4, {1}), tlv(4, {2}), hex("02 01 05")});
     ASSERT_EQ(decode(*list, seq({id})), KACERT_Ok);
     EXPECT_EQ(written(*list), toHex(id)); // without the SEQUENCE around it
+}
+
+TEST(OcspRequest, ListsOfASecondDecoding) {
+    const RequestPtr ctx = create<RequestCtx>();
+    const auto request = [](const Octets &singles, const Octets &certificates) {
+        return seq({seq({hex("A0 03 02 01 00"), tlv(0xA1, commonName("N")), seq({singles})}),
+                    tlv(0xA0, seq({oid("2A 04"), tlv(4, {1}), tlv(0xA0, seq({certificates}))}))});
+    };
+    ASSERT_EQ(decode(*ctx, request(hex("05 00 01 01 FF"), hex("30 00 30 00"))), KACERT_Ok);
+    ASSERT_EQ(decode(*ctx, request(hex("02 01 07"), hex("30 01 00"))), KACERT_Ok);
+    EXPECT_EQ(askSingle(*ctx, 1) + ' ' + askSingle(*ctx, 2), "02 01 07 untouched");
+    EXPECT_EQ(ask(*ctx, OCSP_REQUEST_REQUESTOR_CERTS), "30 03 30 01 00");
+}
+
+// A hook gets its parameter, of whatever length, as a copy: it answers the first octet, which it changes.
+TEST(OcspRequest, ParametersOfOneOctet) {
+    const auto first = [](const uint8_t *, uint32_t, uint8_t *output, uint32_t *length, void *parameter) {
+        output[0] = std::exchange(*static_cast<uint8_t *>(parameter), uint8_t{0});
+        *length = 1;
+        return int32_t{0};
+    };
+    const uint8_t parameter = 0x5A;
+    const RequestListPtr list = create<RequestListCtx>();
+    for (const int32_t id : {OCSP_REQUESTLIST_HASHALGO, OCSP_REQUESTLIST_ISSUERNAME, OCSP_REQUESTLIST_ISSUERKEY,
+                             OCSP_REQUESTLIST_SERIALNUMBER})
+        set(*list, id, "\x2A");
+    EXPECT_EQ(KA_OCSP_SetRequestListHashFunc(list.get(), first, &parameter, 1), KACERT_Ok);
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ(written(*list), toHex(seq({seq({oid("2A"), tlv(4, {0x5A}), tlv(4, {0x5A}), hex("02 01 2A")})})));
 }
 
 TEST(OcspRequest, PrivateExtensionsAreKept) {

@@ -78,7 +78,9 @@ TEST(Pem, OddTexts) {
         {"QUJ=", "41 42"},
         {"QQ==QUJD", "41 00 00 41 42 43"}, // A in the middle
         {"QUJDQ JE", "41 42 43 41 42 44"}, // leaves what stood in its place
-        {" UJD", "01 42 43"},              // A in the first group
+        {"QUJDRVZGQ WXQUJD", "41 42 43 45 56 46 41 55 97 41 42 43"},
+        {"QUJDRVZGQQ==RVZGQUJD", "41 42 43 45 56 46 41 00 00 45 56 46 41 42 43"},
+        {" UJD", "01 42 43"}, // A in the first group
         {"QUI=QUJ ", "41 42 00 41 42"},
         {"QUJD\xFF\x80\xC3\xBC", "41 42 43 41 42 43"},
     };

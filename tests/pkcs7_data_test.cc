@@ -100,6 +100,19 @@ TEST(Pkcs7Data, BoundOfDigestedData) {
     }
 }
 
+// What the hook writes on its parameter stays there: this one fails in its second call.
+TEST(Pkcs7Data, DigestHooksGetWhatIsStored) {
+    const DigestedPtr ctx = create<DigestedDataCtx>();
+    KA_PKCS7_SetDigestedDataAttributeInt(ctx.get(), 61, 1);
+    set(*ctx, 62, "\x2A");
+    set(*ctx, 63, "\x2A");
+    setDigest(*ctx, "n");
+    EXPECT_EQ(written(*ctx),
+              toHex(seq({oid("2A 86 48 86 F7 0D 01 07 05"),
+                         tlv(0xA0, seq({hex("02 01 01"), seq({oid("2A")}), seq({oid("2A")}), hex("04 00")}))})));
+    EXPECT_EQ(written(*ctx), "status 5");
+}
+
 // What the context itself holds can be decoded into it.
 TEST(Pkcs7Data, ContentOfItsOwn) {
     const DataPtr ctx = create<DataCtx>();

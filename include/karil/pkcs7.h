@@ -167,6 +167,15 @@ typedef struct AttributeRecord {
 } AttributeRecord;
 KARIL_SIZE_32(AttributeRecord, 68);
 
+/* The head of a list that is embedded in a PKCS#12 context: `next` is the first attribute, all else is empty. */
+typedef struct AttributeHead {
+    AttributeRecord *next;
+    int32_t kind;
+    Anybuf oid;
+    Anybuf value;
+} AttributeHead;
+KARIL_SIZE_32(AttributeHead, 64);
+
 /* One algorithm of a message's digestAlgorithms. */
 typedef struct DigestAlgorithmNode {
     uint32_t id; /* 1 if it was set, 0 if it was decoded */

@@ -13,6 +13,7 @@ struct DaysOffset {
 };
 struct LocalClock {
     bool isLookedUp = false;
+    bool isUtc = false;              // TZ is UTC: nothing has to be asked for
     std::span<DaysOffset> kept = {}; // zeroed at first; a power of two of them
 };
 // `tag`: 23 or 24, the only one accepted.

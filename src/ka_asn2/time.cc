@@ -1,5 +1,6 @@
 #include "ka_asn2.h"
 
+#include <stdlib.h>
 #include <string.h>
 #include <time.h>
 
@@ -10,9 +11,11 @@ namespace {
 constexpr int64_t Day = 86400;
 
 void lookUp(LocalClock &clock) {
-    if (!clock.isLookedUp)
-        tzset();
-    clock.isLookedUp = true;
+    if (clock.isLookedUp)
+        return;
+    tzset();
+    const char *zone = getenv("TZ");
+    clock = {true, zone != nullptr && strcmp(zone, "UTC") == 0, clock.kept};
 }
 
 int32_t pair(const uint8_t *text) {
@@ -41,6 +44,8 @@ int64_t offsetAt(int64_t seconds) {
 constexpr int64_t DaysTogether = 4;
 int64_t offsetAround(int64_t asUtc, LocalClock &clock) {
     lookUp(clock);
+    if (clock.isUtc)
+        return 0;
     const int64_t days = asUtc / (DaysTogether * Day);
     DaysOffset *kept = clock.kept.empty() ? nullptr : &clock.kept[static_cast<size_t>(days) & (clock.kept.size() - 1)];
     if (kept != nullptr && kept->days == days + 1)

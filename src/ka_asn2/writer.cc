@@ -75,19 +75,34 @@ void Writer::octets(Bytes ready) {
         memcpy(at, ready.data(), ready.size());
 }
 
-uint8_t *Writer::area(uint8_t tag, uint64_t size) {
+uint8_t *Writer::startElement(uint8_t tag, uint64_t size, uint64_t room) {
     if (size > UINT32_MAX) {
         fail(KA_FAIL(KACERT_InvalidLengthErr, TooLong));
         return nullptr;
     }
     const auto length = static_cast<uint32_t>(size);
     const uint32_t lengthOctets = KAsn1_Low_Count_LengthOfSize(length);
-    uint8_t *at = extend(1 + lengthOctets + size);
+    uint8_t *at = extend(1 + lengthOctets + room);
     if (at == nullptr)
         return nullptr;
     *at = tag;
     putLength(at + 1, length, lengthOctets);
     return at + 1 + lengthOctets;
+}
+
+uint8_t *Writer::area(uint8_t tag, uint64_t size) {
+    return startElement(tag, size, size);
+}
+
+void Writer::head(uint8_t tag, uint64_t size) {
+    (void)startElement(tag, size, 0);
+}
+
+void Writer::apart(Bytes octets) {
+    if (octets.data() == nullptr && !octets.empty())
+        return fail(KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL"));
+    large = octets;
+    largeAt = used;
 }
 
 void Writer::element(uint8_t tag, Bytes content) {
@@ -170,10 +185,18 @@ Status Writer::moveTo(Anybuf &record) {
 
 Status handOut(const Writer &written, uint8_t *result, uint32_t *resultLength) {
     KA_PASS(written.status());
-    const Bytes octets = written.since(0);
-    *resultLength = static_cast<uint32_t>(octets.size());
-    if (result != nullptr && !octets.empty())
-        memcpy(result, octets.data(), octets.size());
+    const Bytes octets = written.since(0), large = written.large;
+    if (octets.size() + large.size() > UINT32_MAX)
+        return KA_FAIL(KACERT_InvalidLengthErr, TooLong);
+    *resultLength = static_cast<uint32_t>(octets.size() + large.size());
+    if (result == nullptr)
+        return KACERT_Ok;
+    const size_t before = large.empty() ? octets.size() : written.largeAt;
+    for (const Bytes piece : {octets.first(before), large, octets.subspan(before)}) {
+        if (!piece.empty())
+            memcpy(result, piece.data(), piece.size());
+        result += piece.size();
+    }
     return KACERT_Ok;
 }
 
@@ -195,13 +218,20 @@ void Construct::close() {
     --out.openConstructs;
     if (out.failure != KACERT_Ok)
         return;
-    const uint32_t length = out.used - contentAt;
+    const uint32_t written = out.used - contentAt;
+    const bool hasLarge = !out.large.empty() && out.largeAt >= contentAt;
+    const uint64_t size = written + (hasLarge ? uint64_t{out.large.size()} : 0);
+    if (size > UINT32_MAX)
+        return out.fail(KA_FAIL(KACERT_InvalidLengthErr, TooLong));
+    const auto length = static_cast<uint32_t>(size);
     const uint32_t needed = KAsn1_Low_Count_LengthOfSize(length);
     uint8_t *content = out.block.get() + contentAt;
-    if (needed != lengthOctets && length > 0)
-        memmove(content + needed - lengthOctets, content, length);
+    if (needed != lengthOctets && written > 0)
+        memmove(content + needed - lengthOctets, content, written);
     putLength(content - lengthOctets, length, needed);
     out.used = out.used + needed - lengthOctets;
+    if (hasLarge)
+        out.largeAt = out.largeAt + needed - lengthOctets;
 }
 
 } // namespace karil

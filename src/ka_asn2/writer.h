@@ -27,6 +27,12 @@ public:
     // failure.
     uint8_t *area(uint8_t tag, uint64_t size);
 
+    // The tag and length of an element whose content is written next.
+    void head(uint8_t tag, uint64_t size);
+    // Octets that stay where they are until handOut() copies them: for a large content, once in the life of a Writer
+    // that is handed out by handOut() alone.
+    void apart(Bytes large);
+
     void integer(uint32_t value);
     // The octets of a number without a sign: a zero is put in front if the first one has its top bit set. A number that
     // was never set is KACERT_InvalidParamErr.
@@ -52,10 +58,12 @@ public:
 
 private:
     friend class Construct;
+    friend Status handOut(const Writer &written, uint8_t *result, uint32_t *resultLength);
     // Each construct that is open may still get four more octets of length: the room for them is there.
     static constexpr uint32_t LengthRoom = 4;
 
     uint8_t *extend(uint64_t size);
+    uint8_t *startElement(uint8_t tag, uint64_t size, uint64_t room);
     void grow(uint64_t needed);
     void release();
     uint32_t normalTag() const;
@@ -67,6 +75,8 @@ private:
     uint32_t openConstructs = 0;
     Status failure = KACERT_Ok;
     bool isSecret;
+    Bytes large; // what stands apart, in front of the octet at `largeAt`
+    uint32_t largeAt = 0;
 };
 
 // Stores the length of what was written and, with a buffer, the octets.

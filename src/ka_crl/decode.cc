@@ -108,11 +108,12 @@ size_t datesFor(size_t listSize) {
 }
 
 // revokedCertificates ::= SEQUENCE OF SEQUENCE
-Status decodeEntries(const Element &list, CrlDecodeCtx &ctx) {
+// `clock` is a copy, which keeps days of its own.
+Status readEntries(const Element &list, LocalClock clock, CrlDecodeCtx &ctx) {
     Level entries;
     KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(list, entries));
     DaysOffset kept[KeptDates];
-    LocalClock clock = {false, {kept, datesFor(entries.rest.size())}};
+    clock.kept = {kept, datesFor(entries.rest.size())};
     std::fill(clock.kept.begin(), clock.kept.end(), DaysOffset{});
     EntryBlock block;
     while (!entries.empty()) {
@@ -128,6 +129,10 @@ Status decodeEntries(const Element &list, CrlDecodeCtx &ctx) {
         KA_PASS(readEntry(element, clock, *entry));
     }
     return KACERT_Ok;
+}
+
+Status decodeEntries(const Element &list, CrlDecodeCtx &ctx) {
+    return readEntries(list, {}, ctx);
 }
 
 // The extensions that are kept. CRLNumber, BaseCRLNumber ::= INTEGER
@@ -183,8 +188,7 @@ Status decodeCrlExtensions(const Element &element, CrlExtensions &block) {
     return KACERT_Ok;
 }
 
-Status decodeDates(Level &fields, CrlDecodeCtx &ctx, Element &behind) {
-    LocalClock clock;
+Status decodeDates(Level &fields, LocalClock &clock, CrlDecodeCtx &ctx, Element &behind) {
     Element field;
     KA_PASS(takeField(fields, field));
     KA_PASS(readEitherTime(field, TagUtcTime, clock, ctx.thisUpdate));
@@ -212,9 +216,10 @@ Status decodeTbs(const Element &tbs, CrlDecodeCtx &ctx) {
     KA_PASS(readAlgorithm(field, ctx.innerSignatureAlgorithm));
     KA_PASS(takeField(fields, field));
     KA_STEP_AS("------>KI_DecodeIssuerSubject", decodeName(field, ctx.issuer));
-    KA_PASS(decodeDates(fields, ctx, field));
+    LocalClock clock;
+    KA_PASS(decodeDates(fields, clock, ctx, field));
     if (field.startsWith(TagSequence)) {
-        KA_STEP_AS("------>KI_CRL_DecodeRevokedCerts", decodeEntries(field, ctx));
+        KA_STEP_AS("------>KI_CRL_DecodeRevokedCerts", readEntries(field, clock, ctx));
         KA_STEP_AS("------>KI_CopyAnybuf", store(ctx.revokedDer, field));
         if (fields.empty())
             return KACERT_Ok;

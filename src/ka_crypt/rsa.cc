@@ -196,7 +196,7 @@ int32_t KA_PKCS7_SignedData(int32_t digestId, const uint8_t *input, uint32_t inp
         return KACERT_InvalidItemErr;
     Secret<LongestDigestInfo> digestInfo;
     memcpy(digestInfo.octets, algorithm->prefix.data(), algorithm->prefix.size());
-    algorithm->digest({input, inputLength}, digestInfo.octets + algorithm->prefix.size());
+    algorithm->digest({Bytes(input, inputLength)}, digestInfo.octets + algorithm->prefix.size());
     const RsaPtr rsa = loadKey(*key);
     if (rsa == nullptr) {
         ERR_clear_error();
@@ -216,7 +216,7 @@ int32_t KA_PKCS7_VerifySignature(int32_t digestId, const uint8_t *input, uint32_
         verdict == nullptr)
         return KACERT_InvalidItemErr;
     Secret<LongestDigest> digest;
-    algorithm->digest({input, inputLength}, digest.octets);
+    algorithm->digest({Bytes(input, inputLength)}, digest.octets);
     const RsaPtr rsa = loadKey(*key);
     if (rsa == nullptr) {
         ERR_clear_error();

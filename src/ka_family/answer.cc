@@ -7,7 +7,7 @@ namespace karil {
 void handOut(const Anybuf &source, uint8_t *result, uint32_t *resultLength) {
     *resultLength = source.length;
     if (result != nullptr && source.length > 0)
-        memcpy(result, source.data, source.length);
+        memmove(result, source.data, source.length);
 }
 
 Status answerOctets(const Answer &answer, Bytes value) {

@@ -5,6 +5,8 @@
 #include "answer.h"
 #include "context.h"
 
+#include <algorithm>
+
 namespace karil {
 
 // An id of the Char functions.
@@ -26,8 +28,11 @@ template <class Ctx> struct IntAttribute {
     void (*get)(const Ctx &ctx, int32_t &value); // null: not asked for
 };
 
-// The row of an id, or null.
+// The row of an id, or null. It is found at once in a table in the order of its ids, which the large ones are.
 template <class Row, size_t Size> const Row *findRow(const Row (&rows)[Size], int32_t id) {
+    const Row *const guess = std::ranges::lower_bound(rows, id, {}, &Row::id);
+    if (guess != std::end(rows) && guess->id == id)
+        return guess;
     for (const Row &row : rows)
         if (row.id == id)
             return &row;

@@ -41,3 +41,6 @@ template <class Ctx> [[nodiscard]] Status destroyContext(Ctx *ctx, void (*clear)
         KA_STEP(__VA_ARGS__);                                                                                          \
         return KACERT_Ok;                                                                                              \
     }())
+
+// Another name of an exported function: one function under two symbols. It stands after the function, in its file.
+#define KA_ALIAS(NAME, FUNCTION) decltype(FUNCTION) NAME __attribute__((alias(#FUNCTION)))

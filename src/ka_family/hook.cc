@@ -81,25 +81,38 @@ void HookArea::moveTo(Anybuf &record) {
     record.data = block.release();
 }
 
-Status callWithCopy(const Hook &hook, Bytes input, uint64_t bound, HookArea &out, const char *words) {
+Status HookArea::open(uint64_t bound, const char *words) {
     if (bound + Margin > UINT32_MAX)
         return KA_FAIL(KACERT_InvalidLengthErr, words);
-    wipe(out.block.get(), out.size);
-    out.size = static_cast<size_t>(bound) + Margin;
-    out.block = KA_BLOCK(out.size);
-    if (out.block == nullptr)
-        return KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
+    wipe(block.get(), size);
+    size = static_cast<size_t>(bound) + Margin;
+    used = static_cast<uint32_t>(bound);
+    block = KA_BLOCK(size);
+    return block != nullptr ? KACERT_Ok : KA_FAIL(KACERT_MemoryErr, "------>KAPR_Malloc");
+}
+
+Status HookArea::fill(KAHookFunc hook, Bytes input, void *parameter, const char *words) {
+    const uint32_t bound = used;
+    isCalled = true;
+    const Status status = hook(input.data(), static_cast<uint32_t>(input.size()), block.get(), &used, parameter);
+    if (status == KACERT_Ok && used <= bound)
+        return KACERT_Ok;
+    used = 0;
+    return KA_FAIL(status != KACERT_Ok ? status : KACERT_InvalidLengthErr, words);
+}
+
+Status callWithCopy(const Hook &hook, Bytes input, uint64_t bound, HookArea &out, const char *words) {
+    KA_PASS(out.open(bound, words));
     void *parameter = nullptr;
     KA_PASS(copyParameter(hook.parameter, static_cast<int32_t>(hook.length), parameter));
-    out.used = static_cast<uint32_t>(bound);
-    out.isCalled = true;
-    const Status status =
-        hook.function(input.data(), static_cast<uint32_t>(input.size()), out.block.get(), &out.used, parameter);
+    const Status status = out.fill(hook.function, input, parameter, words);
     freeParameter(parameter, hook.length);
-    if (status == KACERT_Ok && out.used <= bound)
-        return KACERT_Ok;
-    out.used = 0;
-    return KA_FAIL(status != KACERT_Ok ? status : KACERT_InvalidLengthErr, words);
+    return status;
+}
+
+Status callAsStored(KAHookFunc hook, void *parameter, Bytes input, uint64_t bound, HookArea &out, const char *words) {
+    KA_PASS(out.open(bound, words));
+    return out.fill(hook, input, parameter, words);
 }
 
 } // namespace karil

@@ -66,6 +66,11 @@ public:
 
 private:
     friend Status callWithCopy(const Hook &hook, Bytes input, uint64_t bound, HookArea &out, const char *words);
+    friend Status callAsStored(KAHookFunc hook, void *parameter, Bytes input, uint64_t bound, HookArea &out,
+                               const char *words);
+
+    Status open(uint64_t bound, const char *words);
+    Status fill(KAHookFunc hook, Bytes input, void *parameter, const char *words);
 
     Owned<uint8_t> block;
     size_t size = 0;
@@ -75,5 +80,8 @@ private:
 // The third protocol: one call with a fresh copy of the parameter, which is wiped and freed after it, and with an area
 // that has room beyond its bound. `words`: of a hook that fails. The hook must be there.
 [[nodiscard]] Status callWithCopy(const Hook &hook, Bytes input, uint64_t bound, HookArea &out, const char *words);
+// The same with the parameter as it is stored, which the hook may change for good.
+[[nodiscard]] Status callAsStored(KAHookFunc hook, void *parameter, Bytes input, uint64_t bound, HookArea &out,
+                                  const char *words);
 
 } // namespace karil

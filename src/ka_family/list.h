@@ -24,6 +24,17 @@ template <class Node> [[nodiscard]] Status createNode(NodePtr<Node> &node) {
     return KACERT_Ok;
 }
 
+// The same with room for octets of its own behind it, at `octets`: see placePart().
+template <class Node> [[nodiscard]] Status createNode(NodePtr<Node> &node, uint64_t room, uint8_t *&octets) {
+    if (room > UINT32_MAX - sizeof(Node))
+        return KACERT_MemoryErr;
+    void *record = nullptr;
+    KA_PASS(createRecord(&node, static_cast<uint32_t>(sizeof(Node) + room), record));
+    node.reset(static_cast<Node *>(record));
+    octets = static_cast<uint8_t *>(record) + sizeof(Node);
+    return KACERT_Ok;
+}
+
 // A node that a caller adds, with an object identifier and a value.
 [[nodiscard]] Status copyPair(Anybuf &oid, Bytes oidOctets, Anybuf &value, Bytes valueOctets);
 template <class Node> [[nodiscard]] Status createPair(NodePtr<Node> &node, Bytes oid, Bytes value) {

@@ -65,6 +65,17 @@ template <uint32_t Size> struct Secret {
     ~Secret() { wipe(octets, Size); }
 };
 
+// The same in a block of KA_BLOCK(size), whose octets are null if there was no memory.
+struct SecretBlock {
+    Owned<uint8_t> octets;
+    size_t size;
+
+    SecretBlock(Owned<uint8_t> block, size_t blockSize) : octets(std::move(block)), size(octets ? blockSize : 0) {}
+    ~SecretBlock() { wipe(octets.get(), size); }
+    SecretBlock(const SecretBlock &) = delete;
+    SecretBlock &operator=(const SecretBlock &) = delete;
+};
+
 // KI_ClearAnybuf for a record that holds a key: its bytes are wiped first.
 void clearSecret(Anybuf &record);
 

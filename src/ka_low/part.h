@@ -11,9 +11,13 @@ namespace karil {
 
 constexpr uint32_t FormPart = 0x80000002;
 
+inline bool isPart(const Anybuf &record) {
+    return record.form == FormPart;
+}
+
 // All that frees the data of a record does it here.
 inline void freeData(Anybuf &record) {
-    if (record.data != nullptr && record.form != FormPart)
+    if (record.data != nullptr && !isPart(record))
         KAPR_Free(record.data);
 }
 

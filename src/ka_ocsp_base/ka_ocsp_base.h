@@ -92,6 +92,23 @@ template <auto... Path, class Ctx> Status storeField(Ctx &ctx, Bytes value) {
 // The octets of an exported decoder, kept by the context. They are one element: nothing may follow it.
 [[nodiscard]] Status keepWhole(KeptOctets *&kept, const uint8_t *der, uint32_t length, Element &out);
 
+// Within an exported function's frame: the object into the caller's buffer, which must be there; and an object decoded.
+template <class Ctx>
+[[nodiscard]] Status encodeItem(Ctx *ctx, uint8_t *result, uint32_t *resultLength, Status (*write)(Writer &, Ctx &),
+                                const char *words = InvalidItem) {
+    KA_PASS(checkItems({ctx, result, resultLength}, words));
+    Writer out;
+    KA_PASS(write(out, *ctx));
+    return handOutWhole(out, result, resultLength);
+}
+template <class Ctx>
+[[nodiscard]] Status decodeItem(Ctx *ctx, const uint8_t *der, uint32_t length, Status (*read)(const Element &, Ctx &)) {
+    KA_PASS(checkItems({ctx}));
+    Element whole;
+    KA_PASS(keepWhole(ctx->kept, der, length, whole));
+    return read(whole, *ctx);
+}
+
 // Readers that store what they read. `words`: of an element that is missing.
 [[nodiscard]] Status takeItem(Level &fields, Element &out, const char *words = InvalidItem);
 [[nodiscard]] Status readOid(const Element &element, AlgorithmRecord &out);

@@ -60,6 +60,8 @@ Status writeTbs(Writer &out, const Ctx &ctx) {
 
 // OCSPRequest ::= SEQUENCE { tbsRequest, optionalSignature [0] EXPLICIT signature OPTIONAL }
 Status writeRequest(Writer &out, Ctx &ctx) {
+    if (ctx.hasVersion == 0)
+        return refuseItem();
     const Construct request(out, TagSequence);
     const uint32_t start = out.size();
     KA_PASS(writeTbs(out, ctx));
@@ -175,23 +177,11 @@ int32_t KA_OCSP_SetRequestPrivateAttribute(RequestCtx *ctx, const uint8_t *oid, 
 }
 
 int32_t KA_OCSP_EncodeRequest(RequestCtx *ctx, uint8_t *result, uint32_t *resultLength) {
-    KA_FRAME("KA_OCSP_EncodeRequest");
-    KA_PASS(checkItems({ctx, result, resultLength}));
-    if (ctx->hasVersion == 0)
-        return refuseItem();
-    Writer request;
-    KA_PASS(writeRequest(request, *ctx));
-    KA_PASS(handOutWhole(request, result, resultLength));
-    return KA_DONE();
+    return KA_FRAMED("KA_OCSP_EncodeRequest", encodeItem(ctx, result, resultLength, writeRequest));
 }
 
 int32_t KA_OCSP_DecodeRequest(RequestCtx *ctx, const uint8_t *der, uint32_t length) {
-    KA_FRAME("KA_OCSP_DecodeRequest");
-    KA_PASS(checkItems({ctx}));
-    Element whole;
-    KA_PASS(keepWhole(ctx->kept, der, length, whole));
-    KA_PASS(readRequest(whole, *ctx));
-    return KA_DONE();
+    return KA_FRAMED("KA_OCSP_DecodeRequest", decodeItem(ctx, der, length, readRequest));
 }
 
 int32_t KA_OCSP_GetRequestSingleRequest(RequestCtx *ctx, uint8_t *result, uint32_t *resultLength, uint32_t index) {

@@ -38,6 +38,14 @@ Status writeSingleRequest(Writer &out, Ctx &ctx) {
     return writeCertId(out, ctx.certId);
 }
 
+Status readSingleRequest(const Element &whole, Ctx &ctx) {
+    Level fields;
+    KA_STEP_AS("------------>KAsn1_ReadSequence", readSequence(whole, fields));
+    Element certId;
+    KA_PASS(takeItem(fields, certId));
+    return readCertId(certId, ctx.certId, ctx.isWhole);
+}
+
 } // namespace
 
 } // namespace karil
@@ -72,25 +80,12 @@ int32_t KA_OCSP_SetRequestListHashFunc(RequestListCtx *ctx, KAHookFunc hook, con
 }
 
 int32_t KA_OCSP_EncodeRequestList(RequestListCtx *ctx, uint8_t *result, uint32_t *resultLength) {
-    KA_FRAME("KA_OCSP_EncodeRequestList");
-    KA_PASS(checkItems({ctx, result, resultLength}, "------------>pEncodeRequestList is NULL"));
-    Writer request;
-    KA_PASS(writeSingleRequest(request, *ctx));
-    KA_PASS(handOutWhole(request, result, resultLength));
-    return KA_DONE();
+    return KA_FRAMED("KA_OCSP_EncodeRequestList", encodeItem(ctx, result, resultLength, writeSingleRequest,
+                                                             "------------>pEncodeRequestList is NULL"));
 }
 
 int32_t KA_OCSP_DecodeRequestList(RequestListCtx *ctx, const uint8_t *der, uint32_t length) {
-    KA_FRAME("KA_OCSP_DecodeRequestList");
-    KA_PASS(checkItems({ctx}));
-    Element whole;
-    KA_PASS(keepWhole(ctx->kept, der, length, whole));
-    Level fields;
-    KA_STEP_AS("------------>KAsn1_ReadSequence", readSequence(whole, fields));
-    Element certId;
-    KA_PASS(takeItem(fields, certId));
-    KA_PASS(readCertId(certId, ctx->certId, ctx->isWhole));
-    return KA_DONE();
+    return KA_FRAMED("KA_OCSP_DecodeRequestList", decodeItem(ctx, der, length, readSingleRequest));
 }
 
 int32_t KA_OCSP_GetRequestListAttributeChar(RequestListCtx *ctx, int32_t id, uint8_t *result, uint32_t *resultLength) {

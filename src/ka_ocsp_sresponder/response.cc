@@ -135,12 +135,7 @@ int32_t KA_OCSP_GetResponsePrivateAttribute(void) {
 }
 
 int32_t KA_OCSP_EncodeResponse(ResponseCtx *ctx, uint8_t *result, uint32_t *resultLength) {
-    KA_FRAME("KA_OCSP_EncodeResponse");
-    KA_PASS(checkItems({ctx, result, resultLength}));
-    Writer response;
-    KA_PASS(writeResponse(response, *ctx));
-    KA_PASS(handOutWhole(response, result, resultLength));
-    return KA_DONE();
+    return KA_FRAMED("KA_OCSP_EncodeResponse", encodeItem(ctx, result, resultLength, writeResponse));
 }
 
 int32_t KA_OCSP_DecodeResponse(ResponseCtx *ctx, const uint8_t *der, uint32_t length) {

@@ -280,12 +280,7 @@ int32_t KA_OCSP_EncodeResponseList(ResponseListCtx *ctx, uint8_t *result, uint32
 }
 
 int32_t KA_OCSP_DecodeResponseList(ResponseListCtx *ctx, const uint8_t *der, uint32_t length) {
-    KA_FRAME("KA_OCSP_DecodeResponseList");
-    KA_PASS(checkItems({ctx}));
-    Element whole;
-    KA_PASS(keepWhole(ctx->kept, der, length, whole));
-    KA_PASS(readSingleResponse(whole, *ctx));
-    return KA_DONE();
+    return KA_FRAMED("KA_OCSP_DecodeResponseList", decodeItem(ctx, der, length, readSingleResponse));
 }
 
 int32_t KA_OCSP_GetResponseListAttributeChar(ResponseListCtx *ctx, int32_t id, uint8_t *result,

@@ -39,6 +39,23 @@ struct Group {
     }
 };
 
+// The short form of groups in a row that have characters of the alphabet alone: how many there are at the head of the
+// text, before its last group. Their octets go to the output.
+size_t decodeUsual(Bytes text, uint8_t *output) {
+    const uint8_t *at = text.data();
+    const size_t groups = (text.size() - 1) / 4;
+    for (size_t done = 0; done < groups; ++done, at += 4, output += 3) {
+        const uint32_t values[] = {Values[at[0]], Values[at[1]], Values[at[2]], Values[at[3]]};
+        if ((values[0] | values[1] | values[2] | values[3]) >= Pad)
+            return done;
+        const uint32_t bits = values[0] << 18 | values[1] << 12 | values[2] << 6 | values[3];
+        output[0] = static_cast<uint8_t>(bits >> 16);
+        output[1] = static_cast<uint8_t>(bits >> 8);
+        output[2] = static_cast<uint8_t>(bits);
+    }
+    return groups;
+}
+
 void encodeGroup(uint32_t bits, uint8_t *output) {
     for (uint32_t i = 0; i < 4; ++i)
         output[i] = static_cast<uint8_t>(Alphabet[bits >> (18 - 6 * i) & 63]);
@@ -59,9 +76,18 @@ Status decodeBase64(Bytes text, uint8_t *output, uint32_t *outputLength) {
         return Refused;
     Group group;
     uint8_t *at = output;
-    for (; text.size() > 4; text = text.subspan(4), at += 3) {
+    while (text.size() > 4) {
+        const size_t usual = decodeUsual(text, at);
+        at += 3 * usual;
+        if (usual > 0) {
+            group.take(text.data() + 4 * (usual - 1));
+            text = text.subspan(4 * usual);
+            continue;
+        }
         group.take(text.data());
         group.put(at, 3);
+        text = text.subspan(4);
+        at += 3;
     }
     if (!text.empty()) {
         group.take(text.data());

@@ -52,16 +52,30 @@ bool findBody(Bytes text, Bytes &body) {
     return passDashes(after) && split(after, '-', body, after);
 }
 
+// Copies text without `end`, each part by `copy`.
+template <class Copy> uint8_t *copyParts(Bytes text, uint8_t end, uint8_t *at, Copy copy) {
+    Bytes part;
+    Bytes after;
+    for (; split(text, end, part, after); text = after)
+        at = copy(part, at);
+    return copy(text, at);
+}
+
+uint8_t *copyAll(Bytes text, uint8_t *at) {
+    if (!text.empty())
+        memcpy(at, text.data(), text.size());
+    return at + text.size();
+}
+
+uint8_t *copyLines(Bytes text, uint8_t *at) {
+    return copyParts(text, '\n', at, copyAll);
+}
+
 // Copies the body without its line ends, as far as a zero octet.
 Bytes copyBody(Bytes body, uint8_t *area) {
     Bytes after;
     split(body, 0, body, after);
-    uint8_t *at = area;
-    for (const uint8_t octet : body) {
-        *at = octet;
-        at += octet != '\r' && octet != '\n' ? 1 : 0;
-    }
-    return {area, at};
+    return {area, copyParts(body, '\r', area, copyLines)};
 }
 
 } // namespace

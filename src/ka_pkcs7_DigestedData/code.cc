@@ -2,18 +2,16 @@
 
 namespace karil {
 
-Status digest(const DigestedDataCtx &ctx, Bytes info, Digest &out) {
-    out.length = Digest::Bound;
-    KA_STEP_AS("------>Digest Func is Error", ctx.digestFunc(info.data(), static_cast<uint32_t>(info.size()),
-                                                             out.area.octets, &out.length, ctx.digestFuncParam));
-    if (out.length > Digest::Bound)
-        return KA_FAIL(KACERT_InvalidLengthErr, "------>Digest Func is Error");
-    return KACERT_Ok;
-}
-
 namespace {
 
 using Ctx = DigestedDataCtx;
+
+constexpr uint32_t DigestBound = 200;
+
+// The digest of the whole inner ContentInfo. The hook gets the context's own copy of its parameter.
+Status digest(const Ctx &ctx, Bytes info, HookArea &out) {
+    return callAsStored(ctx.digestFunc, ctx.digestFuncParam, info, DigestBound, out, "------>Digest Func is Error");
+}
 
 // ContentInfo ::= SEQUENCE { contentType OBJECT IDENTIFIER, content [0] EXPLICIT ANY OPTIONAL }
 void writeInfo(Writer &out, const Ctx &ctx) {
@@ -43,7 +41,7 @@ Status writeFields(Writer &out, const Ctx &ctx) {
     KA_STEP_AS("------>KAsn1_WriteSequence", checkBound(out, start, ElementBound));
     if (ctx.digestFunc == nullptr)
         return KA_FAIL(KACERT_InvalidItemErr, "------>Digest Func is null");
-    Digest value;
+    HookArea value;
     KA_PASS(digest(ctx, out.since(start), value));
     out.octetString(value.octets());
     return KACERT_Ok;
@@ -98,7 +96,7 @@ Status verify(Ctx &ctx, Bytes info) {
         ctx.verifyResult = PKCS7_VERDICT_NO_HOOK;
         return KACERT_Ok;
     }
-    Digest value;
+    HookArea value;
     KA_PASS(digest(ctx, info, value));
     ctx.verifyResult = equal(bytesOf(ctx.digest), value.octets()) ? PKCS7_VERDICT_GOOD : PKCS7_VERDICT_BAD;
     return KACERT_Ok;

@@ -30,16 +30,6 @@ void clearContext(Ctx &ctx) {
     ctx.kept = nullptr;
 }
 
-Status setEncrypted(Ctx *ctx, EncryptedContentCtx *content) {
-    KA_PASS(checkArguments({ctx, content}));
-    return takeEncryptedContent(ctx->encryptedContent, content, ctx);
-}
-
-Status getEncrypted(const Ctx *ctx, EncryptedContentCtx **content) {
-    KA_PASS(checkArguments({ctx}));
-    return answerEncryptedContent(ctx->encryptedContent, content);
-}
-
 Status encode(Ctx *ctx, uint8_t *result, uint32_t *resultLength) {
     KA_PASS(checkArguments({ctx, resultLength}));
     Writer out;
@@ -61,17 +51,11 @@ Status open(Ctx &ctx, const uint8_t *der, int32_t length, Element &content) {
     return KA_FAIL(KACERT_InvalidItemErr, "------>KI_MakeSequenceToContent");
 }
 
-// EncryptedData ::= SEQUENCE { version, encryptedContentInfo }
 Status decode(Ctx *ctx, const uint8_t *der, int32_t length) {
     KA_PASS(checkArguments({ctx}));
     Element content;
     KA_PASS(open(*ctx, der, length, content));
-    Level fields;
-    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(content, fields));
-    KA_PASS(takeVersion(fields, KACERT_InvalidItemErr, *ctx));
-    Element field;
-    KA_PASS(takeField(fields, field, KACERT_InvalidItemErr, "------>KACERT_InvalidItemErr"));
-    return readEncrypted(field, ctx->encryptedContent, ctx);
+    return readEncryptedData(content, *ctx);
 }
 
 } // namespace
@@ -91,6 +75,16 @@ Status writeEncryptedData(Writer &out, EncryptedDataCtx &ctx, uint32_t bound) {
     }
     KA_STEP_AS("------>KI_MakeContentToSequence", out.status());
     return KACERT_Ok;
+}
+
+// EncryptedData ::= SEQUENCE { version, encryptedContentInfo }
+Status readEncryptedData(const Element &element, EncryptedDataCtx &ctx) {
+    Level fields;
+    KA_STEP_AS("------>KAsn1_ReadSequence", readSequence(element, fields));
+    KA_PASS(takeVersion(fields, KACERT_InvalidItemErr, ctx));
+    Element field;
+    KA_PASS(takeField(fields, field, KACERT_InvalidItemErr, "------>KACERT_InvalidItemErr"));
+    return readEncrypted(field, ctx.encryptedContent, &ctx);
 }
 
 } // namespace karil
@@ -133,7 +127,7 @@ int32_t KA_PKCS7_GetEncryptedDataAttributeChar(EncryptedDataCtx *ctx, int32_t id
 }
 
 int32_t KA_PKCS7_SetEncrytpedData_EncryptedContent(EncryptedDataCtx *ctx, EncryptedContentCtx *content) {
-    return KA_FRAMED("KA_PKCS7_SetEncrytpedData_EncryptedContent", setEncrypted(ctx, content));
+    return KA_FRAMED("KA_PKCS7_SetEncrytpedData_EncryptedContent", giveEncrypted(ctx, content));
 }
 
 int32_t KA_PKCS7_GetEncrytpedData_EncryptedContent(const EncryptedDataCtx *ctx, EncryptedContentCtx **content) {

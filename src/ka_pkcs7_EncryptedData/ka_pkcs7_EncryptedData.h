@@ -9,5 +9,7 @@ namespace karil {
 
 // ContentInfo { encryptedData }, with an EncryptedContentInfo of at most `bound` octets.
 [[nodiscard]] Status writeEncryptedData(Writer &out, EncryptedDataCtx &ctx, uint32_t bound);
+// The message in a ContentInfo, into a fresh context. Of a kept element the context's records hold parts.
+[[nodiscard]] Status readEncryptedData(const Element &element, EncryptedDataCtx &ctx);
 
 } // namespace karil

@@ -47,16 +47,6 @@ Status getRecipient(const Ctx *ctx, RecipientInfoCtx **recipient, int32_t positi
     return answerHead(ctx->recipients, ctx->recipientsSet == 1, ctx->recipientCount2, position, recipient);
 }
 
-Status setEncrypted(Ctx *ctx, EncryptedContentCtx *content) {
-    KA_PASS(checkArguments({ctx, content}));
-    return takeEncryptedContent(ctx->encryptedContent, content, ctx);
-}
-
-Status getEncrypted(const Ctx *ctx, EncryptedContentCtx **content) {
-    KA_PASS(checkArguments({ctx}));
-    return answerEncryptedContent(ctx->encryptedContent, content);
-}
-
 } // namespace
 
 void clearMessage(EnvelopedDataCtx &ctx) {
@@ -126,7 +116,7 @@ int32_t KA_PKCS7_GetEnvelopedData_RecipientInfoNum(const EnvelopedDataCtx *ctx, 
 }
 
 int32_t KA_PKCS7_SetEnvelopedData_EncryptedContent(EnvelopedDataCtx *ctx, EncryptedContentCtx *content) {
-    return KA_FRAMED("KA_PKCS7_SetEnvelopedData_EncryptedContent", setEncrypted(ctx, content));
+    return KA_FRAMED("KA_PKCS7_SetEnvelopedData_EncryptedContent", giveEncrypted(ctx, content));
 }
 
 int32_t KA_PKCS7_GetEnvelopedData_EncryptedContent(const EnvelopedDataCtx *ctx, EncryptedContentCtx **content) {

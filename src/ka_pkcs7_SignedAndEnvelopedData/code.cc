@@ -78,7 +78,7 @@ Status readFields(const Element &element, Ctx &ctx) {
     KA_PASS(readCertificates(fields, listsOf(ctx), field));
     Level signers;
     KA_PASS(keepSet(field, ctx.signerSet, ctx.signerCount, signers));
-    KA_PASS(readSigners(signers, signersOf(ctx), bytesOf(ctx.contentType.oid), nullptr));
+    KA_PASS(readSigners(signers, signersOf(ctx), keptType(ctx), nullptr));
     ctx.signerInfosSet = 1;
     return KACERT_Ok;
 }

@@ -71,11 +71,6 @@ Status getSigner(const Ctx *ctx, SignerInfoCtx **signer, int32_t position) {
     return answerHead(ctx->signerInfos, ctx->signerInfosSet == 1, ctx->signerCount2, position, signer);
 }
 
-Status getEncrypted(const Ctx *ctx, EncryptedContentCtx **content) {
-    KA_PASS(checkArguments({ctx}));
-    return answerEncryptedContent(ctx->encryptedContent, content);
-}
-
 } // namespace
 
 void clearMessage(SignedAndEnvelopedDataCtx &ctx) {

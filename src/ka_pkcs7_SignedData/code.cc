@@ -14,8 +14,12 @@ void writeInfo(Writer &out, const Ctx &ctx) {
     const Bytes content = bytesOf(ctx.content);
     const Construct info(out, TagSequence, content.size() + type.size() + 14);
     out.objectId(type);
-    if (!content.empty() && type.size() == ContentTypeSize)
-        writeTaggedContent(out, isContentType(type, PKCS7_TYPE_DATA), content);
+    if (content.empty() || type.size() != ContentTypeSize)
+        return;
+    const Construct tagged(out, taggedSet(0), content.size() + 6);
+    if (isContentType(type, PKCS7_TYPE_DATA))
+        out.head(TagOctetString, content.size());
+    out.apart(content);
 }
 
 // SignedData ::= SEQUENCE { version, digestAlgorithms, contentInfo, [0] certificates OPTIONAL, [1] crls OPTIONAL,
@@ -28,13 +32,6 @@ Status writeFields(Writer &out, Ctx &ctx) {
     return writeSignerSet(out, signersOf(ctx));
 }
 
-// What must be there before signers are given anything.
-Status checkFields(const Ctx &ctx) {
-    if (ctx.versionSet == 0 || ctx.contentSet == 0 || ctx.contentType.oid.length == 0)
-        return KA_FAIL(KACERT_InvalidItemErr, "------>KACERT_InvalidItemErr");
-    return KACERT_Ok;
-}
-
 Status encode(Ctx *ctx, uint8_t *result, uint32_t *resultLength) {
     KA_PASS(checkArguments({ctx, resultLength}));
     if (ctx->encoded.length > 0) {
@@ -42,18 +39,10 @@ Status encode(Ctx *ctx, uint8_t *result, uint32_t *resultLength) {
         return KACERT_Ok;
     }
     KA_PASS(checkFields(*ctx));
-    if (giveContent(signersOf(*ctx), bytesOf(ctx->contentType.oid), sharedContentOf(*ctx)) != KACERT_Ok)
+    if (giveSigners(*ctx) != KACERT_Ok)
         return answerNothing(resultLength);
-    const uint64_t expected = uint64_t{ctx->content.length} + sizeOfCertificates(listsOf(*ctx)) +
-                              uint64_t{ctx->signerCount} * SignerSize + 256;
     Writer out;
-    out.reserve(expected);
-    {
-        const ContentFrame frame(out, contentTypeOid(PKCS7_TYPE_SIGNEDDATA), expected);
-        const Construct message(out, TagSequence, expected);
-        KA_PASS(writeFields(out, *ctx));
-    }
-    KA_STEP_AS("------>KI_MakeContentToSequence", out.status());
+    KA_PASS(writeSignedData(out, *ctx));
     return handOut(out, result, resultLength);
 }
 
@@ -84,7 +73,7 @@ Status readFields(const Element &element, Ctx &ctx) {
     uint32_t count = 0;
     KA_PASS(keepSet(field, ctx.signerSet, count, signers));
     const SharedContent content = sharedContentOf(ctx);
-    KA_PASS(readSigners(signers, signersOf(ctx), bytesOf(ctx.contentType.oid), &content));
+    KA_PASS(readSigners(signers, signersOf(ctx), keptType(ctx), &content));
     ctx.signerInfosSet = 1;
     return KACERT_Ok;
 }
@@ -99,6 +88,29 @@ Status decode(Ctx *ctx, const uint8_t *der, int32_t length) {
 }
 
 } // namespace
+
+Status checkFields(const SignedDataCtx &ctx) {
+    if (ctx.versionSet == 0 || ctx.contentSet == 0 || ctx.contentType.oid.length == 0)
+        return KA_FAIL(KACERT_InvalidItemErr, "------>KACERT_InvalidItemErr");
+    return KACERT_Ok;
+}
+
+Status giveSigners(SignedDataCtx &ctx) {
+    return giveContent(signersOf(ctx), bytesOf(ctx.contentType.oid), sharedContentOf(ctx));
+}
+
+Status writeSignedData(Writer &out, SignedDataCtx &ctx) {
+    const uint64_t besides = sizeOfCertificates(listsOf(ctx)) + SignerSize;
+    const uint64_t expected = ctx.content.length + besides;
+    out.reserve(besides);
+    {
+        const ContentFrame frame(out, contentTypeOid(PKCS7_TYPE_SIGNEDDATA), expected);
+        const Construct message(out, TagSequence, expected);
+        KA_PASS(writeFields(out, ctx));
+    }
+    KA_STEP_AS("------>KI_MakeContentToSequence", out.status());
+    return KACERT_Ok;
+}
 
 } // namespace karil
 

@@ -1,4 +1,4 @@
-// SignedData: the context, encoding and decoding.
+// SignedData: the context, encoding and decoding; and what other folders use of it.
 #pragma once
 
 #include "karil/pkcs7_signed.h"
@@ -13,5 +13,12 @@ inline SignerList signersOf(SignedDataCtx &ctx) {
 
 // Empties the context.
 void clearMessage(SignedDataCtx &ctx);
+
+// What must be there before signers are given anything: version, content and its type.
+[[nodiscard]] Status checkFields(const SignedDataCtx &ctx);
+// Gives each signer the content and its type; the message is written after that.
+[[nodiscard]] Status giveSigners(SignedDataCtx &ctx);
+// ContentInfo { signedData }
+[[nodiscard]] Status writeSignedData(Writer &out, SignedDataCtx &ctx);
 
 } // namespace karil

@@ -235,14 +235,15 @@ void destroySigner(SignerInfoCtx *ctx); // not the next one
 void clearSigner(SignerInfoCtx &ctx);   // of all that decoding fills
 using SignerPtr = std::unique_ptr<SignerInfoCtx, By<destroySigner>>;
 [[nodiscard]] Status createSigner(SignerPtr &out);
-// What a message hands to a signer, ids 15 and 16. The type is copied, the content is shared, or left if it is null.
-[[nodiscard]] Status lendContent(SignerInfoCtx &ctx, Bytes contentType, const SharedContent *content);
+// What a message hands to a signer, ids 15 and 16. The type is copied, or a part if it is kept; the content is shared,
+// or left if it is null.
+[[nodiscard]] Status lendContent(SignerInfoCtx &ctx, const Element &contentType, const SharedContent *content);
 [[nodiscard]] Status writeSigner(Writer &out, SignerInfoCtx &ctx, uint32_t bound);
 [[nodiscard]] Status readSigner(const Element &element, SignerInfoCtx &ctx);
 using SignerList = MemberList<SignerInfoCtx>;
 // The contexts of a SET's elements, each with the message's content type and content; see lendContent(). What was read
 // before a failure stays in the list.
-[[nodiscard]] Status readSigners(Level set, SignerList list, Bytes contentType, const SharedContent *content);
+[[nodiscard]] Status readSigners(Level set, SignerList list, const Element &contentType, const SharedContent *content);
 inline void clearSigners(SignerList list) {
     clearMembers<destroySigner>(list);
 }

@@ -161,8 +161,11 @@ void writeAttributes(Writer &out, uint8_t tag, const AttributeRecord *head) {
 
 Status addAttribute(AttributeList list, int32_t kind, Bytes oid, Bytes value) {
     NodePtr<AttributeRecord> node;
-    KA_PASS(createNode(node));
-    KA_PASS(copyPair(node->oid, oid, node->value, value));
+    uint8_t *octets = nullptr;
+    KA_PASS(createNode(node, uint64_t{oid.size()} + value.size(), octets));
+    node->oid.tag = TagObjectId;
+    octets = placePart(node->oid, oid, octets);
+    placePart(node->value, value, octets);
     node->kind = kind;
     appendAttribute(list, std::move(node));
     return KACERT_Ok;

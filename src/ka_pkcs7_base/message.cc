@@ -101,7 +101,7 @@ Status keepSet(const Element &set, Anybuf *&first, uint32_t &count, Level &eleme
 Status giveContent(SignerList list, Bytes contentType, const SharedContent &content) {
     SignerInfoCtx *ctx = list.first;
     for (uint32_t i = 0; i < list.count && ctx != nullptr; ++i, ctx = ctx->next)
-        KA_PASS(lendContent(*ctx, contentType, &content));
+        KA_PASS(lendContent(*ctx, {TagObjectId, contentType}, &content));
     return KACERT_Ok;
 }
 

@@ -139,6 +139,11 @@ template <class Ctx> SharedContent sharedContentOf(const Ctx &ctx) {
     return {ctx.sharedContent, bytesOf(ctx.content)};
 }
 
+// The content type of a message that was decoded, as long as it keeps that.
+template <class Ctx> Element keptType(const Ctx &ctx) {
+    return {TagObjectId, bytesOf(ctx.contentType.oid), true};
+}
+
 // [0] certificates OPTIONAL, [1] crls OPTIONAL
 struct Certificates {
     uint8_t &certificatesSet;
@@ -173,7 +178,16 @@ constexpr uint32_t SignerSize = 1024;
 
 // Hands an encrypted content over to a message that has none.
 [[nodiscard]] Status takeEncryptedContent(EncryptedContentCtx *&field, EncryptedContentCtx *given, const void *message);
+template <class Ctx> [[nodiscard]] Status giveEncrypted(Ctx *ctx, EncryptedContentCtx *content) {
+    KA_PASS(checkArguments({ctx, content}));
+    return takeEncryptedContent(ctx->encryptedContent, content, ctx);
+}
+// Stores it, if there is one.
 [[nodiscard]] Status answerEncryptedContent(EncryptedContentCtx *field, EncryptedContentCtx **out);
+template <class Ctx> [[nodiscard]] Status getEncrypted(const Ctx *ctx, EncryptedContentCtx **out) {
+    KA_PASS(checkArguments({ctx}));
+    return answerEncryptedContent(ctx->encryptedContent, out);
+}
 // Writes it with the message's content type and content.
 [[nodiscard]] Status writeEncrypted(Writer &out, EncryptedContentCtx &encrypted, Bytes contentType, Bytes content,
                                     uint32_t bound);

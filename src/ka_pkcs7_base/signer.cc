@@ -172,13 +172,14 @@ void destroySigner(SignerInfoCtx *ctx) {
     KAPR_Free(ctx);
 }
 
-Status lendContent(SignerInfoCtx &ctx, Bytes contentType, const SharedContent *content) {
-    KA_STEP_AS("------>KA_PKCS7_SetSignerInfoAttributeChar", setContentType(ctx, contentType));
+Status lendContent(SignerInfoCtx &ctx, const Element &contentType, const SharedContent *content) {
+    KA_STEP_AS("------>KA_PKCS7_SetSignerInfoAttributeChar", store(ctx.contentType, contentType));
+    ctx.contentTypeSet = 1;
     noteSet(ctx);
     if (content == nullptr)
         return KACERT_Ok;
     // A content of no octets is there all the same.
-    setPart(ctx.content, content->octets.empty() ? contentType.first(0) : content->octets, TagOctetString);
+    setPart(ctx.content, content->octets.empty() ? contentType.bytes.first(0) : content->octets, TagOctetString);
     SharedOctets *block = holdContent(content->block);
     releaseContent(ctx.messageContent);
     ctx.messageContent = block;

@@ -228,7 +228,7 @@ Status readSigner(const Element &element, SignerInfoCtx &ctx) {
     return fields.empty() ? KACERT_Ok : readUnauthenticated(fields.take(), ctx);
 }
 
-Status readSigners(Level set, SignerList list, Bytes contentType, const SharedContent *content) {
+Status readSigners(Level set, SignerList list, const Element &contentType, const SharedContent *content) {
     while (!set.empty()) {
         SignerPtr ctx;
         KA_PASS(createSigner(ctx));

@@ -6,6 +6,7 @@
 #include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/pem.h>
+#include <openssl/provider.h>
 #include <openssl/rsa.h>
 #include <openssl/x509v3.h>
 
@@ -102,6 +103,16 @@ inline Octets pemOf(const char *name, const Octets &der) {
     char *data = nullptr;
     const long size = BIO_get_mem_data(out.get(), &data);
     return Octets(data, data + size);
+}
+// libcrypto with its old ciphers, in a context of its own.
+inline OSSL_LIB_CTX *legacy() {
+    static OSSL_LIB_CTX *const context = [] {
+        OSSL_LIB_CTX *made = OSSL_LIB_CTX_new();
+        EXPECT_NE(OSSL_PROVIDER_load(made, "default"), nullptr);
+        EXPECT_NE(OSSL_PROVIDER_load(made, "legacy"), nullptr);
+        return made;
+    }();
+    return context;
 }
 // All of the ca-certificates package, in DER.
 inline const std::vector<Octets> &systemCertificates() {

@@ -1,15 +1,20 @@
 #include "rows.h"
 
-#include <algorithm>
 #include <cctype>
 #include <fstream>
 #include <set>
+#include <stdexcept>
 
 namespace karil_test {
 
 namespace {
 
 using Names = std::map<std::string, Octets, std::less<>>;
+
+void demand(bool holds, const std::string &what) {
+    if (!holds)
+        throw std::invalid_argument(what);
+}
 
 std::string trimmed(std::string_view text) {
     const size_t first = text.find_first_not_of(' ');
@@ -35,11 +40,10 @@ std::vector<std::string> split(std::string_view text, char separator) {
     return parts;
 }
 
-// Octets in the notation of rows.h. `isGood` goes down at the first fault.
+// Octets in the notation of rows.h.
 struct OctetText {
     std::string_view rest;
     const Names &names;
-    bool isGood = true;
 
     char peek() {
         rest.remove_prefix(std::min(rest.find_first_not_of(' '), rest.size()));
@@ -64,81 +68,68 @@ struct OctetText {
     }
     Octets sequence(char end) {
         Octets all;
-        while (isGood && peek() != end)
+        while (peek() != end)
             one(all);
         if (end != '\0')
-            isGood = isGood && take(end);
+            take(end);
         return all;
     }
     void one(Octets &all) {
         if (take('"')) {
             const size_t end = rest.find('"');
-            isGood = end != rest.npos;
+            demand(end != rest.npos, "a quote that stays open");
             all = cat({all, text(takeFirst(end))});
             takeFirst(1);
         } else if (take('(')) {
             const Octets unit = sequence(')');
-            isGood = isGood && take('*') && isNumber(peek());
-            for (int i = isGood ? std::stoi(std::string(takeName())) : 0; i > 0; --i)
+            demand(take('*'), "a group without a count");
+            for (int i = std::stoi(std::string(takeName())); i > 0; --i)
                 all = cat({all, unit});
         } else if (take('$')) {
             const auto named = names.find(takeName());
-            isGood = named != names.end();
-            if (isGood)
-                all = cat({all, named->second});
+            demand(named != names.end(), "a name that nothing defines");
+            all = cat({all, named->second});
         } else if (!all.empty() && take('{')) {
             const uint8_t tag = all.back();
             all.pop_back();
             all = cat({all, tlv(tag, sequence('}'))});
         } else {
             const std::string pair(takeFirst(2));
-            isGood = pair.size() == 2 && pair.find_first_not_of("0123456789ABCDEF") == pair.npos;
-            if (isGood)
-                all.push_back(static_cast<uint8_t>(std::stoi(pair, nullptr, 16)));
+            demand(pair.size() == 2 && pair.find_first_not_of("0123456789ABCDEF") == pair.npos, "no octet: " + pair);
+            all.push_back(static_cast<uint8_t>(std::stoi(pair, nullptr, 16)));
         }
     }
-    static bool isNumber(char c) { return c >= '0' && c <= '9'; }
 };
 
-bool parseOctets(std::string_view octets, const Names &names, Octets &out) {
-    OctetText text{octets, names};
-    out = text.sequence('\0');
-    return text.isGood;
-}
-
 struct File {
-    std::map<std::string, std::vector<Row>> sections;
+    std::map<std::string, std::vector<Row>> sections = {};
     std::shared_ptr<Names> names = std::make_shared<Names>();
-    std::string fault;
-    std::string section;
-    std::vector<std::string> columns;
+    std::vector<std::string> columns = {};
+    std::vector<Row> *section = nullptr;
 
-    bool addHeader(const std::string &line) {
-        const size_t end = line.find(']');
-        if (end == line.npos)
-            return false;
-        section = line.substr(1, end - 1);
-        columns = split(line.substr(end + 1), '|');
-        const std::set<std::string> different(columns.begin(), columns.end());
-        return different.count("") == 0 && different.size() == columns.size() && sections.try_emplace(section).second;
-    }
-    bool addName(const std::string &line) {
-        const size_t end = line.find('=');
-        Octets octets;
-        return parseOctets(std::string_view(line).substr(end + 1), *names, octets) &&
-               names->emplace(trimmed(line.substr(1, end - 1)), octets).second;
-    }
-    bool addCases(const std::string &line, const std::string &place) {
-        for (const std::string &one : split(line, ';')) {
-            const std::vector<std::string> fields = split(one, '|');
-            if (section.empty() || fields.size() != columns.size())
-                return false;
-            Row row = {place + one, {}, names};
-            for (size_t i = 0; i < fields.size(); ++i)
-                row.fields[columns[i]] = fields[i];
-            sections[section].push_back(row);
+    void take(const std::string &line, const std::string &place) {
+        if (line[0] == '[') {
+            const size_t end = line.find(']');
+            demand(end != line.npos, place + "no end of the section's name");
+            columns = split(line.substr(end + 1), '|');
+            demand(std::set<std::string>(columns.begin(), columns.end()).size() == columns.size(), place + "columns");
+            const auto [added, isNew] = sections.try_emplace(line.substr(1, end - 1));
+            demand(isNew, place + "the section is there already");
+            section = &added->second;
+        } else if (line[0] == '$' && line.find('=') < line.find('|')) {
+            const size_t end = line.find('=');
+            OctetText octets = {std::string_view(line).substr(end + 1), *names};
+            demand(names->emplace(trimmed(line.substr(1, end - 1)), octets.sequence('\0')).second,
+                   place + "named twice");
+        } else {
+            for (const std::string &one : split(line, ';')) {
+                const std::vector<std::string> fields = split(one, '|');
+                demand(section != nullptr && fields.size() == columns.size(), place + "other columns than its section");
+                Row &row = section->emplace_back(Row{place + one, {}, names});
+                for (size_t i = 0; i < fields.size(); ++i)
+                    row.fields[columns[i]] = fields[i];
+            }
         }
-        return true;
     }
 };
 
@@ -147,20 +138,12 @@ File readFile(const std::string &family, std::istream &stream) {
     int number = 0;
     for (std::string line; std::getline(stream, line);) {
         const std::string place = family + ".txt:" + std::to_string(++number) + ' ';
-        if (line.empty() || line[0] == '#')
-            continue;
-        const bool isName = line[0] == '$' && line.find('=') < line.find('|');
-        const bool isGood = line[0] == '[' ? file.addHeader(line)
-                            : isName       ? file.addName(line)
-                                           : file.addCases(line, place);
-        if (!isGood)
-            file.fault += place + "cannot be taken: " + line + '\n';
+        if (!line.empty() && line[0] != '#')
+            file.take(line, place);
     }
-    if (file.sections.empty())
-        file.fault += family + ".txt is missing or empty\n";
+    demand(!file.sections.empty(), family + ".txt is missing or empty");
     for (const auto &[name, rows] : file.sections)
-        if (rows.empty())
-            file.fault += family + ".txt: no case in " + name + '\n';
+        demand(!rows.empty(), family + ".txt: no case in " + name);
     return file;
 }
 
@@ -172,21 +155,13 @@ std::set<std::pair<std::string, std::string>> &registered() {
 } // namespace
 
 const std::string &Row::operator()(std::string_view column) const {
-    static const std::string none;
     const auto found = fields.find(column);
-    if (found == fields.end()) {
-        ADD_FAILURE() << place << ": there is no column " << column;
-        return none;
-    }
-    read[found->first] = true;
+    demand(found != fields.end(), place + ": there is no column " + std::string(column));
     return found->second;
 }
 
 Octets Row::parse(std::string_view octets) const {
-    Octets out;
-    if (!parseOctets(octets, *names, out))
-        ADD_FAILURE() << place << ": no octets: " << octets;
-    return out;
+    return OctetText{octets, *names}.sequence('\0');
 }
 
 std::string Row::hex(std::string_view column) const {
@@ -198,10 +173,8 @@ std::string Row::hex(std::string_view column) const {
 int64_t Row::wide(std::string_view column) const {
     const std::string &field = (*this)(column);
     size_t end = 0;
-    const bool isNumber = !field.empty() && field.find_first_not_of("-x0123456789ABCDEF") == field.npos;
-    const int64_t value = isNumber ? std::stoll(field, &end, 0) : 0;
-    if (end != field.size() || !isNumber)
-        ADD_FAILURE() << place << ": no number in " << column;
+    const int64_t value = std::stoll(field, &end, 0);
+    demand(end == field.size(), place + ": no number in " + std::string(column));
     return value;
 }
 
@@ -222,17 +195,10 @@ std::vector<std::pair<std::string, Octets>> Row::settings(std::string_view colum
 
 std::vector<Row> rowsOf(const std::string &family, const std::string &section) {
     std::ifstream stream(std::string(KARIL_VECTORS) + "/" + family + ".txt");
-    File file = readFile(family, stream);
-    if (!file.fault.empty() || file.sections.count(section) == 0) {
-        ADD_FAILURE() << family << ".txt, section " << section << '\n' << file.fault;
-        return {};
-    }
-    return file.sections[section];
+    return readFile(family, stream).sections.at(section);
 }
 
 void runRows(const std::string &family, const std::string &section, void (*body)(const Row &), const Sweep *how) {
-    std::set<std::string> unread;
-    std::set<std::string> read = {"name"};
     bool isFailed = how == nullptr;
     for (const Row &row : rowsOf(family, section)) {
         SCOPED_TRACE(row.place);
@@ -240,27 +206,17 @@ void runRows(const std::string &family, const std::string &section, void (*body)
             isFailed = sweep([&] { body(row); }, *how) || isFailed;
         else
             body(row);
-        for (const auto &[column, field] : row.fields)
-            unread.insert(column);
-        for (const auto &[column, isRead] : row.read)
-            read.insert(column);
     }
     EXPECT_TRUE(isFailed) << "no case allocates";
-    for (const std::string &column : unread)
-        EXPECT_EQ(read.count(column), 1u) << family << ".txt: " << section << " never looks at " << column;
 }
 
 bool addSection(const char *family, const char *section) {
     return registered().emplace(family, section).second;
 }
 
-std::string faultOf(const std::string &family, std::istream &stream) {
-    const File file = readFile(family, stream);
-    std::string fault = file.fault;
-    for (const auto &[section, rows] : file.sections)
-        if (registered().count({family, section}) == 0)
-            fault += family + ".txt: nothing reads " + section + '\n';
-    return fault;
+void checkFile(const std::string &family, std::istream &stream) {
+    for (const auto &[section, rows] : readFile(family, stream).sections)
+        demand(registered().count({family, section}) == 1, family + ".txt: nothing reads " + section);
 }
 
 } // namespace karil_test

@@ -14,12 +14,11 @@
 
 namespace karil_test {
 
-// One case. A column that the section lacks and a field that cannot be read are failures of the test.
+// One case. A column that the section lacks and a field that cannot be read throw.
 struct Row {
     std::string place; // file and line, for messages
     std::map<std::string, std::string, std::less<>> fields;
     std::shared_ptr<std::map<std::string, Octets, std::less<>>> names;
-    mutable std::map<std::string, bool, std::less<>> read = {};
 
     const std::string &operator()(std::string_view column) const;
     Octets octets(std::string_view column) const { return parse((*this)(column)); }
@@ -33,14 +32,13 @@ struct Row {
     int64_t wide(std::string_view column) const;
 };
 
-// The cases of a section; none, and a failure, if the file cannot be taken as it stands.
+// The cases of a section.
 std::vector<Row> rowsOf(const std::string &family, const std::string &section);
-// Runs the test's body on each case, under failing allocations if `how` is given. A column that no case looked at is a
-// failure.
+// Runs the test's body on each case, under failing allocations if `how` is given.
 void runRows(const std::string &family, const std::string &section, void (*body)(const Row &), const Sweep *how);
 bool addSection(const char *family, const char *section);
-// What is wrong with a family's file, or nothing. Sections that no test takes are wrong, too.
-std::string faultOf(const std::string &family, std::istream &stream);
+// Throws if a file cannot be taken as it stands, or has a section that no test takes.
+void checkFile(const std::string &family, std::istream &stream);
 
 // Takes the steps of a column on a context, "id=octets" or "int id=number"; all but the last must succeed. The status
 // of the last.

@@ -28,6 +28,23 @@ inline void *newBlock(size_t size) {
     return block;
 }
 
+// No strict prefix decodes. Each octet becomes one that makes a length lie or a tag another, or 80 is put before it.
+inline void cutAndChange(const Octets &der, int32_t (*decode)(Bytes)) {
+    EXPECT_EQ(decode(der), KACERT_Ok);
+    for (size_t size = 1; size < der.size(); ++size)
+        EXPECT_NE(decode(Bytes(der).first(size)), KACERT_Ok) << size;
+    for (size_t at = 0; at < der.size(); ++at) {
+        Octets changed = der;
+        for (const uint8_t value : hex("00 30 7F 81 84 FF 80")) {
+            changed[at] = value;
+            decode(changed);
+        }
+        if (at + 1 < der.size())
+            changed[at + 1] = der[at];
+        decode(changed);
+    }
+}
+
 // Puts the process into a time zone while it lives.
 struct Zone {
     const char *before = std::getenv("TZ");

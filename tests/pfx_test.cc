@@ -1,0 +1,307 @@
+// PFX files: what is read of them, and both ways with libcrypto.
+#include "crypto.h"
+#include "rows.h"
+
+#include <openssl/pkcs12.h>
+
+using namespace karil_test;
+
+namespace {
+
+using PfxPtr = std::unique_ptr<PfxCtx, By<KA_PKCS12_DestroyDecodePFX>>;
+PfxPtr created() {
+    PfxCtx *ctx = nullptr;
+    TRIED(KA_PKCS12_CreateDecodePfx(&ctx));
+    return PfxPtr(ctx);
+}
+int32_t decode(PfxCtx &ctx, std::string_view password, Bytes der, int32_t *verdict) {
+    const Exact exact(der);
+    const Bytes secret = bytesOf(password);
+    return TRIED(KA_PKCS12_DecodePFX(&ctx, secret.data(), lengthOf(secret), exact.data(), lengthOf(der), verdict));
+}
+Octets encode(PfxCtx &ctx, std::string_view password, int32_t *status = nullptr) {
+    const Bytes secret = bytesOf(password);
+    uint32_t length = 0;
+    int32_t result = TRIED(KA_PKCS12_EncodePFX(&ctx, secret.data(), lengthOf(secret), nullptr, &length));
+    Octets der(result == KACERT_Ok ? length : 0);
+    if (result == KACERT_Ok)
+        result = TRIED(KA_PKCS12_EncodePFX(&ctx, secret.data(), lengthOf(secret), der.data(), &length));
+    EXPECT_EQ(length, sizeOf(der));
+    if (status != nullptr)
+        *status = result;
+    return der;
+}
+
+// "2A 05=05 00" for each attribute, as `get` answers it by index.
+template <class Get> std::string attributes(uint32_t count, const Get &get) {
+    uint8_t name[64], value[256];
+    uint32_t nameLength = 12345, valueLength = 12345;
+    std::string all;
+    for (const int32_t none : {-1, 0, static_cast<int32_t>(count) + 1})
+        EXPECT_EQ(get(name, &nameLength, value, &valueLength, none), KACERT_Ok);
+    EXPECT_EQ(nameLength + valueLength, 24690u);
+    for (int32_t i = 1; i <= static_cast<int32_t>(count); ++i) {
+        EXPECT_EQ(get(name, &nameLength, value, &valueLength, i), KACERT_Ok);
+        all += ' ' + toHex(name, nameLength) + '=' + toHex(value, valueLength);
+    }
+    return all;
+}
+std::string quoted(const Octets &octets) {
+    return '"' + std::string(octets.begin(), octets.end()) + '"';
+}
+Octets certificate(PfxCtx &ctx, int32_t index) {
+    uint32_t length = 0;
+    EXPECT_EQ(KA_PKCS12_GetCertificate(&ctx, nullptr, &length, index), KACERT_Ok);
+    Octets octets(length);
+    EXPECT_EQ(KA_PKCS12_GetCertificate(&ctx, octets.data(), &length, index), KACERT_Ok);
+    return octets;
+}
+Octets key(PfxCtx &ctx) {
+    uint32_t length = 0;
+    EXPECT_EQ(KA_PKCS12_GetPrivateKey(&ctx, nullptr, &length), KACERT_Ok);
+    Octets octets(length);
+    EXPECT_EQ(KA_PKCS12_GetPrivateKey(&ctx, octets.data(), &length), KACERT_Ok);
+    return octets;
+}
+std::string held(PfxCtx &ctx) {
+    std::string all;
+    int32_t index = 0;
+    for (const PfxCertificate *node = ctx.firstCertificate; node != nullptr; node = node->next) {
+        all += (all.empty() ? "" : ", ") + quoted(certificate(ctx, ++index));
+        all += attributes(node->attributeCount, [&](auto *n, auto *nSize, auto *v, auto *vSize, int32_t at) {
+            return KA_PKCS12_GetCertificateBag_Attribute(&ctx, n, nSize, v, vSize, index, at);
+        });
+    }
+    EXPECT_EQ(index, static_cast<int32_t>(ctx.certificateCount));
+    const auto of = [&](auto get, uint32_t count, const char *words) {
+        const std::string found = attributes(count, [&](auto... out) { return get(&ctx, out...); });
+        return count > 0 ? words + found : found;
+    };
+    if (ctx.privateKey.data != nullptr)
+        all += (all.empty() ? "key " : ", key ") + quoted(key(ctx));
+    return all + of(KA_PKCS12_GetPrivateKey_Attribute, ctx.keyAttributeCount, ", in it") +
+           of(KA_PKCS12_GetPrivateKeyBag_Attribute, ctx.bagAttributeCount, ", beside");
+}
+
+SWEPT_ROWS(Pfx, Decode, {KACERT_MemoryErr}, false) {
+    const PfxPtr ctx = created();
+    const Octets der = seq({hex("02 01 03"),
+                            seq({oid("2A 86 48 86 F7 0D 01 07 01"), tlv(0xA0, tlv(0x04, seq({row.octets("infos")})))}),
+                            row.parse("$Mac")});
+    int32_t verdict = 0;
+    EXPECT_EQ(decode(*ctx, "pw", der, &verdict), row.number("status"));
+    EXPECT_EQ(held(*ctx), row("holds"));
+}
+
+SWEPT_ROWS(Pfx, Verdict) {
+    const PfxPtr ctx = created();
+    int32_t verdict = 7;
+    EXPECT_EQ(decode(*ctx, "pw", row.octets("der"), &verdict), row.number("status"));
+    EXPECT_EQ(verdict, row.number("verdict"));
+}
+
+constexpr std::string_view FriendlyName("\x2A\x86\x48\x86\xF7\x0D\x01\x09\x14", 9);
+constexpr std::string_view Ann("\x1E\x06\0A\0n\0n", 8);
+
+// What a PFX of libcrypto's is made of, and how it is read back.
+struct Identity {
+    Pkey key = keyOf(keyPair().secret);
+    Octets keyDer = derOf(i2d_PrivateKey, key.get());
+    Octets der;
+    Ssl<X509_free> x509;
+
+    Identity() {
+        const CertPtr cert = filled<CertEncodeCtx>(signBySha1, &keyPair().secret, sizeof keyPair().secret);
+        set(*cert, CERT_SUBJECTPUBLICKEYINFO, publicKeyOf(key));
+        der = karil_test::encode(*cert);
+        x509 = parsed<d2i_X509, X509_free>(der);
+    }
+};
+const Identity &identity() {
+    static const Identity one;
+    return one;
+}
+using P12 = Ssl<PKCS12_free>;
+P12 read(const Octets &der) {
+    PKCS12 *p12 = PKCS12_init_ex(NID_pkcs7_data, legacy(), nullptr);
+    const uint8_t *at = der.data();
+    d2i_PKCS12(&p12, &at, static_cast<long>(der.size()));
+    return P12(p12);
+}
+bool add(PfxCtx &ctx, std::string_view name, std::string_view value, int32_t index) {
+    const Bytes n = bytesOf(name), v = bytesOf(value);
+    return KA_PKCS12_SetCertificateBag_Attribute(&ctx, n.data(), lengthOf(n), v.data(), lengthOf(v), index) == 0;
+}
+
+// Three certificates with names, as libcrypto reads them.
+TEST(Pfx, ReadByLibcrypto) {
+    const PfxPtr ctx = created();
+    const Bytes name = bytesOf(FriendlyName), ann = bytesOf(Ann);
+    EXPECT_EQ(KA_PKCS12_SetPrivateKey(ctx.get(), identity().keyDer.data(), lengthOf(identity().keyDer)), KACERT_Ok);
+    EXPECT_EQ(KA_PKCS12_SetPrivateKeyBag_Attribute(ctx.get(), name.data(), 9, ann.data(), 8), KACERT_Ok);
+    EXPECT_FALSE(add(*ctx, FriendlyName, Ann, 1)) << "there is no certificate";
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(KA_PKCS12_SetCertificate(ctx.get(), identity().der.data(), lengthOf(identity().der)), KACERT_Ok);
+    EXPECT_TRUE(add(*ctx, FriendlyName, Ann, 0) && add(*ctx, FriendlyName, Ann, 9) && !add(*ctx, "", Ann, -1));
+    const P12 p12 = read(encode(*ctx, "secret"));
+    EXPECT_EQ(PKCS12_verify_mac(p12.get(), "secret", -1), 1);
+    EXPECT_EQ(PKCS12_verify_mac(p12.get(), "Secret", -1), 0);
+    EVP_PKEY *key = nullptr;
+    X509 *cert = nullptr;
+    STACK_OF(X509) *others = nullptr;
+    ASSERT_EQ(PKCS12_parse(p12.get(), "secret", &key, &cert, &others), 1);
+    const Pkey ownedKey(key);
+    const Ssl<X509_free> ownedCert(cert);
+    EXPECT_TRUE(EVP_PKEY_eq(key, identity().key.get()) == 1 && sk_X509_num(others) == 2);
+    std::string names;
+    for (X509 *one : {cert, sk_X509_value(others, 0), sk_X509_value(others, 1)}) {
+        EXPECT_EQ(X509_cmp(one, identity().x509.get()), 0);
+        const uint8_t *alias = X509_alias_get0(one, nullptr);
+        names += alias != nullptr ? reinterpret_cast<const char *>(alias) : "-";
+    }
+    EXPECT_EQ(names, "Ann-Ann");
+    sk_X509_pop_free(others, X509_free);
+    ERR_clear_error();
+}
+
+// With all six algorithms, rounds of 1 and 2,048, with and without a name. libcrypto takes a key of 16 octets for the
+// MAC by MD5, so that it is no match.
+TEST(Pfx, WrittenByLibcrypto) {
+    for (const int algorithm :
+         {NID_pbe_WithSHA1And128BitRC4, NID_pbe_WithSHA1And40BitRC4, NID_pbe_WithSHA1And3_Key_TripleDES_CBC,
+          NID_pbe_WithSHA1And2_Key_TripleDES_CBC, NID_pbe_WithSHA1And128BitRC2_CBC, NID_pbe_WithSHA1And40BitRC2_CBC})
+        for (const bool isFirst : {true, false}) {
+            const P12 p12(PKCS12_create_ex("secret", isFirst ? "Ann" : nullptr, identity().key.get(),
+                                           identity().x509.get(), nullptr, algorithm, algorithm, isFirst ? 1 : 2048, -1,
+                                           0, legacy(), nullptr));
+            ASSERT_NE(p12, nullptr);
+            ASSERT_EQ(PKCS12_set_mac(p12.get(), "secret", -1, nullptr, 8, isFirst ? 1 : 2048,
+                                     isFirst ? EVP_sha1() : EVP_md5()),
+                      1);
+            const Octets der = derOf(i2d_PKCS12, p12.get());
+            const PfxPtr ctx = created();
+            int32_t verdict = 0;
+            EXPECT_EQ(decode(*ctx, "secret", der, &verdict), KACERT_Ok);
+            EXPECT_EQ(verdict, isFirst ? PKCS7_VERDICT_GOOD : PKCS7_VERDICT_BAD);
+            EXPECT_TRUE(key(*ctx) == identity().keyDer && certificate(*ctx, 1) == identity().der);
+            EXPECT_EQ(ctx->bagAttributeCount, isFirst ? 2u : 1u); // localKeyID, and friendlyName
+            EXPECT_EQ(ctx->firstCertificate->attributeCount, ctx->bagAttributeCount);
+            const PfxPtr other = created();
+            EXPECT_NE(decode(*other, "Secret", der, &verdict), KACERT_Ok);
+            EXPECT_EQ(verdict, PKCS7_VERDICT_BAD);
+        }
+}
+
+// Statuses of encoding, in their order; then what is there comes back.
+TEST(Pfx, Statuses) {
+    const PfxPtr ctx = created();
+    int32_t status = 0;
+    encode(*ctx, "pw", &status);
+    EXPECT_EQ(status, KACERT_InvalidParamErr) << "no key";
+    EXPECT_EQ(KA_PKCS12_SetPrivateKey(ctx.get(), text("first").data(), 5), KACERT_Ok);
+    EXPECT_EQ(KA_PKCS12_SetPrivateKey(ctx.get(), text("key").data(), 3), KACERT_Ok);
+    EXPECT_EQ(KA_PKCS12_SetPrivateKey(ctx.get(), text("key").data(), -1), KACERT_InvalidItemErr);
+    encode(*ctx, "pw", &status);
+    EXPECT_EQ(status, KACERT_InvalidItemErr) << "no certificate";
+    EXPECT_EQ(KA_PKCS12_SetCertificate(ctx.get(), text("cert").data(), 4), KACERT_Ok);
+    // In the key an attribute may be empty, in a bag it is refused.
+    EXPECT_EQ(KA_PKCS12_SetPrivateKey_Attribute(ctx.get(), text("n").data(), 1, text("v").data(), 0), KACERT_Ok);
+    EXPECT_EQ(KA_PKCS12_SetPrivateKey_Attribute(ctx.get(), text("n").data(), 1, text("v").data(), -1), 121);
+    const Octets der = encode(*ctx, "pw", &status);
+    EXPECT_EQ(status, KACERT_Ok);
+    EXPECT_EQ(KA_PKCS12_EncodePFX(ctx.get(), text("pw").data(), -1, nullptr, nullptr), KACERT_InvalidItemErr);
+    const PfxPtr back = created();
+    int32_t verdict = 0;
+    EXPECT_EQ(decode(*back, "pw", der, &verdict), KACERT_Ok);
+    EXPECT_EQ(held(*back), "\"cert\", key \"key\", in it 6E=");
+    // Decoding adds to what is there, even the octets of the key that is held.
+    EXPECT_EQ(KA_PKCS12_SetPrivateKey(back.get(), der.data(), lengthOf(der)), KACERT_Ok);
+    EXPECT_EQ(KA_PKCS12_DecodePFX(back.get(), text("pw").data(), 2, back->privateKey.data, lengthOf(der), &verdict), 0);
+    EXPECT_EQ(held(*back), "\"cert\", \"cert\", key \"key\", in it 6E= 6E=");
+    EXPECT_EQ(KA_PKCS12_SetPrivateKeyBag_Attribute(ctx.get(), text("n").data(), 1, text("v").data(), 0), KACERT_Ok);
+    encode(*ctx, "pw", &status);
+    EXPECT_EQ(status, KACERT_InvalidParamErr) << "an attribute of a bag without value";
+}
+
+// A round trip under failing allocations.
+TEST(Pfx, WithoutMemory) {
+    EXPECT_TRUE(sweep(
+        [] {
+            const PfxPtr ctx = created();
+            TRIED(KA_PKCS12_SetPrivateKey(ctx.get(), text("key").data(), 3));
+            TRIED(KA_PKCS12_SetCertificate(ctx.get(), text("cert").data(), 4));
+            TRIED(KA_PKCS12_SetCertificateBag_Attribute(ctx.get(), text("n").data(), 1, hex("05 00").data(), 2, 1));
+            TRIED(KA_PKCS12_SetPrivateKeyBag_Attribute(ctx.get(), text("n").data(), 1, hex("05 00").data(), 2));
+            const PfxPtr back = created();
+            int32_t verdict = 0;
+            EXPECT_EQ(decode(*back, "pw", encode(*ctx, "pw"), &verdict), KACERT_Ok);
+            EXPECT_EQ(held(*back), "\"cert\" 6E=05 00, key \"key\", beside 6E=05 00");
+        },
+        {{KACERT_MemoryErr, KACERT_InvalidParamErr}, false}));
+}
+
+// 50 certificates, a key of 16,384 bits' octets and a password of 200 octets; libcrypto agrees on the MAC. 10,000 bags.
+// What is 10,000 levels deep is refused where the first level is wrong.
+TEST(Pfx, Large) {
+    const PfxPtr ctx = created();
+    const Octets secret(9000, 0x5A), cert(4000, 0x30);
+    const std::string password(200, 'p');
+    EXPECT_EQ(KA_PKCS12_SetPrivateKey(ctx.get(), secret.data(), lengthOf(secret)), KACERT_Ok);
+    for (int i = 0; i < 50; ++i)
+        EXPECT_EQ(KA_PKCS12_SetCertificate(ctx.get(), cert.data(), lengthOf(cert)), KACERT_Ok);
+    const Octets der = encode(*ctx, password);
+    EXPECT_EQ(PKCS12_verify_mac(read(der).get(), password.c_str(), -1), 1);
+    const PfxPtr back = created();
+    int32_t verdict = 0;
+    EXPECT_EQ(decode(*back, password, der, &verdict), KACERT_Ok);
+    EXPECT_TRUE(verdict == PKCS7_VERDICT_GOOD && back->certificateCount == 50 && key(*back) == secret &&
+                certificate(*back, 50) == cert);
+
+    const Octets bag =
+        hex("30 26 06 0B 2A 86 48 86 F7 0D 01 0C 0A 01 03 A0 17 30 15 06 0A 2A 86 48 86 F7 0D 01 09 16 01 "
+            "A0 07 04 05 63 65 72 74 73");
+    Octets bags, deep;
+    for (int i = 0; i < 10000; ++i) {
+        bags.insert(bags.end(), bag.begin(), bag.end());
+        deep = tlv(0x30, deep);
+    }
+    const auto file = [](const Octets &contents) {
+        const auto data = [](const Octets &octets) {
+            return seq({oid("2A 86 48 86 F7 0D 01 07 01"), tlv(0xA0, tlv(0x04, octets))});
+        };
+        return seq({hex("02 01 03"), data(seq({data(contents)})),
+                    seq({seq({algorithm("2B 0E 03 02 1A"), hex("04 00")}), hex("04 00")})});
+    };
+    const PfxPtr many = created();
+    EXPECT_EQ(decode(*many, "", file(tlv(0x30, bags)), &verdict), KACERT_Ok);
+    EXPECT_TRUE(many->certificateCount == 10000 && certificate(*many, 10000) == text("certs"));
+    EXPECT_EQ(decode(*many, "", file(deep), &verdict), KACERT_InvalidParamErr);
+}
+
+// No block that is freed holds octets of the password, as it is or widened, or of the key.
+TEST(Pfx, SecretsAreWiped) {
+    static int blocks, found;
+    blocks = found = 0;
+    const PfxPtr ctx = created();
+    KA_PKCS12_SetPrivateKey(ctx.get(), text("key of a zoo").data(), 12);
+    KA_PKCS12_SetCertificate(ctx.get(), text("cert").data(), 4);
+    const auto roundTrip = [&] {
+        int32_t verdict = 0;
+        const PfxPtr back = created();
+        EXPECT_EQ(decode(*back, "zebra 17", encode(*ctx, "zebra 17"), &verdict), KACERT_Ok);
+        EXPECT_EQ(KA_PKCS12_SetPrivateKey(back.get(), text("key two").data(), 7), KACERT_Ok);
+    };
+    onRelease([](const void *block, size_t size) {
+        const std::string_view octets(static_cast<const char *>(block), size);
+        ++blocks;
+        for (const std::string_view secret : {std::string_view("zebra 17"), std::string_view("\0z\0e\0b\0r", 8),
+                                              std::string_view("of a zoo"), std::string_view("key two")})
+            found += octets.find(secret) != octets.npos ? 1 : 0;
+    });
+    roundTrip();
+    onRelease(nullptr);
+    EXPECT_GT(blocks, 20);
+    EXPECT_EQ(found, 0);
+}
+
+} // namespace

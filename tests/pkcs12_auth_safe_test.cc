@@ -1,0 +1,219 @@
+// The PFX around ContentInfos, under a MAC and under signatures.
+#include "message_rows.h"
+
+using namespace karil_test;
+
+namespace {
+
+struct Data {
+    static constexpr auto create = KA_PKCS12_CreateEncodeAuthSafeOfDataType;
+    static constexpr auto destroy = KA_PKCS12_DestoryEncodeAuthSafeOfDataType;
+    static constexpr auto add = KA_PKCS12_SetAuthSafeOfDataType_ContentInfo;
+    static constexpr auto at = KA_PKCS12_GetAuthSafeOfDataType_ContentInfo;
+    static constexpr auto encode = KA_PKCS12_EncodeAuthSafeOfDataType;
+    static constexpr auto digest = KA_PKCS12_SetAuthSafeOfDataType_DigestAlgorithm;
+    // Without memory for the safe's copy the status is 0, and nothing is filled.
+    static int32_t decode(AuthSafeCtx *ctx, const uint8_t *der, int32_t length) {
+        const int32_t status = KA_PKCS12_DecodeAuthSafeOfDataType(ctx, der, length);
+        return status == KACERT_Ok && ctx->contentDecoded == 0 ? KACERT_MemoryErr : status;
+    }
+};
+struct Signed {
+    static constexpr auto create = KA_PKCS12_CreateEncodeAuthSafeOfSignedType;
+    static constexpr auto destroy = KA_PKCS12_DestoryEncodeAuthSafeOfSignedType;
+    static constexpr auto add = KA_PKCS12_SetAuthSafeOfSignedType_ContentInfo;
+    static constexpr auto at = KA_PKCS12_GetAuthSafeOfSignedType_ContentInfo;
+    static constexpr auto encode = KA_PKCS12_EncodeAuthSafeOfSignedType;
+    static constexpr auto digest = KA_PKCS12_SetAuthSafeOfSignedType_DigestAlgorithm;
+    static constexpr auto decode = KA_PKCS12_DecodeAuthSafeOfSignedType;
+};
+template <class Kind> using SafePtr = std::unique_ptr<AuthSafeCtx, By<Kind::destroy>>;
+template <class Kind> SafePtr<Kind> created() {
+    AuthSafeCtx *ctx = nullptr;
+    TRIED(Kind::create(&ctx));
+    return SafePtr<Kind>(ctx);
+}
+
+template <class Kind> int32_t take(AuthSafeCtx *ctx, const std::string &name, const Octets &value) {
+    const auto length = lengthOf(value);
+    if (name == "info")
+        return Kind::add(ctx, value.data(), length);
+    if (name == "digest")
+        return Kind::digest(ctx, value.data(), length);
+    if (name == "salt")
+        return KA_PKCS12_SetAuthSafeOfDataType_MacParameter(ctx, value.data(), sizeOf(value), 5);
+    if (name == "hook")
+        return KA_PKCS12_SetAuthSafeOfDataType_GenMacFunc(ctx, plainHook, value.data(), length);
+    return name == "cert" ? KA_PKCS12_SetAuthSafeOfSignedType_Cert(ctx, value.data(), length)
+                          : KA_PKCS12_SetAuthSafeOfSignedType_Crl(ctx, value.data(), length);
+}
+template <class Kind> SafePtr<Kind> built(const Row &row) {
+    SafePtr<Kind> ctx = created<Kind>();
+    for (const auto &step : row.settings("set"))
+        if (step.first == "signer")
+            EXPECT_EQ(handOver(KA_PKCS12_SetAuthSafeOfSignedType_SignerInfo, *ctx,
+                               plainSigner({reinterpret_cast<const char *>(step.second.data()), 1})),
+                      KACERT_Ok);
+        else
+            EXPECT_EQ(TRIED(take<Kind>(ctx.get(), step.first, step.second)), KACERT_Ok) << step.first;
+    return ctx;
+}
+// The PFX, asked for as a caller does it.
+template <class Kind> std::string encoded(AuthSafeCtx &ctx) {
+    uint32_t length = 0;
+    const int32_t status = TRIED(Kind::encode(&ctx, nullptr, &length));
+    if (status != KACERT_Ok)
+        return "status " + std::to_string(status);
+    const Exact area(length);
+    EXPECT_EQ(TRIED(Kind::encode(&ctx, area.data(), &length)), KACERT_Ok);
+    return toHex(area.data(), length);
+}
+
+// "version 3, 30 00 + 05 00": the ContentInfos as they are asked for.
+template <class Kind> std::string infosOf(AuthSafeCtx &ctx) {
+    std::string all;
+    uint8_t octets[64];
+    for (int32_t i = 1; i <= static_cast<int32_t>(ctx.contentInfoCount); ++i) {
+        uint32_t length = 0;
+        EXPECT_EQ(Kind::at(&ctx, octets, &length, i), KACERT_Ok);
+        all += (i > 1 ? " + " : ", ") + toHex(octets, length);
+    }
+    uint32_t length = 12345;
+    EXPECT_EQ(Kind::at(&ctx, octets, &length, static_cast<int32_t>(ctx.contentInfoCount) + 1), KACERT_Ok);
+    EXPECT_EQ(Kind::at(&ctx, octets, &length, 0), KACERT_InvalidParamErr);
+    EXPECT_EQ(length, 12345u);
+    return "version " + std::to_string(ctx.version) + all;
+}
+std::string macOf(AuthSafeCtx &ctx) {
+    uint8_t oid[64], salt[64];
+    uint32_t oidLength = 0, saltLength = 0, rounds = 0;
+    const int32_t status = KA_PKCS12_GetAuthSafeOfDataType_MacParameter(&ctx, salt, &saltLength, &rounds);
+    EXPECT_EQ(KA_PKCS12_GetAuthSafeOfDataType_DigestAlgorithm(&ctx, oid, &oidLength), status);
+    EXPECT_EQ(status, ctx.macParameterSet != 0 ? KACERT_Ok : KACERT_InvalidParamErr);
+    return status != KACERT_Ok ? ""
+                               : ", digest " + toHex(oid, oidLength) + ", salt " + toHex(salt, saltLength) + ", " +
+                                     std::to_string(rounds) + " rounds";
+}
+std::string verdictOf(AuthSafeCtx &ctx) {
+    int32_t verdict = 0;
+    const int32_t status = TRIED(KA_PKCS12_GetAuthSafeOfDataType_MACVerifyResult(&ctx, &verdict));
+    return status != KACERT_Ok ? "status " + std::to_string(status) : std::to_string(verdict);
+}
+
+SWEPT_ROWS(Pkcs12AuthSafe, Encode) {
+    EXPECT_EQ(encoded<Data>(*built<Data>(row)), row.hex("want"));
+}
+
+// A second decoding leaves nothing of the first; nor does one of the octets that the context holds.
+SWEPT_ROWS(Pkcs12AuthSafe, Decode, {KACERT_MemoryErr}, false) {
+    const SafePtr<Data> ctx = created<Data>();
+    const Octets good =
+        hex("30 1E 02 01 03 30 11 06 09 2A 86 48 86 F7 0D 01 07 01 A0 04 04 02 30 00 30 06 30 04 30 02 06 00");
+    TRIED(KA_PKCS12_DecodeAuthSafeOfDataType(ctx.get(), good.data(), 0));
+    ctx->mac.verified = 1;
+    ctx->version = 3;
+    const std::string &hook = row("hook");
+    TRIED(KA_PKCS12_SetAuthSafeOfDataType_ParseMacFunc(ctx.get(), hook.empty() ? nullptr : plainHook, hook.data(),
+                                                       static_cast<int32_t>(hook.size())));
+    const Exact der(row.octets("der"));
+    EXPECT_EQ(TRIED(Data::decode(ctx.get(), der.data(), lengthOf(der.bytes()))), row.number("status"));
+    EXPECT_EQ(infosOf<Data>(*ctx) + macOf(*ctx), row("holds"));
+    EXPECT_EQ(verdictOf(*ctx), row("verdict"));
+    TRIED(KA_PKCS12_SetAuthSafeOfDataType_ParseMacFunc(ctx.get(), plainHook, hook == "n" ? "n" : "c", 1));
+    EXPECT_EQ(verdictOf(*ctx), row("late"));
+    if (ctx->content.length > 0) {
+        EXPECT_NE(Data::decode(ctx.get(), ctx->content.data, 0), KACERT_Ok);
+    }
+}
+
+SWEPT_ROWS(Pkcs12AuthSafe, EncodeSigned) {
+    EXPECT_EQ(encoded<Signed>(*built<Signed>(row)), row.hex("want"));
+}
+
+constexpr struct {
+    const char *name;
+    int32_t (*get)(AuthSafeCtx *, uint8_t *, uint32_t *, int32_t);
+} SignedOctets[] = {{"digest", KA_PKCS12_GetAuthSafeOfSignedType_DigestAlgorithm},
+                    {"cert", KA_PKCS12_GetAuthSafeOfSignedType_Cert},
+                    {"crl", KA_PKCS12_GetAuthSafeOfSignedType_Crl}};
+
+SWEPT_ROWS(Pkcs12AuthSafe, DecodeSigned) {
+    const SafePtr<Signed> ctx = created<Signed>();
+    for (int i = 0; i < 2; ++i) {
+        const Exact der(row.octets("der"));
+        ctx->version = 3;
+        EXPECT_EQ(TRIED(Signed::decode(ctx.get(), der.data(), lengthOf(der.bytes()))), row.number("status"));
+        std::string holds = infosOf<Signed>(*ctx);
+        uint8_t octets[64];
+        for (const auto &[name, get] : SignedOctets) {
+            uint32_t length = 0;
+            if (get(ctx.get(), octets, &length, 1) == KACERT_Ok && length > 0)
+                list(holds, name, toHex(octets, length));
+        }
+        SignerInfoCtx *signer = nullptr;
+        EXPECT_EQ(KA_PKCS12_GetAuthSafeOfSignedType_SignerInfo(ctx.get(), &signer, 1), KACERT_Ok);
+        if (signer != nullptr) {
+            int32_t verdict = 0;
+            TRIED(KA_PKCS7_SetSignerInfoDigestFunc(signer, plainHook, "c", 1));
+            TRIED(KA_PKCS7_SetSignerInfoDecSignFunc(signer, plainHook, "c", 1));
+            TRIED(KA_PKCS7_VerifySignerSignature(signer, &verdict));
+            list(holds, "verdict", std::to_string(verdict));
+        }
+        EXPECT_EQ(holds, row("holds")) << i;
+    }
+}
+
+// Contexts of one kind are none of the other's; a walk and an append take one step.
+TEST(Pkcs12AuthSafe, Kinds) {
+    const SafePtr<Data> data = created<Data>();
+    const SafePtr<Signed> sign = created<Signed>();
+    uint8_t octets[64];
+    uint32_t length = 0;
+    EXPECT_EQ(Data::encode(sign.get(), octets, &length), KACERT_InvalidParamErr);
+    EXPECT_EQ(Signed::decode(data.get(), octets, 0), KACERT_InvalidParamErr);
+    EXPECT_EQ(Data::destroy(sign.get()), KACERT_InvalidParamErr);
+    EXPECT_EQ(KA_PKCS12_SetAuthSafeOfSignedType_Cert(data.get(), octets, 1), KACERT_InvalidParamErr);
+    for (const int32_t wrong : {0, -1}) {
+        EXPECT_EQ(Data::add(data.get(), octets, wrong), KACERT_InvalidParamErr);
+        EXPECT_EQ(KA_PKCS12_SetAuthSafeOfSignedType_Crl(sign.get(), octets, wrong), KACERT_InvalidParamErr);
+    }
+    // A decoding that failed leaves nothing to write.
+    const Octets other = hex("30 16 02 01 03 30 11 06 09 2A 86 48 86 F7 0D 01 07 01 A0 04 04 02 30 00");
+    EXPECT_EQ(Signed::decode(sign.get(), other.data(), 0), KAPKCS7_ContentTypeErr);
+    EXPECT_EQ(encoded<Signed>(*sign), "status 121");
+    int32_t verdict = 7;
+    EXPECT_EQ(KA_PKCS12_GetAuthSafeOfDataType_MACVerifyResult(nullptr, &verdict), KACERT_Ok);
+    EXPECT_EQ(verdict, 7);
+}
+
+// The first allocation is told, the second one is status 0 with an empty context.
+TEST(Pkcs12AuthSafe, WithoutMemory) {
+    const Octets der = hex("30 16 02 01 03 30 11 06 09 2A 86 48 86 F7 0D 01 07 01 A0 04 04 02 30 00");
+    for (long nth = 1; nth <= 2; ++nth) {
+        const SafePtr<Data> ctx = created<Data>();
+        failAllocation(Pool::Library, nth, false);
+        EXPECT_EQ(KA_PKCS12_DecodeAuthSafeOfDataType(ctx.get(), der.data(), 0),
+                  nth == 1 ? KACERT_MemoryErr : KACERT_Ok);
+        EXPECT_TRUE(endFailing());
+        EXPECT_EQ(ctx->contentDecoded, 0);
+        EXPECT_EQ(ctx->content.data, nullptr);
+    }
+}
+
+// An AuthenticatedSafe of 1 MB, both ways.
+TEST(Pkcs12AuthSafe, Large) {
+    const SafePtr<Data> ctx = created<Data>();
+    const Octets info = tlv(0x30, tlv(0x04, Octets(1000000, 7)));
+    EXPECT_EQ(take<Data>(ctx.get(), "info", info), KACERT_Ok);
+    for (const auto &[name, value] : {std::pair{"digest", "\x2A"}, std::pair{"salt", "s"}, std::pair{"hook", "n"}})
+        EXPECT_EQ(take<Data>(ctx.get(), name, text(value)), KACERT_Ok);
+    uint32_t length = 0;
+    EXPECT_EQ(Data::encode(ctx.get(), nullptr, &length), KACERT_Ok);
+    Octets der(length), back(info.size());
+    EXPECT_EQ(Data::encode(ctx.get(), der.data(), &length), KACERT_Ok);
+    EXPECT_EQ(Data::decode(ctx.get(), der.data(), static_cast<int32_t>(length)), KACERT_Ok);
+    EXPECT_EQ(Data::at(ctx.get(), back.data(), &length, 1), KACERT_Ok);
+    EXPECT_TRUE(back == info && length == info.size());
+}
+
+} // namespace
