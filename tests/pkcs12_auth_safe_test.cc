@@ -140,13 +140,7 @@ SWEPT_ROWS(Pkcs12AuthSafe, DecodeSigned) {
         }
         SignerInfoCtx *signer = nullptr;
         EXPECT_EQ(KA_PKCS12_GetAuthSafeOfSignedType_SignerInfo(ctx.get(), &signer, 1), KACERT_Ok);
-        if (signer != nullptr) {
-            int32_t verdict = 0;
-            TRIED(KA_PKCS7_SetSignerInfoDigestFunc(signer, plainHook, "c", 1));
-            TRIED(KA_PKCS7_SetSignerInfoDecSignFunc(signer, plainHook, "c", 1));
-            TRIED(KA_PKCS7_VerifySignerSignature(signer, &verdict));
-            list(holds, "verdict", std::to_string(verdict));
-        }
+        list(holds, "signed", signer != nullptr ? toHex(signer->content) : "");
         EXPECT_EQ(holds, row("holds")) << i;
     }
 }

@@ -61,8 +61,7 @@ ROWS(Pkcs12Foreign, Refused) {
 // Every prefix that lacks an octet of a cipher text, a wrong password, and the reader of PFX files.
 TEST(Pkcs12Foreign, OneReaderTakesIt) {
     const ForeignItem key = {hex("2A864886F70D010C0104"), 7, keyInfo(counted(20))};
-    const ForeignItem certificate = {key.oid, 7, oneCertificate(counted(30)), {16, 16}};
-    const Octets bundle = foreignBundle(key, certificate, Password);
+    const Octets bundle = foreignBundle(key, {key.oid, 7, oneCertificate(counted(30)), {16, 16}}, Password);
     const std::string want = toHex(counted(20)) + " / " + toHex(counted(30));
     const size_t ends = 10; // five pairs of octets
     for (size_t size = 0; size <= bundle.size(); ++size) {
@@ -74,12 +73,6 @@ TEST(Pkcs12Foreign, OneReaderTakesIt) {
     int32_t verdict = 0;
     EXPECT_EQ(KA_PKCS12_CreateDecodePfx(&ctx), KACERT_Ok);
     EXPECT_NE(KA_PKCS12_DecodePFX(ctx, bytesOf(Password).data(), 6, bundle.data(), lengthOf(bundle), &verdict), 0);
-    KA_PKCS12_SetPrivateKey(ctx, bundle.data(), 20);
-    KA_PKCS12_SetCertificate(ctx, bundle.data(), 30);
-    Octets file(4096);
-    uint32_t length = 0;
-    EXPECT_EQ(KA_PKCS12_EncodePFX(ctx, bytesOf(Password).data(), 6, file.data(), &length), KACERT_Ok);
-    EXPECT_EQ(read({file.data(), length}), "status -1");
     KA_PKCS12_DestroyDecodePFX(ctx);
 }
 
