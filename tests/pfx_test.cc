@@ -21,15 +21,8 @@ int32_t decode(PfxCtx &ctx, std::string_view password, Bytes der, int32_t *verdi
 }
 Octets encode(PfxCtx &ctx, std::string_view password, int32_t *status = nullptr) {
     const Bytes secret = bytesOf(password);
-    uint32_t length = 0;
-    int32_t result = TRIED(KA_PKCS12_EncodePFX(&ctx, secret.data(), lengthOf(secret), nullptr, &length));
-    Octets der(result == KACERT_Ok ? length : 0);
-    if (result == KACERT_Ok)
-        result = TRIED(KA_PKCS12_EncodePFX(&ctx, secret.data(), lengthOf(secret), der.data(), &length));
-    EXPECT_EQ(length, sizeOf(der));
-    if (status != nullptr)
-        *status = result;
-    return der;
+    return asked([&](auto... out) { return KA_PKCS12_EncodePFX(&ctx, secret.data(), lengthOf(secret), out...); },
+                 status);
 }
 
 // "2A 05=05 00" for each attribute, as `get` answers it by index.
@@ -50,18 +43,10 @@ std::string quoted(const Octets &octets) {
     return '"' + std::string(octets.begin(), octets.end()) + '"';
 }
 Octets certificate(PfxCtx &ctx, int32_t index) {
-    uint32_t length = 0;
-    EXPECT_EQ(KA_PKCS12_GetCertificate(&ctx, nullptr, &length, index), KACERT_Ok);
-    Octets octets(length);
-    EXPECT_EQ(KA_PKCS12_GetCertificate(&ctx, octets.data(), &length, index), KACERT_Ok);
-    return octets;
+    return asked([&](auto... out) { return KA_PKCS12_GetCertificate(&ctx, out..., index); });
 }
 Octets key(PfxCtx &ctx) {
-    uint32_t length = 0;
-    EXPECT_EQ(KA_PKCS12_GetPrivateKey(&ctx, nullptr, &length), KACERT_Ok);
-    Octets octets(length);
-    EXPECT_EQ(KA_PKCS12_GetPrivateKey(&ctx, octets.data(), &length), KACERT_Ok);
-    return octets;
+    return asked([&](auto... out) { return KA_PKCS12_GetPrivateKey(&ctx, out...); });
 }
 std::string held(PfxCtx &ctx) {
     std::string all;

@@ -31,39 +31,32 @@ template <class Kind> SafePtr<Kind> created() {
     return SafePtr<Kind>(ctx);
 }
 
-template <class Kind> int32_t take(AuthSafeCtx *ctx, const std::string &name, const Octets &value) {
-    const auto length = lengthOf(value);
-    if (name == "info")
-        return Kind::add(ctx, value.data(), length);
-    if (name == "digest")
-        return Kind::digest(ctx, value.data(), length);
-    if (name == "salt")
-        return KA_PKCS12_SetAuthSafeOfDataType_MacParameter(ctx, value.data(), sizeOf(value), 5);
-    if (name == "hook")
-        return KA_PKCS12_SetAuthSafeOfDataType_GenMacFunc(ctx, plainHook, value.data(), length);
-    return name == "cert" ? KA_PKCS12_SetAuthSafeOfSignedType_Cert(ctx, value.data(), length)
-                          : KA_PKCS12_SetAuthSafeOfSignedType_Crl(ctx, value.data(), length);
-}
 template <class Kind> SafePtr<Kind> built(const Row &row) {
     SafePtr<Kind> ctx = created<Kind>();
-    for (const auto &step : row.settings("set"))
-        if (step.first == "signer")
-            EXPECT_EQ(handOver(KA_PKCS12_SetAuthSafeOfSignedType_SignerInfo, *ctx,
-                               plainSigner({reinterpret_cast<const char *>(step.second.data()), 1})),
-                      KACERT_Ok);
-        else
-            EXPECT_EQ(TRIED(take<Kind>(ctx.get(), step.first, step.second)), KACERT_Ok) << step.first;
+    for (const auto &step : row.settings("set")) {
+        const auto &name = step.first;
+        const Octets &value = step.second;
+        const auto call = [&](auto set, auto... more) {
+            return TRIED(set(ctx.get(), more..., value.data(), lengthOf(value)));
+        };
+        const int32_t status =
+            name == "info"     ? call(Kind::add)
+            : name == "digest" ? call(Kind::digest)
+            : name == "hook"   ? call(KA_PKCS12_SetAuthSafeOfDataType_GenMacFunc, plainHook)
+            : name == "cert"   ? call(KA_PKCS12_SetAuthSafeOfSignedType_Cert)
+            : name == "crl"    ? call(KA_PKCS12_SetAuthSafeOfSignedType_Crl)
+            : name == "salt"
+                ? TRIED(KA_PKCS12_SetAuthSafeOfDataType_MacParameter(ctx.get(), value.data(), sizeOf(value), 5))
+                : handOver(KA_PKCS12_SetAuthSafeOfSignedType_SignerInfo, *ctx,
+                           plainSigner(std::string(1, static_cast<char>(value[0]))));
+        EXPECT_EQ(status, KACERT_Ok) << name;
+    }
     return ctx;
 }
-// The PFX, asked for as a caller does it.
 template <class Kind> std::string encoded(AuthSafeCtx &ctx) {
-    uint32_t length = 0;
-    const int32_t status = TRIED(Kind::encode(&ctx, nullptr, &length));
-    if (status != KACERT_Ok)
-        return "status " + std::to_string(status);
-    const Exact area(length);
-    EXPECT_EQ(TRIED(Kind::encode(&ctx, area.data(), &length)), KACERT_Ok);
-    return toHex(area.data(), length);
+    int32_t status = 0;
+    const Octets der = asked([&](auto... out) { return Kind::encode(&ctx, out...); }, &status);
+    return status == KACERT_Ok ? toHex(der) : "status " + std::to_string(status);
 }
 
 // "version 3, 30 00 + 05 00": the ContentInfos as they are asked for.
