@@ -116,16 +116,19 @@ template <class Ctx> int32_t set(Ctx &ctx, int32_t id, std::string_view characte
 template <class Ctx> int32_t decode(Ctx &ctx, Bytes der) {
     return TRIED(Family<Ctx>::decode(&ctx, der.data(), sizeOf(der)));
 }
-// The object, asked for as a caller does it; nothing where the status is not 0.
-template <class Ctx> Octets encode(Ctx &ctx, int32_t *status = nullptr) {
+// What a call answers that is asked for the length first, as a caller does it; nothing where the status is not 0.
+template <class Call> Octets asked(const Call &call, int32_t *status = nullptr) {
     uint32_t length = 0;
-    int32_t result = TRIED(Family<Ctx>::encode(&ctx, nullptr, &length));
-    Octets der(result == KACERT_Ok ? length : 0);
+    int32_t result = TRIED(call(static_cast<uint8_t *>(nullptr), &length));
+    Octets octets(result == KACERT_Ok ? length : 0);
     if (result == KACERT_Ok)
-        result = TRIED(Family<Ctx>::encode(&ctx, der.data(), &length));
+        result = TRIED(call(octets.data(), &length));
     if (status != nullptr)
         *status = result;
-    return der;
+    return octets;
+}
+template <class Ctx> Octets encode(Ctx &ctx, int32_t *status = nullptr) {
+    return asked([&](auto... out) { return Family<Ctx>::encode(&ctx, out...); }, status);
 }
 // Room beyond the length that was asked for: what could not be told for want of memory may be there in the next call.
 inline thread_local uint32_t spareRoom = 0;
