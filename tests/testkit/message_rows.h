@@ -9,12 +9,8 @@ namespace karil_test {
 
 // "status N", "untouched", or the octets, in hex.
 template <class Ctx> std::string answer(Ctx &ctx, int32_t id, int32_t position = 1) {
-    const Exact area(4096);
-    uint32_t length = 12345;
-    const int32_t status = TRIED(Family<Ctx>::get(&ctx, id, area.data(), &length, position));
-    return status != KACERT_Ok ? "status " + std::to_string(status)
-           : length == 12345   ? "untouched"
-                               : toHex(area.data(), length);
+    return stored(
+        [&](uint8_t *result, uint32_t *length) { return Family<Ctx>::get(&ctx, id, result, length, position); });
 }
 
 // Takes the steps of a column: "id=octets", "int id=number", and the parts "signer", "attributes" for one with an

@@ -41,13 +41,6 @@ using SignerPtr = Owner<SignerInfoCtx>;
 inline constexpr std::string_view DataOid = "\x2A\x86\x48\x86\xF7\x0D\x01\x07\x01";
 inline constexpr std::string_view Sha1Oid = "\x2B\x0E\x03\x02\x1A";
 
-// "status N", or what the encoder wrote into a buffer of `room` octets.
-template <class Ctx> std::string written(Ctx &ctx, size_t room = 4096) {
-    const Exact area(room);
-    uint32_t length = 12345;
-    const int32_t status = TRIED(Family<Ctx>::encode(&ctx, area.data(), &length));
-    return status == KACERT_Ok ? toHex(area.data(), length) : "status " + std::to_string(status);
-}
 template <class Ctx> int32_t decodeMessage(Ctx &ctx, Bytes der) {
     const Exact exact(der);
     return TRIED(Family<Ctx>::decode(&ctx, exact.data(), lengthOf(der)));

@@ -146,6 +146,23 @@ template <class Ctx> std::string get(Ctx &ctx, int32_t id) {
     return toHex(area.data(), length);
 }
 
+// What the call stores in a buffer, in hex; "untouched" if it leaves the length as it was, or "status N".
+template <class Call> std::string stored(Call call, size_t room = 4096) {
+    constexpr uint32_t Untouched = 12345;
+    const Exact area(room);
+    uint32_t length = Untouched;
+    const int32_t status = TRIED(call(area.data(), &length));
+    if (status != KACERT_Ok)
+        return "status " + std::to_string(status);
+    return length == Untouched ? "untouched" : toHex(area.data(), length);
+}
+template <class Ctx> std::string ask(Ctx &ctx, int32_t id) {
+    return stored([&](uint8_t *result, uint32_t *length) { return Family<Ctx>::get(&ctx, id, result, length); });
+}
+template <class Ctx> std::string written(Ctx &ctx, size_t room = 4096) {
+    return stored([&](uint8_t *result, uint32_t *length) { return Family<Ctx>::encode(&ctx, result, length); }, room);
+}
+
 // A signature of three octets, whatever the protocol of the hook.
 inline int32_t fixedSignature(const uint8_t *, uint32_t, uint8_t *output, uint32_t *outputLength, void *) {
     *outputLength = 3;

@@ -85,19 +85,6 @@ inline int32_t signByLength(const uint8_t *, uint32_t inputLength, uint8_t *outp
     return 0;
 }
 
-// What the call stores in a buffer, in hex; "untouched" if it leaves the length as it was, or "status N".
-template <class Call> std::string stored(Call call, size_t room = 4096) {
-    constexpr uint32_t Untouched = 12345;
-    const Exact area(room);
-    uint32_t length = Untouched;
-    const int32_t status = TRIED(call(area.data(), &length));
-    if (status != KACERT_Ok)
-        return "status " + std::to_string(status);
-    return length == Untouched ? "untouched" : toHex(area.data(), length);
-}
-template <class Ctx> std::string ask(Ctx &ctx, int32_t id) {
-    return stored([&](uint8_t *result, uint32_t *length) { return Family<Ctx>::get(&ctx, id, result, length); });
-}
 template <class Ctx> std::string askNumber(Ctx &ctx, int32_t id) {
     constexpr int32_t Untouched = 12345;
     int32_t value = Untouched;
@@ -109,10 +96,6 @@ template <class Ctx> std::string askNumber(Ctx &ctx, int32_t id) {
 template <class Ctx> std::string askSingle(Ctx &ctx, uint32_t index) {
     return stored([&](uint8_t *result, uint32_t *length) { return Family<Ctx>::single(&ctx, result, length, index); });
 }
-template <class Ctx> std::string written(Ctx &ctx, size_t room = 4096) {
-    return stored([&](uint8_t *result, uint32_t *length) { return Family<Ctx>::encode(&ctx, result, length); }, room);
-}
-
 // DER as text, "30{06{2A03} 04{AA}}"; "no DER" for a length that is not the shortest or does not fit. It knows nothing
 // but tags of one octet and lengths, and looks into what is constructed.
 inline std::string printed(Bytes der) {
