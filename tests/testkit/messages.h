@@ -11,28 +11,13 @@ template <class Ctx> struct Part {
     static int32_t setInt(Ctx *, int32_t, int32_t) { return KACERT_AttributeNotSupportErr; }
 };
 template <> struct Family<EncryptedContentCtx> : Part<EncryptedContentCtx> {
-    static constexpr auto create = KA_PKCS7_CreateEnocdeEncryptedContent;
-    static constexpr auto destroy = KA_PKCS7_DestoryEncodeEncryptedContent;
-    static constexpr auto set = KA_PKCS7_SetEncryptedContentAttributeChar;
-    static constexpr auto get = KA_PKCS7_GetEncryptedContentAttributeChar;
-    static constexpr auto encode = KA_PKCS7_EncodeEncryptedContent;
-    static constexpr auto decode = KA_PKCS7_DecodeEncryptedContent;
+    KIT_FAMILY(KA_PKCS7, EncryptedContent, CreateEnocdeEncryptedContent, DestoryEncodeEncryptedContent);
 };
 template <> struct Family<RecipientInfoCtx> : Part<RecipientInfoCtx> {
-    static constexpr auto create = KA_PKCS7_CreateEncodeRecipientInfo;
-    static constexpr auto destroy = KA_PKCS7_DestoryEncodeRecipientInfo;
-    static constexpr auto set = KA_PKCS7_SetRecipientInfoAttributeChar;
-    static constexpr auto get = KA_PKCS7_GetRecipientInfoAttributeChar;
-    static constexpr auto encode = KA_PKCS7_EncodeRecipientInfo;
-    static constexpr auto decode = KA_PKCS7_DecodeRecipientInfo;
+    KIT_FAMILY(KA_PKCS7, RecipientInfo, CreateEncodeRecipientInfo, DestoryEncodeRecipientInfo);
 };
 template <> struct Family<SignerInfoCtx> : Part<SignerInfoCtx> {
-    static constexpr auto create = KA_PKCS7_CreateEncodeSignerInfo;
-    static constexpr auto destroy = KA_PKCS7_DestoryEncodeSignerInfo;
-    static constexpr auto set = KA_PKCS7_SetSignerInfoAttributeChar;
-    static constexpr auto get = KA_PKCS7_GetSignerInfoAttributeChar;
-    static constexpr auto encode = KA_PKCS7_EncodeSignerInfo;
-    static constexpr auto decode = KA_PKCS7_DecodeSignerInfo;
+    KIT_FAMILY(KA_PKCS7, SignerInfo, CreateEncodeSignerInfo, DestoryEncodeSignerInfo);
 };
 using ContentPtr = Owner<EncryptedContentCtx>;
 using RecipientPtr = Owner<RecipientInfoCtx>;
