@@ -90,12 +90,9 @@ TEST(Pkcs7Hostile, NamedInputs) {
     };
     for (const auto &row : rows) {
         EXPECT_EQ(row.own(row.der), row.want) << row.name;
-        use<SignedDataCtx>(row.der);
-        use<DataCtx>(row.der);
-        use<DigestedDataCtx>(row.der);
-        use<EnvelopedDataCtx>(row.der);
-        use<EncryptedDataCtx>(row.der);
-        use<SignedAndEnvelopedDataCtx>(row.der);
+        for (const auto each : {use<SignedDataCtx>, use<DataCtx>, use<DigestedDataCtx>, use<EnvelopedDataCtx>,
+                                use<EncryptedDataCtx>, use<SignedAndEnvelopedDataCtx>})
+            each(row.der);
         const Exact der(row.der), content(row.der.size());
         uint32_t length = 0;
         int32_t type = 0;

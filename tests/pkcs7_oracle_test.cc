@@ -17,7 +17,6 @@ namespace {
 constexpr std::string_view TripleDesOid = "\x2A\x86\x48\x86\xF7\x0D\x03\x07";
 constexpr int32_t Sha1 = KA_DIGEST_SHA1;
 using Bio = std::unique_ptr<BIO, By<BIO_free>>;
-using X509Ptr = Ssl<X509_free>;
 using P7 = Ssl<PKCS7_free>;
 
 Bio readFrom(std::string_view text) {
@@ -32,7 +31,7 @@ std::string textOf(BIO *bio) {
 struct Identity {
     Pkey key = keyOf(keyPair().secret);
     Octets der;
-    X509Ptr x509;
+    Ssl<X509_free> x509;
 
     Identity() {
         const CertPtr cert = filled<CertEncodeCtx>(signBySha1, &keyPair().secret, sizeof keyPair().secret);
@@ -47,9 +46,8 @@ const Identity &identity() {
 }
 
 SignerPtr signer(bool hasAttributes) {
-    SignerPtr ctx = create<SignerInfoCtx>();
+    SignerPtr ctx = plainSigner();
     set(*ctx, PKCS7_SIGNER_DN, commonName("Root"));
-    set(*ctx, PKCS7_SIGNER_SERIAL, "\x05");
     set(*ctx, PKCS7_SIGNER_DIGEST_ALGO, Sha1Oid);
     set(*ctx, PKCS7_SIGNER_DIGEST_ENC_ALG, RsaEncryptionOid);
     if (hasAttributes)
@@ -93,9 +91,8 @@ ContentPtr content() {
     return ctx;
 }
 RecipientPtr recipient() {
-    RecipientPtr ctx = create<RecipientInfoCtx>();
+    RecipientPtr ctx = plainRecipient();
     set(*ctx, PKCS7_RECIPIENT_DN, commonName("Root"));
-    set(*ctx, PKCS7_RECIPIENT_SERIAL, "\x05");
     set(*ctx, PKCS7_RECIPIENT_KEYENCRYPTION_ALGO, RsaEncryptionOid);
     KA_PKCS7_SetRecipientInfoKeyEncFunc(ctx.get(), KA_PublicKeyEncryptFunc_Ref, &keyPair().open, sizeof keyPair().open);
     return ctx;

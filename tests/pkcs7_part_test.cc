@@ -46,26 +46,11 @@ std::string verdictOf(SignerInfoCtx *ctx) {
     return std::to_string(status) + " " + std::to_string(verdict);
 }
 
-template <class Ctx> void take(Ctx &ctx, const Row &row) {
-    for (const std::string &step : row.list("set")) {
-        const size_t at = step.find('=');
-        const Octets value = row.parse(step.substr(at + 1));
-        if constexpr (std::is_same_v<Ctx, SignerInfoCtx>)
-            if (step[0] == '+' || step[0] == '-') {
-                const Octets id = row.parse(step.substr(1, at - 1));
-                const auto add = step[0] == '+' ? KA_PKCS7_SetSignerAttribute : KA_PKCS7_SetSignerUnAttribute;
-                EXPECT_EQ(TRIED(add(&ctx, id.data(), lengthOf(id), value.data(), lengthOf(value))), KACERT_Ok);
-                continue;
-            }
-        EXPECT_EQ(set(ctx, std::stoi(step), value), KACERT_Ok) << step;
-    }
-}
-
 // Digests are the input, signatures the DigestInfo, so that the octets show what was signed. Twice, for the attributes
 // that are added once; then the hook that signs opens.
 SWEPT_ROWS(Pkcs7Part, Encode) {
     withPart(row("part"), [&]<class Ctx>(Ctx &ctx) {
-        take(ctx, row);
+        build(ctx, row, "set");
         if (!row("hooks").empty())
             setHooks(ctx, row("hooks"));
         for (int i = 0; i < 2; ++i)
@@ -76,18 +61,8 @@ SWEPT_ROWS(Pkcs7Part, Encode) {
     });
 }
 
-const std::vector<int32_t> &asked(const SignerInfoCtx &) {
-    static const std::vector<int32_t> ids = {8, 11, 12, 13, 14};
-    return ids;
-}
-const std::vector<int32_t> &asked(const RecipientInfoCtx &) {
-    static const std::vector<int32_t> ids = {30, 33, 35, 36, 37};
-    return ids;
-}
-const std::vector<int32_t> &asked(const EncryptedContentCtx &) {
-    static const std::vector<int32_t> ids = {17, 18, 19, 20};
-    return ids;
-}
+const std::map<std::string, std::vector<int32_t>> Asked = {
+    {"signer", {8, 11, 12, 13, 14}}, {"recipient", {30, 33, 35, 36, 37}}, {"content", {17, 18, 19, 20}}};
 std::string others(SignerInfoCtx &ctx) {
     EXPECT_EQ(ctx.verified, 0);
     return attribute(ctx, 1) + " / " + attribute(ctx, 1, false);
@@ -112,7 +87,7 @@ SWEPT_ROWS(Pkcs7Part, Decode, {KACERT_MemoryErr}, false) {
         EXPECT_EQ(decodeMessage(ctx, row.octets("der")), row.number("status"));
         EXPECT_TRUE(trace.has(row("trace")) || isHindered());
         std::string all;
-        for (const int32_t id : asked(ctx)) {
+        for (const int32_t id : Asked.at(row("part"))) {
             const std::string one = ask(ctx, id);
             all += (one.empty() ? "-" : one) + " / ";
         }

@@ -87,7 +87,10 @@ inline Octets fullSingleResponse() {
         EXPECT_EQ(TRIED(KA_OCSP_SetResponseListAttributeInt(list.get(), time, Y2020)), KACERT_Ok);
     return hex(written(*list));
 }
-template <class Ctx> std::vector<std::string> ocspAnswersOf(Bytes der) {
+template <class Ctx>
+concept OcspObject = std::is_same_v<Ctx, RequestListCtx> || std::is_same_v<Ctx, RequestCtx> ||
+    std::is_same_v<Ctx, ResponseListCtx> || std::is_same_v<Ctx, ResponseCtx>;
+template <OcspObject Ctx> std::vector<std::string> answersOf(Bytes der) {
     const Zone utc("UTC");
     const Exact exact(der);
     const Owner<Ctx> ctx = create<Ctx>();
@@ -102,18 +105,6 @@ template <class Ctx> std::vector<std::string> ocspAnswersOf(Bytes der) {
         for (uint32_t index = 0; index < 4; ++index)
             all.push_back(askSingle(*ctx, index));
     return all;
-}
-template <> inline std::vector<std::string> answersOf<RequestListCtx>(Bytes der) {
-    return ocspAnswersOf<RequestListCtx>(der);
-}
-template <> inline std::vector<std::string> answersOf<RequestCtx>(Bytes der) {
-    return ocspAnswersOf<RequestCtx>(der);
-}
-template <> inline std::vector<std::string> answersOf<ResponseListCtx>(Bytes der) {
-    return ocspAnswersOf<ResponseListCtx>(der);
-}
-template <> inline std::vector<std::string> answersOf<ResponseCtx>(Bytes der) {
-    return ocspAnswersOf<ResponseCtx>(der);
 }
 
 } // namespace karil_test
