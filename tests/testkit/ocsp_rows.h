@@ -51,42 +51,7 @@ template <class Ctx> void checkAnswers(Ctx &ctx, const Row &row) {
     }
 }
 
-// Requests and responses with all that can be set, and questions to them.
-inline Octets encodedId() {
-    const RequestListPtr list = create<RequestListCtx>();
-    for (const int32_t id : {15, 16, 17, 20})
-        set(*list, id, "value");
-    setHash(*list, echo);
-    return hex(written(*list));
-}
-template <class Ctx> Octets fullMessage(const char *section) {
-    const Zone utc("UTC");
-    const Owner<Ctx> ctx = create<Ctx>();
-    for (const Row &row : rowsOf("Samples", section))
-        EXPECT_EQ(takeAll(*ctx, row, "settings"), KACERT_Ok);
-    for (int count = 0; count < 2; ++count) {
-        const Octets id = encodedId();
-        EXPECT_EQ(TRIED(Family<Ctx>::add(ctx.get(), id.data(), lengthOf(id))), KACERT_Ok);
-    }
-    setSigning(*ctx, signByLength);
-    return hex(written(*ctx));
-}
-inline Octets fullOcspRequest() {
-    return fullMessage<RequestCtx>("OcspRequest");
-}
-inline Octets fullOcspResponse() {
-    return fullMessage<ResponseCtx>("OcspResponse");
-}
-inline Octets fullSingleResponse() {
-    const Zone utc("UTC");
-    const ResponseListPtr list = create<ResponseListCtx>();
-    const Octets id = encodedId();
-    set(*list, OCSP_RESPONDERLIST_CERTID, Bytes(id).subspan(2));
-    EXPECT_EQ(TRIED(KA_OCSP_SetResponseList_CertStatusUnInfo(list.get(), id.data(), 3)), KACERT_Ok);
-    for (const int32_t time : {23, 24})
-        EXPECT_EQ(TRIED(KA_OCSP_SetResponseListAttributeInt(list.get(), time, Y2020)), KACERT_Ok);
-    return hex(written(*list));
-}
+// All answers of an object that was decoded.
 template <class Ctx>
 concept OcspObject = std::is_same_v<Ctx, RequestListCtx> || std::is_same_v<Ctx, RequestCtx> ||
     std::is_same_v<Ctx, ResponseListCtx> || std::is_same_v<Ctx, ResponseCtx>;
