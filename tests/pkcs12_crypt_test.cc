@@ -110,7 +110,7 @@ const size_t sizes[] = {1, 7, 8, 9, 15, 16, 17, 1000, 20000};
 // Passwords and salts that end before, at and after a block; carries all the way through a block occur in these.
 TEST(Pkcs12Crypt, DerivesAsLibcrypto) {
     for (const auto &[digest, md] : {std::pair(KA_DIGEST_MD5, EVP_md5()), std::pair(KA_DIGEST_SHA1, EVP_sha1())})
-        for (const size_t size : {0, 1, 30, 31, 32, 63, 64, 1000}) {
+        for (const size_t size : std::initializer_list<size_t>{0, 1, 30, 31, 32, 63, 64, 1000}) {
             const Password from = {counted(size), counted(2 * size + 1), 1 + static_cast<uint32_t>(size % 5)};
             const Octets wide = hex(run(2 * size + 2, [&](auto... out) {
                 return KA_PKCS12_ACIItoUNI(from.octets.data(), sizeOf(from.octets), out...);

@@ -283,8 +283,9 @@ KARIL_API int32_t KACert_GetCertAttributeChar(CertDecodeCtx *ctx, int32_t id, ui
  * 1 on is linear.
  * Returns 0 or KACERT_InvalidParamErr.
  */
-KARIL_API int32_t KACert_GetCertAttributePrivate(CertDecodeCtx *ctx, uint32_t *index, uint8_t *oid, uint32_t *oidLength,
-                                                 uint32_t *critical, uint8_t *value, uint32_t *valueLength);
+KARIL_API int32_t KACert_GetCertAttributePrivate(const CertDecodeCtx *ctx, uint32_t *index, uint8_t *oid,
+                                                 uint32_t *oidLength, uint32_t *critical, uint8_t *value,
+                                                 uint32_t *valueLength);
 
 #ifdef __cplusplus
 }

@@ -184,8 +184,8 @@ KARIL_API int32_t KACert_GetCsrAttributeChar(CsrDecodeCtx *ctx, int32_t id, uint
  * its tag and length. The context remembers the position, so that a walk from 1 on is linear.
  * Returns 0 or KACERT_InvalidParamErr.
  */
-KARIL_API int32_t KACert_GetCsrAttributePrivate(CsrDecodeCtx *ctx, uint32_t *index, uint8_t *oid, uint32_t *oidLength,
-                                                uint8_t *value, uint32_t *valueLength);
+KARIL_API int32_t KACert_GetCsrAttributePrivate(const CsrDecodeCtx *ctx, uint32_t *index, uint8_t *oid,
+                                                uint32_t *oidLength, uint8_t *value, uint32_t *valueLength);
 
 #ifdef __cplusplus
 }

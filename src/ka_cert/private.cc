@@ -70,11 +70,12 @@ int32_t KACert_SetCertAttributePrivate_ForValue(CertEncodeCtx *ctx, const uint8_
     return KA_DONE();
 }
 
-int32_t KACert_GetCertAttributePrivate(CertDecodeCtx *ctx, uint32_t *index, uint8_t *oid, uint32_t *oidLength,
+int32_t KACert_GetCertAttributePrivate(const CertDecodeCtx *ctx, uint32_t *index, uint8_t *oid, uint32_t *oidLength,
                                        uint32_t *critical, uint8_t *value, uint32_t *valueLength) {
     KA_FRAME("KACert_GetCertAttributePrivate");
     KA_PASS(checkPointers({ctx, index}));
-    const PrivateExtensionNode *node = numbered(ctx->extensions.privateExtensions, ctx->privateExtensionMarks, *index);
+    const PrivateExtensionNode *node =
+        numbered(ctx->extensions.privateExtensions, const_cast<ListMarks &>(ctx->privateExtensionMarks), *index);
     if (node == nullptr)
         return KA_DONE();
     KA_PASS(checkPointers({oidLength, critical, valueLength}));

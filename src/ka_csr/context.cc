@@ -80,11 +80,11 @@ int32_t KACert_SetCsrAttributePrivate(CsrEncodeCtx *ctx, const uint8_t *oid, int
     return KA_DONE();
 }
 
-int32_t KACert_GetCsrAttributePrivate(CsrDecodeCtx *ctx, uint32_t *index, uint8_t *oid, uint32_t *oidLength,
+int32_t KACert_GetCsrAttributePrivate(const CsrDecodeCtx *ctx, uint32_t *index, uint8_t *oid, uint32_t *oidLength,
                                       uint8_t *value, uint32_t *valueLength) {
     KA_FRAME("KACert_GetCsrAttributePrivate");
     KA_PASS(checkPointers({ctx, index}));
-    const CsrAttributeNode *node = numbered(ctx->attributes, ctx->attributeMarks, *index);
+    const CsrAttributeNode *node = numbered(ctx->attributes, const_cast<ListMarks &>(ctx->attributeMarks), *index);
     if (node == nullptr)
         return KA_DONE();
     KA_PASS(checkPointers({oidLength, valueLength}));

@@ -72,7 +72,8 @@ template <auto Link, class Node> Node *nodeAt(Node *first, ListMarks &marks, int
     return node;
 }
 
-// The node numbered `index`, from 1; without one `index` becomes their number.
+// The node numbered `index`, from 1; without one `index` becomes their number. The marks are notes that a Get makes in
+// a context whose data it leaves alone.
 template <class Node> const Node *numbered(Node *first, ListMarks &marks, uint32_t &index) {
     if (index <= INT32_MAX)
         if (const Node *found = nodeAt<&Node::next>(first, marks, static_cast<int32_t>(index)); found != nullptr)
