@@ -12,21 +12,29 @@ template <class Ctx> int32_t tryDecode(Bytes der) {
     return status;
 }
 
+// The longest OCSP object of the rows that is decoded.
+template <class Ctx> void changeLongest(const char *section, std::string_view type) {
+    Octets der;
+    for (const Row &row : rowsOf("OcspMessage", section))
+        if (row("type") == type && row.number("status") == KACERT_Ok && row.octets("der").size() > der.size())
+            der = row.octets("der");
+    cutAndChange(der, tryDecode<Ctx>);
+}
+
 TEST(Hostile, EveryOctetChanged) {
     cutAndChange(CertParts().whole(), tryDecode<CertDecodeCtx>);
     cutAndChange(fullCertificate(), tryDecode<CertDecodeCtx>);
     cutAndChange(fullCrl(), tryDecode<CrlDecodeCtx>);
     cutAndChange(fullRequest(), tryDecode<CsrDecodeCtx>);
-    cutAndChange(encodedId(), tryDecode<RequestListCtx>);
-    cutAndChange(fullSingleResponse(), tryDecode<ResponseListCtx>);
-    cutAndChange(fullOcspRequest(), tryDecode<RequestCtx>);
-    cutAndChange(fullOcspResponse(), tryDecode<ResponseCtx>);
+    changeLongest<RequestListCtx>("Decode", "question");
+    changeLongest<ResponseListCtx>("Decode", "answer");
+    changeLongest<RequestCtx>("DecodeRequest", "request");
+    changeLongest<ResponseCtx>("Decode", "response");
 }
 
 // `mayBeLost`: what decoding and asking may lose without a word: usages, alternative names, names as texts.
 template <class Ctx>
 void buildAndAsk(Octets (*build)(), const std::vector<int32_t> &mayBeLost, const std::vector<int32_t> &statuses) {
-    const Zone utc("UTC");
     const Octets der = build();
     EXPECT_TRUE(sweep([&] { EXPECT_EQ(toHex(build()), toHex(der)); }, {statuses}));
     const std::vector<std::string> want = answersOf<Ctx>(der);
@@ -46,10 +54,6 @@ TEST(FailingAllocations, EverythingBuiltAndAsked) {
                                {KACERT_MemoryErr, -1});
     buildAndAsk<CrlDecodeCtx>(fullCrl, {CRL_ISSUER_DN}, {KACERT_MemoryErr, KACERT_CrlNotEndErr});
     buildAndAsk<CsrDecodeCtx>(fullRequest, {}, {KACERT_MemoryErr});
-    buildAndAsk<RequestCtx>(fullOcspRequest, {}, {KACERT_MemoryErr, KACERT_InvalidParamErr, KACERT_InvalidItemErr});
-    buildAndAsk<ResponseListCtx>(fullSingleResponse, {},
-                                 {KACERT_MemoryErr, KACERT_InvalidParamErr, KACERT_InvalidItemErr});
-    buildAndAsk<ResponseCtx>(fullOcspResponse, {}, {KACERT_MemoryErr, KACERT_InvalidParamErr, KACERT_InvalidItemErr});
 }
 
 } // namespace

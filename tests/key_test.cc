@@ -103,23 +103,17 @@ TEST(Key, Decode) {
 
 // What was released of a private key has none of its numbers left.
 TEST(Key, KeysAreWiped) {
-    static const Octets prime(keyPair().secret.prime1 + 64, keyPair().secret.prime1 + 128);
-    static int blocks = 0, found = 0;
-    onRelease([](const void *block, size_t size) {
-        const auto *first = static_cast<const uint8_t *>(block);
-        ++blocks;
-        found += std::search(first, first + size, prime.begin(), prime.end()) != first + size ? 1 : 0;
-    });
-    encoded(Private, numbersOf(keyPair().secret));
-    // The copy of a hook's parameter, when it is replaced and when its context goes.
-    filled<CertEncodeCtx>(fixedSignature, prime.data(), sizeOf(prime));
-    filled<CrlEncodeCtx>(fixedSignature, prime.data(), sizeOf(prime));
-    filled<CsrEncodeCtx>(fixedSignature, prime.data(), sizeOf(prime));
-    const CertPtr ctx = filled<CertEncodeCtx>(fixedSignature, prime.data(), sizeOf(prime));
-    KACert_SetCertSignFunc(ctx.get(), fixedSignature, nullptr, 0);
-    onRelease(nullptr);
-    EXPECT_GE(blocks, 7); // the key, and copies of a parameter
-    EXPECT_EQ(found, 0);
+    const Octets prime(keyPair().secret.prime1 + 64, keyPair().secret.prime1 + 128);
+    const auto work = [&] {
+        encoded(Private, numbersOf(keyPair().secret));
+        // The copy of a hook's parameter, when it is replaced and when its context goes.
+        filled<CertEncodeCtx>(fixedSignature, prime.data(), sizeOf(prime));
+        filled<CrlEncodeCtx>(fixedSignature, prime.data(), sizeOf(prime));
+        filled<CsrEncodeCtx>(fixedSignature, prime.data(), sizeOf(prime));
+        const CertPtr ctx = filled<CertEncodeCtx>(fixedSignature, prime.data(), sizeOf(prime));
+        KACert_SetCertSignFunc(ctx.get(), fixedSignature, nullptr, 0);
+    };
+    EXPECT_EQ(releasedWith({prime}, 7, work), 0); // the key, and copies of a parameter
 }
 
 } // namespace

@@ -21,35 +21,22 @@ struct List {
     }
 };
 
-// A chain over the octets' elements, which must outlive it.
-struct Elements {
-    std::vector<Exact> octets;
-    std::vector<Anybuf> nodes;
-
-    explicit Elements(const std::vector<Octets> &all) {
-        for (const Octets &one : all)
-            octets.emplace_back(one);
-        for (const Exact &one : octets)
-            nodes.push_back(one.record);
-        for (size_t i = 1; i < nodes.size(); ++i)
-            nodes[i - 1].next = &nodes[i];
-    }
-    const Anybuf *first() const { return nodes.empty() ? nullptr : nodes.data(); }
-};
-
-std::vector<Octets> listOf(const Row &row, std::string_view column) {
-    std::vector<Octets> all;
-    for (const std::string &one : row.list(column))
-        all.push_back(row.parse(one));
-    return all;
+// A chain of the elements.
+Chain elementsOf(const Octets &elements) {
+    const Exact der(seq({oid("2A 03"), tlv(0xA0, elements)}));
+    Anybuf *content = nullptr;
+    uint8_t id[20];
+    uint32_t idLength = 0, number = 0;
+    EXPECT_EQ(TRIED(KI_MakeSequenceToContent(der.data(), 0, &content, id, &idLength, &number)), KACERT_Ok);
+    return Chain(content);
 }
 
 SWEPT_ROWS(Pkcs7Frame, Make) {
-    const Elements content(listOf(row, "content"));
+    const Chain content = elementsOf(row.octets("content"));
     const Octets id = row.octets("oid");
     Anybuf *out = nullptr;
     const int32_t status =
-        TRIED(KI_MakeContentToSequence(content.first(), id.data(), lengthOf(id), &out, row.number<uint32_t>("number")));
+        TRIED(KI_MakeContentToSequence(content.get(), id.data(), lengthOf(id), &out, row.number<uint32_t>("number")));
     EXPECT_EQ(answerOf(status, out), row.hex("want"));
 }
 
@@ -87,9 +74,9 @@ ROWS(Pkcs7Frame, AnyType) {
 }
 
 SWEPT_ROWS(Pkcs7Frame, Attributes) {
-    const Elements elements(listOf(row, "elements"));
+    const Chain elements = elementsOf(row.octets("elements"));
     List list;
-    EXPECT_EQ(TRIED(KI_PKCS7_DecodeAttributes(elements.first(), &list.head)), row.number("status"));
+    EXPECT_EQ(TRIED(KI_PKCS7_DecodeAttributes(elements.get(), &list.head)), row.number("status"));
     EXPECT_EQ(list.head != nullptr ? list.head->count : 0u, row.number<uint32_t>("count"));
     Anybuf *out = nullptr;
     const int32_t status = TRIED(KI_PKCS7_EncodeAttributes(list.head, &out));
@@ -106,42 +93,31 @@ TEST(Pkcs7Frame, DigestInfoAndTheEncoderThatWritesNothing) {
         EXPECT_EQ(TRIED(KI_MakeDigestInfo(&algorithm, digest.data(), 20, out.data(), &length)), KACERT_Ok);
         // RFC 8017 9.2, note 1.
         EXPECT_EQ(toHex(out.data(), length), "30 21 30 09 06 05 2B 0E 03 02 1A 05 00 04 14 " + toHex(digest));
-        const uint8_t octet = 0x05;
-        EXPECT_EQ(TRIED(KA_PKCS7_EncodePKCS7DerTypeData(nullptr, nullptr, &octet, 1, PKCS7_TYPE_DATA)), KACERT_Ok);
+        EXPECT_EQ(TRIED(KA_PKCS7_EncodePKCS7DerTypeData(nullptr, nullptr, id.data(), 1, PKCS7_TYPE_DATA)), KACERT_Ok);
     });
     const Octets large(512);
-    const std::pair<uint32_t, int32_t> sizes[] = {{498, KACERT_Ok}, {499, KACERT_InvalidLengthErr}};
-    for (const auto &[size, want] : sizes) {
-        const AlgorithmRecord none = {};
-        EXPECT_EQ(KI_MakeDigestInfo(&none, large.data(), static_cast<int32_t>(size), out.data(), &length), want);
-    }
     const AlgorithmRecord none = {};
-    EXPECT_EQ(KI_MakeDigestInfo(&none, large.data(), -1, out.data(), &length), KACERT_InvalidLengthErr);
-    const uint8_t octet = 0x05;
+    for (const auto &[size, want] :
+         {std::pair(498, KACERT_Ok), {499, KACERT_InvalidLengthErr}, {-1, KACERT_InvalidLengthErr}})
+        EXPECT_EQ(KI_MakeDigestInfo(&none, large.data(), size, out.data(), &length), want);
     for (const int32_t type : {0, 7, -1})
-        EXPECT_EQ(KA_PKCS7_EncodePKCS7DerTypeData(nullptr, nullptr, &octet, 1, type), KAPKCS7_ContentTypeErr);
-    EXPECT_EQ(KA_PKCS7_EncodePKCS7DerTypeData(nullptr, nullptr, &octet, -1, 1), KACERT_InvalidLengthErr);
+        EXPECT_EQ(KA_PKCS7_EncodePKCS7DerTypeData(nullptr, nullptr, large.data(), 1, type), KAPKCS7_ContentTypeErr);
+    EXPECT_EQ(KA_PKCS7_EncodePKCS7DerTypeData(nullptr, nullptr, large.data(), -1, 1), KACERT_InvalidLengthErr);
 }
 
 // A level of every size of length field, among them 65,535, whose length has one octet more than DER asks for.
 TEST(Pkcs7Frame, LargeContentIsFramedAndReadBack) {
-    for (const uint32_t size : {100u, 128u, 65000u, 65535u, 70000u, 17000000u}) {
+    for (const uint32_t size : {100u, 128u, 65000u, 65531u, 70000u, 17000000u}) {
         const Octets content = tlv(0x04, Octets(size, 0x61));
-        const Elements elements({content});
+        const Chain elements = elementsOf(content);
+        ASSERT_NE(elements, nullptr);
+        EXPECT_TRUE(std::ranges::equal(content, bytesOf(*elements))) << size;
+        const Octets tagged = size == 65531 ? cat({hex("A0 83 00 FF FF"), content}) : tlv(0xA0, content);
         Anybuf *out = nullptr;
-        ASSERT_EQ(KI_MakeContentToSequence(elements.first(), bytesOf(std::string_view("\x2A\x03")).data(), 2, &out, 0),
-                  KACERT_Ok);
+        EXPECT_EQ(KI_MakeContentToSequence(elements.get(), bytesOf("\x2A\x03").data(), 2, &out, 0), KACERT_Ok);
         const Chain frame(out);
-        uint8_t id[20];
-        uint32_t idLength = 0, number = 1;
-        Anybuf *inner = nullptr;
-        ASSERT_EQ(
-            KI_MakeSequenceToContent(frame->data, static_cast<int32_t>(frame->length), &inner, id, &idLength, &number),
-            KACERT_Ok)
-            << size;
-        const Chain owner(inner);
-        EXPECT_TRUE(std::equal(content.begin(), content.end(), inner->data, inner->data + inner->length)) << size;
-        EXPECT_EQ(number, 0u);
+        ASSERT_NE(frame, nullptr);
+        EXPECT_TRUE(std::ranges::equal(seq({oid("2A 03"), tagged}), bytesOf(*frame))) << size;
     }
 }
 

@@ -17,7 +17,6 @@ namespace {
 constexpr std::string_view TripleDesOid = "\x2A\x86\x48\x86\xF7\x0D\x03\x07";
 constexpr int32_t Sha1 = KA_DIGEST_SHA1;
 using Bio = std::unique_ptr<BIO, By<BIO_free>>;
-using X509Ptr = Ssl<X509_free>;
 using P7 = Ssl<PKCS7_free>;
 
 Bio readFrom(std::string_view text) {
@@ -29,27 +28,27 @@ std::string textOf(BIO *bio) {
     return std::string(data, static_cast<size_t>(size));
 }
 
-struct Identity {
-    Pkey key = keyOf(keyPair().secret);
-    Octets der;
-    X509Ptr x509;
-
-    Identity() {
+// A certificate of Root's with serial number 5, and its key.
+const Pkey &rsaKey() {
+    static const Pkey key = keyOf(keyPair().secret);
+    return key;
+}
+const Octets &certificate() {
+    static const Octets der = [] {
         const CertPtr cert = filled<CertEncodeCtx>(signBySha1, &keyPair().secret, sizeof keyPair().secret);
-        set(*cert, CERT_SUBJECTPUBLICKEYINFO, publicKeyOf(key));
-        der = encode(*cert);
-        x509 = parsed<d2i_X509, X509_free>(der);
-    }
-};
-const Identity &identity() {
-    static const Identity one;
-    return one;
+        set(*cert, CERT_SUBJECTPUBLICKEYINFO, publicKeyOf(rsaKey()));
+        return encode(*cert);
+    }();
+    return der;
+}
+X509 *x509() {
+    static const auto parsedOne = parsed<d2i_X509, X509_free>(certificate());
+    return parsedOne.get();
 }
 
 SignerPtr signer(bool hasAttributes) {
-    SignerPtr ctx = create<SignerInfoCtx>();
+    SignerPtr ctx = plainSigner();
     set(*ctx, PKCS7_SIGNER_DN, commonName("Root"));
-    set(*ctx, PKCS7_SIGNER_SERIAL, "\x05");
     set(*ctx, PKCS7_SIGNER_DIGEST_ALGO, Sha1Oid);
     set(*ctx, PKCS7_SIGNER_DIGEST_ENC_ALG, RsaEncryptionOid);
     if (hasAttributes)
@@ -93,9 +92,8 @@ ContentPtr content() {
     return ctx;
 }
 RecipientPtr recipient() {
-    RecipientPtr ctx = create<RecipientInfoCtx>();
+    RecipientPtr ctx = plainRecipient();
     set(*ctx, PKCS7_RECIPIENT_DN, commonName("Root"));
-    set(*ctx, PKCS7_RECIPIENT_SERIAL, "\x05");
     set(*ctx, PKCS7_RECIPIENT_KEYENCRYPTION_ALGO, RsaEncryptionOid);
     KA_PKCS7_SetRecipientInfoKeyEncFunc(ctx.get(), KA_PublicKeyEncryptFunc_Ref, &keyPair().open, sizeof keyPair().open);
     return ctx;
@@ -115,9 +113,9 @@ std::string opened(EncryptedContentCtx &ctx, RecipientInfoCtx *from) {
     cipher.isToEncipher = 0;
     std::copy_n(ctx.encryptionAlgorithm.parameters.data + 2, 8, cipher.iv);
     KA_PKCS7_SetEncryptContentDecFunc(&ctx, runCipher, &cipher, sizeof cipher);
-    Octets plain(ctx.encryptedContent.length);
-    EXPECT_EQ(KA_PKCS7_GetEncryptedContentInformation(&ctx, plain.data(), &length), KACERT_Ok);
-    return std::string(plain.begin(), plain.begin() + length);
+    std::string plain(ctx.encryptedContent.length, 0);
+    EXPECT_EQ(KA_PKCS7_GetEncryptedContentInformation(&ctx, reinterpret_cast<uint8_t *>(plain.data()), &length), 0);
+    return plain.substr(0, length);
 }
 
 const std::string Document = "A document\r\nof two lines";
@@ -130,7 +128,7 @@ TEST(Pkcs7Oracle, Signed) {
         set(*ctx, 39, Sha1Oid);
         set(*ctx, 40, DataOid);
         set(*ctx, 41, Document);
-        set(*ctx, 42, identity().der);
+        set(*ctx, 42, certificate());
         set(*ctx, 43, crl);
         for (int i = 0; i < 2; ++i)
             handOver(KA_PKCS7_SetSignedData_SignerInfo, *ctx, signer(hasAttributes));
@@ -149,13 +147,13 @@ TEST(Pkcs7Oracle, Signed) {
 
         const Bio input = readFrom(Document);
         const P7 made(PKCS7_sign(nullptr, nullptr, nullptr, input.get(), PKCS7_PARTIAL | PKCS7_BINARY));
-        PKCS7_sign_add_signer(made.get(), identity().x509.get(), identity().key.get(), EVP_sha1(),
+        PKCS7_sign_add_signer(made.get(), x509(), rsaKey().get(), EVP_sha1(),
                               PKCS7_BINARY | (hasAttributes ? 0 : PKCS7_NOATTR));
         PKCS7_add_crl(made.get(), parsed<d2i_X509_CRL, X509_CRL_free>(crl).get());
         ASSERT_EQ(PKCS7_final(made.get(), input.get(), PKCS7_BINARY), 1);
         EXPECT_EQ(decodeMessage(*ctx, derOf(i2d_PKCS7, made.get())), KACERT_Ok);
         EXPECT_EQ(toHex(ctx->content), toHex(text(Document)));
-        EXPECT_EQ(answer(*ctx, 42) + answer(*ctx, 43), toHex(identity().der) + toHex(crl));
+        EXPECT_EQ(answer(*ctx, 42) + answer(*ctx, 43), toHex(certificate()) + toHex(crl));
         EXPECT_EQ(verdictOf(*ctx->signerInfos), PKCS7_VERDICT_GOOD);
         ERR_clear_error();
     }
@@ -173,12 +171,12 @@ TEST(Pkcs7Oracle, Enveloped) {
     const P7 theirs = parsed<d2i_PKCS7, PKCS7_free>(encode(*ctx));
     ASSERT_NE(theirs, nullptr);
     const Bio out(BIO_new(BIO_s_mem()));
-    EXPECT_EQ(PKCS7_decrypt(theirs.get(), identity().key.get(), identity().x509.get(), out.get(), PKCS7_BINARY), 1);
+    EXPECT_EQ(PKCS7_decrypt(theirs.get(), rsaKey().get(), x509(), out.get(), PKCS7_BINARY), 1);
     EXPECT_EQ(textOf(out.get()), Document);
 
     const std::string large(100000, 'x');
     STACK_OF(X509) *const to = sk_X509_new_null();
-    sk_X509_push(to, identity().x509.get());
+    sk_X509_push(to, x509());
     const P7 made(PKCS7_encrypt(to, readFrom(large).get(), EVP_des_ede3_cbc(), PKCS7_BINARY));
     sk_X509_free(to);
     ASSERT_NE(made, nullptr);
@@ -212,7 +210,7 @@ TEST(Pkcs7Oracle, SignedAndEnveloped) {
     const SignedEnvelopedPtr ctx = create<SignedAndEnvelopedDataCtx>();
     const Cipher cipher;
     KA_PKCS7_SetSignedAndEnvelopedDataAttributeInt(ctx.get(), 44, 1);
-    set(*ctx, 45, identity().der);
+    set(*ctx, 45, certificate());
     set(*ctx, 47, Sha1Oid);
     set(*ctx, 48, Document);
     set(*ctx, 49, DataOid);
@@ -222,21 +220,20 @@ TEST(Pkcs7Oracle, SignedAndEnveloped) {
     handOver(KA_PKCS7_SetSignedAndEnvelopedData_EncryptedContent, *ctx, content());
     const P7 theirs = parsed<d2i_PKCS7, PKCS7_free>(encode(*ctx));
     ASSERT_NE(theirs, nullptr);
-    const std::unique_ptr<BIO, By<BIO_free_all>> plain(
-        PKCS7_dataDecode(theirs.get(), identity().key.get(), nullptr, identity().x509.get()));
+    const std::unique_ptr<BIO, By<BIO_free_all>> plain(PKCS7_dataDecode(theirs.get(), rsaKey().get(), nullptr, x509()));
     ASSERT_NE(plain, nullptr);
     std::string got(200, '\0');
     const int size = BIO_read(plain.get(), got.data(), 200);
     EXPECT_EQ(got.substr(0, static_cast<size_t>(std::max(size, 0))), Document);
     PKCS7_SIGNER_INFO *info = sk_PKCS7_SIGNER_INFO_value(PKCS7_get_signer_info(theirs.get()), 0);
-    EXPECT_EQ(PKCS7_signatureVerify(plain.get(), theirs.get(), info, identity().x509.get()), 1);
+    EXPECT_EQ(PKCS7_signatureVerify(plain.get(), theirs.get(), info, x509()), 1);
 
     const P7 made(PKCS7_new());
     PKCS7_set_type(made.get(), NID_pkcs7_signedAndEnveloped);
     PKCS7_set_cipher(made.get(), EVP_des_ede3_cbc());
-    PKCS7_add_certificate(made.get(), identity().x509.get());
-    PKCS7_add_signature(made.get(), identity().x509.get(), identity().key.get(), EVP_sha1());
-    PKCS7_add_recipient(made.get(), identity().x509.get());
+    PKCS7_add_certificate(made.get(), x509());
+    PKCS7_add_signature(made.get(), x509(), rsaKey().get(), EVP_sha1());
+    PKCS7_add_recipient(made.get(), x509());
     const std::unique_ptr<BIO, By<BIO_free_all>> data(PKCS7_dataInit(made.get(), nullptr));
     ASSERT_NE(data, nullptr);
     BIO_write(data.get(), Document.data(), static_cast<int>(Document.size()));

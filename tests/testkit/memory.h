@@ -1,10 +1,9 @@
 // Allocations that fail on demand, and the sweep that makes each one of a test's body fail.
 #pragma once
 
-#include "karil/base.h"
+#include "octets.h"
 
 #include <functional>
-#include <vector>
 
 namespace karil_test {
 
@@ -16,6 +15,9 @@ enum class Pool { Library, Crypto };
 long liveBlocks(Pool pool);
 // Shows the thread's blocks as they are released; null: no more.
 void onRelease(void (*look)(const void *block, size_t size));
+// How many of the blocks that the thread releases in `work` hold one of the secrets; -1 if it releases fewer than
+// `least`.
+int releasedWith(const std::vector<Octets> &secrets, int least, const std::function<void()> &work);
 // The nth allocation from here on fails, the first being 1, and every one after it if `forGood` is set.
 void failAllocation(Pool pool, long nth, bool forGood);
 // Ends the failing. True if an allocation has failed.

@@ -9,29 +9,32 @@ namespace karil_test {
 
 // "status N", "untouched", or the octets, in hex.
 template <class Ctx> std::string answer(Ctx &ctx, int32_t id, int32_t position = 1) {
-    const Exact area(4096);
-    uint32_t length = 12345;
-    const int32_t status = TRIED(Family<Ctx>::get(&ctx, id, area.data(), &length, position));
-    return status != KACERT_Ok ? "status " + std::to_string(status)
-           : length == 12345   ? "untouched"
-                               : toHex(area.data(), length);
+    return stored(
+        [&](uint8_t *result, uint32_t *length) { return Family<Ctx>::get(&ctx, id, result, length, position); });
 }
 
-// Takes the steps of a column: "id=octets", "int id=number", and the parts "signer", "attributes" for one with an
-// attribute 2A05=0500, "recipient", "content", each with the kinds of its hooks behind it: "signer=cc".
+inline int32_t addAttribute(SignerInfoCtx &ctx, bool isAuthenticated, const Octets &id, const Octets &value) {
+    const auto add = isAuthenticated ? KA_PKCS7_SetSignerAttribute : KA_PKCS7_SetSignerUnAttribute;
+    return TRIED(add(&ctx, id.data(), lengthOf(id), value.data(), lengthOf(value)));
+}
+
+// Takes the steps of a column: "id=octets", "int id=number"; for a signer "+OID=octets" and "-OID=octets", attributes
+// of either list; for a message the parts "signer", "attributes" for one with an attribute 2A05=0500, "recipient",
+// "content", each with the kinds of its hooks behind it: "signer=cc".
 template <class Ctx> void build(Ctx &ctx, const Row &row, std::string_view column) {
     for (const std::string &step : row.list(column)) {
         const size_t at = step.find('=');
         const std::string name = step.substr(0, at);
         const std::string value = at < step.size() ? step.substr(at + 1) : "";
-        const auto kind = [&](size_t i, std::string_view usual) {
-            return std::string(i < value.size() ? value.substr(i, 1) : usual);
-        };
+        const auto kind = [&](size_t i, const char *usual) { return i < value.size() ? value.substr(i, 1) : usual; };
         int32_t status = KACERT_Ok;
-        if (name == "signer" || name == "attributes") {
+        if (name[0] == '+' || name[0] == '-') {
+            if constexpr (std::is_same_v<Ctx, SignerInfoCtx>)
+                status = addAttribute(ctx, name[0] == '+', row.parse(name.substr(1)), row.parse(value));
+        } else if (name == "signer" || name == "attributes") {
             SignerPtr signer = plainSigner(kind(0, "c"), kind(1, "c"));
             if (name == "attributes")
-                TRIED(KA_PKCS7_SetSignerAttribute(signer.get(), hex("2A 05").data(), 2, hex("05 00").data(), 2));
+                addAttribute(*signer, true, hex("2A 05"), hex("05 00"));
             if constexpr (hasSigners<Ctx>)
                 status = handOver(Family<Ctx>::setSigner, ctx, std::move(signer));
         } else if (name == "recipient") {

@@ -11,28 +11,13 @@ template <class Ctx> struct Part {
     static int32_t setInt(Ctx *, int32_t, int32_t) { return KACERT_AttributeNotSupportErr; }
 };
 template <> struct Family<EncryptedContentCtx> : Part<EncryptedContentCtx> {
-    static constexpr auto create = KA_PKCS7_CreateEnocdeEncryptedContent;
-    static constexpr auto destroy = KA_PKCS7_DestoryEncodeEncryptedContent;
-    static constexpr auto set = KA_PKCS7_SetEncryptedContentAttributeChar;
-    static constexpr auto get = KA_PKCS7_GetEncryptedContentAttributeChar;
-    static constexpr auto encode = KA_PKCS7_EncodeEncryptedContent;
-    static constexpr auto decode = KA_PKCS7_DecodeEncryptedContent;
+    KIT_FAMILY(KA_PKCS7, EncryptedContent, CreateEnocdeEncryptedContent, DestoryEncodeEncryptedContent);
 };
 template <> struct Family<RecipientInfoCtx> : Part<RecipientInfoCtx> {
-    static constexpr auto create = KA_PKCS7_CreateEncodeRecipientInfo;
-    static constexpr auto destroy = KA_PKCS7_DestoryEncodeRecipientInfo;
-    static constexpr auto set = KA_PKCS7_SetRecipientInfoAttributeChar;
-    static constexpr auto get = KA_PKCS7_GetRecipientInfoAttributeChar;
-    static constexpr auto encode = KA_PKCS7_EncodeRecipientInfo;
-    static constexpr auto decode = KA_PKCS7_DecodeRecipientInfo;
+    KIT_FAMILY(KA_PKCS7, RecipientInfo, CreateEncodeRecipientInfo, DestoryEncodeRecipientInfo);
 };
 template <> struct Family<SignerInfoCtx> : Part<SignerInfoCtx> {
-    static constexpr auto create = KA_PKCS7_CreateEncodeSignerInfo;
-    static constexpr auto destroy = KA_PKCS7_DestoryEncodeSignerInfo;
-    static constexpr auto set = KA_PKCS7_SetSignerInfoAttributeChar;
-    static constexpr auto get = KA_PKCS7_GetSignerInfoAttributeChar;
-    static constexpr auto encode = KA_PKCS7_EncodeSignerInfo;
-    static constexpr auto decode = KA_PKCS7_DecodeSignerInfo;
+    KIT_FAMILY(KA_PKCS7, SignerInfo, CreateEncodeSignerInfo, DestoryEncodeSignerInfo);
 };
 using ContentPtr = Owner<EncryptedContentCtx>;
 using RecipientPtr = Owner<RecipientInfoCtx>;
@@ -41,13 +26,6 @@ using SignerPtr = Owner<SignerInfoCtx>;
 inline constexpr std::string_view DataOid = "\x2A\x86\x48\x86\xF7\x0D\x01\x07\x01";
 inline constexpr std::string_view Sha1Oid = "\x2B\x0E\x03\x02\x1A";
 
-// "status N", or what the encoder wrote into a buffer of `room` octets.
-template <class Ctx> std::string written(Ctx &ctx, size_t room = 4096) {
-    const Exact area(room);
-    uint32_t length = 12345;
-    const int32_t status = TRIED(Family<Ctx>::encode(&ctx, area.data(), &length));
-    return status == KACERT_Ok ? toHex(area.data(), length) : "status " + std::to_string(status);
-}
 template <class Ctx> int32_t decodeMessage(Ctx &ctx, Bytes der) {
     const Exact exact(der);
     return TRIED(Family<Ctx>::decode(&ctx, exact.data(), lengthOf(der)));

@@ -40,16 +40,20 @@ inline constexpr std::string_view RsaEncryptionOid = "\x2A\x86\x48\x86\xF7\x0D\x
 
 // What a family's functions are called, and the attributes without which nothing can be encoded.
 template <class Ctx> struct Family;
+#define KIT_FAMILY(PREFIX, NAME, CREATE, DESTROY)                                                                      \
+    static constexpr auto create = PREFIX##_##CREATE;                                                                  \
+    static constexpr auto destroy = PREFIX##_##DESTROY;                                                                \
+    static constexpr auto set = PREFIX##_Set##NAME##AttributeChar;                                                     \
+    static constexpr auto get = PREFIX##_Get##NAME##AttributeChar;                                                     \
+    static constexpr auto encode = PREFIX##_Encode##NAME;                                                              \
+    static constexpr auto decode = PREFIX##_Decode##NAME
+#define KIT_NUMBERS(PREFIX, NAME)                                                                                      \
+    static constexpr auto setInt = PREFIX##_Set##NAME##AttributeInt;                                                   \
+    static constexpr auto getInt = PREFIX##_Get##NAME##AttributeInt
 template <> struct Family<CertEncodeCtx> {
-    static constexpr auto create = KACert_CreateCertEncodeCtx;
-    static constexpr auto destroy = KACert_DestroyCertEncodeCtx;
-    static constexpr auto set = KACert_SetCertAttributeChar;
-    static constexpr auto setInt = KACert_SetCertAttributeInt;
-    static constexpr auto get = KACert_GetCertAttributeChar;
-    static constexpr auto getInt = KACert_GetCertAttributeInt;
+    KIT_FAMILY(KACert, Cert, CreateCertEncodeCtx, DestroyCertEncodeCtx);
+    KIT_NUMBERS(KACert, Cert);
     static constexpr auto hook = KACert_SetCertSignFunc;
-    static constexpr auto encode = KACert_EncodeCert;
-    static constexpr auto decode = KACert_DecodeCert;
     static constexpr Number Numbers[] = {{CERT_VERSION, 2}, {CERT_VALIDFROM, Y2020}, {CERT_VALIDTO, Y2030}};
     static constexpr Setting Settings[] = {
         {CERT_SERIALNUMBER, "\x05"},
@@ -62,15 +66,9 @@ template <> struct Family<CertEncodeCtx> {
     };
 };
 template <> struct Family<CrlEncodeCtx> {
-    static constexpr auto create = KACert_CreateCrlEncodeCtx;
-    static constexpr auto destroy = KACert_DestroyCrlEncodeCtx;
-    static constexpr auto set = KACert_SetCrlAttributeChar;
-    static constexpr auto setInt = KACert_SetCrlAttributeInt;
-    static constexpr auto get = KACert_GetCrlAttributeChar;
-    static constexpr auto getInt = KACert_GetCrlAttributeInt;
+    KIT_FAMILY(KACert, Crl, CreateCrlEncodeCtx, DestroyCrlEncodeCtx);
+    KIT_NUMBERS(KACert, Crl);
     static constexpr auto hook = KACert_SetCrlSignFunc;
-    static constexpr auto encode = KACert_EncodeCrl;
-    static constexpr auto decode = KACert_DecodeCrl;
     static constexpr std::span<const Number> Numbers = {};
     static constexpr Setting Settings[] = {
         {CRL_INNER_SIGNATUREALGORITHM, Sha1WithRsaOid},
@@ -79,15 +77,9 @@ template <> struct Family<CrlEncodeCtx> {
     };
 };
 template <> struct Family<CsrEncodeCtx> {
-    static constexpr auto create = KACert_CreateCsrEncodeCtx;
-    static constexpr auto destroy = KACert_DestroyCsrEncodeCtx;
-    static constexpr auto set = KACert_SetCsrAttributeChar;
-    static constexpr auto setInt = KACert_SetCsrAttributeInt;
-    static constexpr auto get = KACert_GetCsrAttributeChar;
-    static constexpr auto getInt = KACert_GetCsrAttributeInt;
+    KIT_FAMILY(KACert, Csr, CreateCsrEncodeCtx, DestroyCsrEncodeCtx);
+    KIT_NUMBERS(KACert, Csr);
     static constexpr auto hook = KACert_SetCsrSignFunc;
-    static constexpr auto encode = KACert_EncodeCsr;
-    static constexpr auto decode = KACert_DecodeCsr;
     static constexpr std::span<const Number> Numbers = {};
     static constexpr Setting Settings[] = {
         {CSR_OUTER_SIGNATUREALGORITHM, Sha1WithRsaOid},
@@ -116,16 +108,19 @@ template <class Ctx> int32_t set(Ctx &ctx, int32_t id, std::string_view characte
 template <class Ctx> int32_t decode(Ctx &ctx, Bytes der) {
     return TRIED(Family<Ctx>::decode(&ctx, der.data(), sizeOf(der)));
 }
-// The object, asked for as a caller does it; nothing where the status is not 0.
-template <class Ctx> Octets encode(Ctx &ctx, int32_t *status = nullptr) {
+// What a call answers that is asked for the length first, as a caller does it; nothing where the status is not 0.
+template <class Call> Octets asked(const Call &call, int32_t *status = nullptr) {
     uint32_t length = 0;
-    int32_t result = TRIED(Family<Ctx>::encode(&ctx, nullptr, &length));
-    Octets der(result == KACERT_Ok ? length : 0);
+    int32_t result = TRIED(call(static_cast<uint8_t *>(nullptr), &length));
+    Octets octets(result == KACERT_Ok ? length : 0);
     if (result == KACERT_Ok)
-        result = TRIED(Family<Ctx>::encode(&ctx, der.data(), &length));
+        result = TRIED(call(octets.data(), &length));
     if (status != nullptr)
         *status = result;
-    return der;
+    return octets;
+}
+template <class Ctx> Octets encode(Ctx &ctx, int32_t *status = nullptr) {
+    return asked([&](auto... out) { return Family<Ctx>::encode(&ctx, out...); }, status);
 }
 // Room beyond the length that was asked for: what could not be told for want of memory may be there in the next call.
 inline thread_local uint32_t spareRoom = 0;
@@ -144,6 +139,23 @@ template <class Ctx> std::string get(Ctx &ctx, int32_t id) {
     if (TRIED(Family<Ctx>::get(&ctx, id, area.data(), &length)) != KACERT_Ok || length > area.record.length)
         return "another answer";
     return toHex(area.data(), length);
+}
+
+// What the call stores in a buffer, in hex; "untouched" if it leaves the length as it was, or "status N".
+template <class Call> std::string stored(Call call, size_t room = 4096) {
+    constexpr uint32_t Untouched = 12345;
+    const Exact area(room);
+    uint32_t length = Untouched;
+    const int32_t status = TRIED(call(area.data(), &length));
+    if (status != KACERT_Ok)
+        return "status " + std::to_string(status);
+    return length == Untouched ? "untouched" : toHex(area.data(), length);
+}
+template <class Ctx> std::string ask(Ctx &ctx, int32_t id) {
+    return stored([&](uint8_t *result, uint32_t *length) { return Family<Ctx>::get(&ctx, id, result, length); });
+}
+template <class Ctx> std::string written(Ctx &ctx, size_t room = 4096) {
+    return stored([&](uint8_t *result, uint32_t *length) { return Family<Ctx>::encode(&ctx, result, length); }, room);
 }
 
 // A signature of three octets, whatever the protocol of the hook.

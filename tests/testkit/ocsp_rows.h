@@ -13,22 +13,6 @@ template <class Ctx> void setHash(Ctx &ctx, KAHookFunc hook) {
 template <class Ctx> void setSigning(Ctx &ctx, KAHookFunc hook) {
     EXPECT_EQ(TRIED(Family<Ctx>::hook(&ctx, hook, bytesOf("parameter").data(), 9)), KACERT_Ok);
 }
-template <class Ctx> void addSingles(Ctx &ctx, const Row &row) {
-    for (const std::string &single : row.list("singles")) {
-        const Octets octets = row.parse(single);
-        EXPECT_EQ(TRIED(Family<Ctx>::add(&ctx, octets.data(), lengthOf(octets))), KACERT_Ok);
-    }
-}
-
-// What is written is the column "wire", octet by octet, and DER to a printer that knows nothing of the library.
-template <class Ctx> void checkWritten(Ctx &ctx, const Row &row) {
-    const std::string octets = written(ctx);
-    EXPECT_EQ(octets, row.hex("wire"));
-    if (octets[0] == 's')
-        return;
-    EXPECT_EQ(printed(hex(octets)), printed(row.octets("wire")));
-}
-
 // "none", or what is stored: the state, its time, its octets.
 inline std::string stateOf(ResponseListCtx &ctx) {
     int32_t status = 0;
@@ -44,7 +28,7 @@ inline std::string stateOf(ResponseListCtx &ctx) {
     return all;
 }
 
-// Decodes the column "der", and asks: "15=octets", "int 33=3", "single 1=octets", or an answer in words.
+// Asks as the column "answers" says: "15=octets", "int 33=3", "single 1=octets", or an answer in words.
 template <class Ctx> std::string askFor(Ctx &ctx, const std::string &what) {
     if constexpr (std::is_same_v<Ctx, ResponseListCtx>)
         if (what == "state")
@@ -56,9 +40,7 @@ template <class Ctx> std::string askFor(Ctx &ctx, const std::string &what) {
             return askSingle(ctx, static_cast<uint32_t>(std::stoul(what.substr(7))));
     return ask(ctx, std::stoi(what));
 }
-template <class Ctx> void checkDecoding(Ctx &ctx, const Row &row) {
-    const Exact der(row.octets("der"));
-    EXPECT_EQ(decode(ctx, der.bytes()), row.number("status"));
+template <class Ctx> void checkAnswers(Ctx &ctx, const Row &row) {
     for (const std::string &answer : row.list("answers")) {
         const size_t end = answer.find('=');
         const std::string what = answer.substr(0, end);
@@ -69,43 +51,11 @@ template <class Ctx> void checkDecoding(Ctx &ctx, const Row &row) {
     }
 }
 
-// Requests and responses with all that can be set, and questions to them.
-inline Octets encodedId() {
-    const RequestListPtr list = create<RequestListCtx>();
-    for (const int32_t id : {15, 16, 17, 20})
-        set(*list, id, "value");
-    setHash(*list, echo);
-    return hex(written(*list));
-}
-template <class Ctx> Octets fullMessage(const char *section) {
-    const Zone utc("UTC");
-    const Owner<Ctx> ctx = create<Ctx>();
-    for (const Row &row : rowsOf("Samples", section))
-        EXPECT_EQ(takeAll(*ctx, row, "settings"), KACERT_Ok);
-    for (int count = 0; count < 2; ++count) {
-        const Octets id = encodedId();
-        EXPECT_EQ(TRIED(Family<Ctx>::add(ctx.get(), id.data(), lengthOf(id))), KACERT_Ok);
-    }
-    setSigning(*ctx, signByLength);
-    return hex(written(*ctx));
-}
-inline Octets fullOcspRequest() {
-    return fullMessage<RequestCtx>("OcspRequest");
-}
-inline Octets fullOcspResponse() {
-    return fullMessage<ResponseCtx>("OcspResponse");
-}
-inline Octets fullSingleResponse() {
-    const Zone utc("UTC");
-    const ResponseListPtr list = create<ResponseListCtx>();
-    const Octets id = encodedId();
-    set(*list, OCSP_RESPONDERLIST_CERTID, Bytes(id).subspan(2));
-    EXPECT_EQ(TRIED(KA_OCSP_SetResponseList_CertStatusUnInfo(list.get(), id.data(), 3)), KACERT_Ok);
-    for (const int32_t time : {23, 24})
-        EXPECT_EQ(TRIED(KA_OCSP_SetResponseListAttributeInt(list.get(), time, Y2020)), KACERT_Ok);
-    return hex(written(*list));
-}
-template <class Ctx> std::vector<std::string> ocspAnswersOf(Bytes der) {
+// All answers of an object that was decoded.
+template <class Ctx>
+concept OcspObject = std::is_same_v<Ctx, RequestListCtx> || std::is_same_v<Ctx, RequestCtx> ||
+    std::is_same_v<Ctx, ResponseListCtx> || std::is_same_v<Ctx, ResponseCtx>;
+template <OcspObject Ctx> std::vector<std::string> answersOf(Bytes der) {
     const Zone utc("UTC");
     const Exact exact(der);
     const Owner<Ctx> ctx = create<Ctx>();
@@ -120,18 +70,6 @@ template <class Ctx> std::vector<std::string> ocspAnswersOf(Bytes der) {
         for (uint32_t index = 0; index < 4; ++index)
             all.push_back(askSingle(*ctx, index));
     return all;
-}
-template <> inline std::vector<std::string> answersOf<RequestListCtx>(Bytes der) {
-    return ocspAnswersOf<RequestListCtx>(der);
-}
-template <> inline std::vector<std::string> answersOf<RequestCtx>(Bytes der) {
-    return ocspAnswersOf<RequestCtx>(der);
-}
-template <> inline std::vector<std::string> answersOf<ResponseListCtx>(Bytes der) {
-    return ocspAnswersOf<ResponseListCtx>(der);
-}
-template <> inline std::vector<std::string> answersOf<ResponseCtx>(Bytes der) {
-    return ocspAnswersOf<ResponseCtx>(der);
 }
 
 } // namespace karil_test
