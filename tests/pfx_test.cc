@@ -175,12 +175,13 @@ SWEPT_ROWS(Pfx, Encode, {KACERT_MemoryErr, KACERT_InvalidParamErr}, false) {
     int32_t status = 0, verdict = 0;
     for (const auto &[name, octets] : row.settings("set")) {
         const Exact value(octets);
-        const auto call = [&, &octets = octets](auto set, auto... index) {
-            return TRIED(set(ctx.get(), bytesOf("n").data(), 1, value.data(), lengthOf(octets), index...));
+        const int32_t length = lengthOf(octets);
+        const auto call = [&](auto set, auto... index) {
+            return TRIED(set(ctx.get(), bytesOf("n").data(), 1, value.data(), length, index...));
         };
         EXPECT_EQ(status, KACERT_Ok);
-        status = name == "key"      ? TRIED(KA_PKCS12_SetPrivateKey(ctx.get(), value.data(), lengthOf(octets)))
-                 : name == "cert"   ? TRIED(KA_PKCS12_SetCertificate(ctx.get(), value.data(), lengthOf(octets)))
+        status = name == "key"      ? TRIED(KA_PKCS12_SetPrivateKey(ctx.get(), value.data(), length))
+                 : name == "cert"   ? TRIED(KA_PKCS12_SetCertificate(ctx.get(), value.data(), length))
                  : name == "in"     ? call(KA_PKCS12_SetPrivateKey_Attribute)
                  : name == "beside" ? call(KA_PKCS12_SetPrivateKeyBag_Attribute)
                                     : call(KA_PKCS12_SetCertificateBag_Attribute, std::stoi(name));
