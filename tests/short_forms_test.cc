@@ -93,4 +93,39 @@ TEST(ShortForms, EntriesOfLists) {
     EXPECT_EQ(given, nullptr);
 }
 
+// Any octet inside may be another one: both ways refuse it alike, or read the same. Only the outermost length is
+// written longer here.
+template <class Decode> void expectAlike(const Octets &inner, uint8_t tag, const Decode &decode) {
+    for (size_t at = 0; at < inner.size(); ++at)
+        for (int value = 0; value < 256; ++value) {
+            Octets changed = inner;
+            changed[at] = static_cast<uint8_t>(value);
+            const auto size = static_cast<uint8_t>(changed.size());
+            EXPECT_EQ(decode(seq({cat({{tag, size}, changed})})), decode(seq({cat({{tag, 0x81, size}, changed})})))
+                << toHex(changed);
+        }
+}
+
+TEST(ShortForms, ChangedOctets) {
+    const Zone utc("UTC");
+    expectAlike(hex("30 09 06 03 55 04 03 0C 02 41 42"), 0x31, [](const Octets &der) {
+        NameList name;
+        const Exact source(der, 16);
+        const int32_t status = KI_DecodeIssuerSubject(&source.record, &name.head);
+        return std::to_string(status) + ' ' + wordsOf(name.head);
+    });
+    for (const char *extensions : {"", "30 0C 30 0A 06 03 55 1D 15 04 03 0A 01 05"})
+        expectAlike(cat({hex("02 02 00 81 17 0D"), text("250101120000Z"), hex(extensions)}), 0x30,
+                    [](const Octets &der) {
+                        const CrlPtr ctx = create<CrlEncodeCtx>();
+                        const Exact source(der, 16);
+                        std::string words = std::to_string(KI_CRL_DecodeRevokedCerts(&source.record, ctx.get()));
+                        for (const RevokedEntry *entry = ctx->firstRevoked; entry != nullptr; entry = entry->next)
+                            words += ' ' + wordsOf(entry->serialNumber) + wordsOf(entry->reason) +
+                                     std::to_string(entry->revocationDate.utcValue) +
+                                     std::to_string(entry->hasReason + 2 * entry->hasEntryExtensions);
+                        return words;
+                    });
+}
+
 } // namespace
