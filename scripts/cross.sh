@@ -54,7 +54,7 @@ fi
 run="$emulator;-L;$sysroot"
 loader=$sysroot/lib/ld-linux.so.2
 if [ "$arch" = i386 ] && "$loader" --version >/dev/null 2>&1; then
-    run="/usr/bin/env;GCONV_PATH=$libdir/gconv;$loader;--library-path;$sysroot/lib/i386-linux-gnu:$libdir"
+    run="/usr/bin/env;GCONV_PATH=$libdir/gconv;OPENSSL_MODULES=$libdir/ossl-modules;$loader;--library-path;$sysroot/lib/i386-linux-gnu:$libdir"
 fi
 
 export PKG_CONFIG_SYSROOT_DIR="$sysroot" PKG_CONFIG_LIBDIR="$libdir/pkgconfig:$sysroot/usr/share/pkgconfig"
