@@ -50,6 +50,18 @@ TEST(Cpp, OctetsOfEveryKind) {
     EXPECT_TRUE(karil::call(KA_PKCS7_DecodePKCS7Data, moved, *message));
 }
 
+// Contexts of one record with a destroy function each.
+TEST(Cpp, HandlesOfOneRecord) {
+    EXPECT_TRUE(karil::AuthSafe::make());
+    EXPECT_TRUE(karil::SignedAuthSafe::make());
+    karil::Result<karil::Pfx> pfx = karil::Pfx::make();
+    ASSERT_TRUE(pfx);
+    EXPECT_TRUE(karil::call(KA_PKCS12_SetPrivateKey, *pfx, karil::bytesOf("key")));
+    const karil::Result<karil::Octets> key = karil::ask(KA_PKCS12_GetPrivateKey, *pfx);
+    ASSERT_TRUE(key);
+    EXPECT_EQ(karil::textOf(*key), "key");
+}
+
 TEST(Cpp, ALambdaSigns) {
     const CrlPtr list = filled<CrlEncodeCtx>();
     int calls = 0;

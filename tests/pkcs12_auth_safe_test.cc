@@ -164,6 +164,12 @@ TEST(Pkcs12AuthSafe, Kinds) {
     int32_t verdict = 7;
     EXPECT_EQ(KA_PKCS12_GetAuthSafeOfDataType_MACVerifyResult(nullptr, &verdict), KACERT_Ok);
     EXPECT_EQ(verdict, 7);
+    // A verdict that is known needs no hook.
+    const SafePtr<Data> known = created<Data>();
+    for (const uint8_t verified : {uint8_t{0}, uint8_t{1}}) {
+        known->mac.verified = verified;
+        EXPECT_EQ(verdictOf(*known), verified == 1 ? "200" : "100");
+    }
 }
 
 } // namespace

@@ -197,6 +197,20 @@ using SignedAndEnvelopedData =
 using Signer = Handle<KA_PKCS7_CreateDecodeSignerInfo, KA_PKCS7_DestoryDecodeSignerInfo>;
 using Recipient = Handle<KA_PKCS7_CreateDecodeRecipientInfo, KA_PKCS7_DestoryDecodeRecipientInfo>;
 using EncryptedContent = Handle<KA_PKCS7_CreateDeocdeEncryptedContent, KA_PKCS7_DestoryDecodeEncryptedContent>;
+using KeyBag = Handle<KA_PKCS12_CreateDecodeKeyBag, KA_PKCS12_DestroyDecodeKeyBag>;
+using EncKeyBag = Handle<KA_PKCS12_CreateDecodeEncKeyBag, KA_PKCS12_DestoryDecodeEncKeyBag>;
+using CertBag = Handle<KA_PKCS12_CreateDecodeCertBag, KA_PKCS12_DestoryDecodeCertBag>;
+using CrlBag = Handle<KA_PKCS12_CreateDecodeCrlBag, KA_PKCS12_DestoryDecodeCrlBag>;
+using SecretContentsBag = Handle<KA_PKCS12_CreateDecodeSecretContentsBag, KA_PKCS12_DestoryDecodeSecretContentsBag>;
+using SafeBag = Handle<KA_PKCS12_CreateDecodeSafeBag, KA_PKCS12_DestoryDecodeSafeBag>;
+using SafeContents = Handle<KA_PKCS12_CreateDecodeSafeContents, KA_PKCS12_DestoryDecodeSafeContents>;
+using EnvelopedContentInfo =
+    Handle<KA_PKCS12_CreateEncodeContentInfoOfEnvelopedType, KA_PKCS12_DestoryEncodeContentInfoOfEnvelopedType>;
+using EncryptedContentInfo =
+    Handle<KA_PKCS12_CreateEncodeContentInfoOfEncryptedType, KA_PKCS12_DestoryEncodeContentInfoOfEncryptedType>;
+using AuthSafe = Handle<KA_PKCS12_CreateDecodeAuthSafeOfDataType, KA_PKCS12_DestoryDecodeAuthSafeOfDataType>;
+using SignedAuthSafe = Handle<KA_PKCS12_CreateDecodeAuthSafeOfSignedType, KA_PKCS12_DestoryDecodeAuthSafeOfSignedType>;
+using Pfx = Handle<KA_PKCS12_CreateDecodePfx, KA_PKCS12_DestroyDecodePFX>;
 
 } // namespace cpp
 } // namespace karil
