@@ -12,6 +12,12 @@ namespace tool {
 using Run = std::function<Exit()>;
 
 void addConvert(CLI::App &app, Run &run);
+void addKey(CLI::App &app, Run &run);
+void addRequest(CLI::App &app, Run &run);
+void addAuthority(CLI::App &app, Run &run);
+void addIssue(CLI::App &app, Run &run);
+void addRevoke(CLI::App &app, Run &run);
+void addCrl(CLI::App &app, Run &run);
 
 } // namespace tool
 

@@ -6,7 +6,9 @@
 namespace {
 
 // One row for each command.
-constexpr void (*commands[])(CLI::App &, tool::Run &) = {tool::addConvert};
+constexpr void (*commands[])(CLI::App &, tool::Run &) = {tool::addConvert,   tool::addKey,   tool::addRequest,
+                                                         tool::addAuthority, tool::addIssue, tool::addRevoke,
+                                                         tool::addCrl};
 
 } // namespace
 
