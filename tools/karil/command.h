@@ -18,6 +18,10 @@ void addAuthority(CLI::App &app, Run &run);
 void addIssue(CLI::App &app, Run &run);
 void addRevoke(CLI::App &app, Run &run);
 void addCrl(CLI::App &app, Run &run);
+void addPfx(CLI::App &app, Run &run);
+void addSign(CLI::App &app, Run &run);
+void addEnvelop(CLI::App &app, Run &run);
+void addOpen(CLI::App &app, Run &run);
 
 } // namespace tool
 

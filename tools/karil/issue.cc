@@ -101,8 +101,7 @@ karil::Octets makeCertificate(const Contents &contents, EVP_PKEY *key, const Dig
         check(karil::call(KACert_SetCertAttributePrivate, cert, KARIL_OID_SUBJECT_ALT_NAME, critical, names), what);
     }
     Signs signs{key, &digest};
-    const karil::Hook hook(signs);
-    check(KACert_SetCertSignFunc(cert.get(), hook.function(), hook.parameter(), hook.size()), what);
+    setHook(KACert_SetCertSignFunc, cert.get(), signs, what);
     const DatesInUtc utc;
     return valueOf(karil::ask(KACert_EncodeCert, cert), what);
 }
@@ -118,7 +117,7 @@ struct AuthorityOptions {
 Exit makeAuthority(const AuthorityOptions &options) {
     const std::vector<NamePart> subject = readSubject(options.subject);
     const Validity validity = validFor(options.days);
-    const Digest &digest = digestOf(options.digest);
+    const Digest &digest = digestNamed(options.digest);
     const Key key = makeKey(options.bits);
     // Its name in DER is that of a request.
     const Wanted wanted = readRequest({makeRequest(key.get(), digest, subject, {}), "", "the new authority"});
@@ -177,7 +176,7 @@ Exit issue(const IssueOptions &options) {
                             wanted.publicKey,
                             authority.keyId,
                             options.names.empty() ? wanted.dnsNames : options.names};
-    const karil::Octets certificate = makeCertificate(contents, authority.key.get(), digestOf(options.digest));
+    const karil::Octets certificate = makeCertificate(contents, authority.key.get(), digestNamed(options.digest));
     const std::string serial = hex(contents.serial);
     // What is not in the index could never be revoked, so that it comes first.
     authority.issued[serial] = {subjectText(certificate), validity.to, {}, 0};

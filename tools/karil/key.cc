@@ -1,7 +1,6 @@
 #include "key.h"
 
 #include "der_write.h"
-#include "failure.h"
 #include "options.h"
 
 #include <openssl/decoder.h>
@@ -26,11 +25,26 @@ constexpr Digest Known[] = {
     {"sha1", EVP_sha1, KARIL_OID_SHA1, KARIL_OID_SHA1_WITH_RSA},
 };
 
-// A length for the calls of the library's hooks. -1, which is no status of the library, says that libcrypto refused.
+// How a hook ends.
 std::int32_t finished(bool isDone, std::size_t size, std::uint32_t &length) {
     ERR_clear_error();
     length = isDone ? static_cast<std::uint32_t>(size) : 0;
-    return isDone ? KACERT_Ok : -1;
+    return isDone ? KACERT_Ok : HookFailed;
+}
+
+bool isUsable(EVP_PKEY *key) {
+    return EVP_PKEY_get_bits(key) >= LeastBits && EVP_PKEY_get_bits(key) <= MostBits;
+}
+
+// A private key that was read.
+Key checked(Key key, const std::string &where) {
+    ERR_clear_error();
+    if (key == nullptr)
+        throw Failure{Exit::Unreadable, where + ": no private RSA key, or one under a password"};
+    if (!isUsable(key.get()))
+        throw Failure{Exit::Unreadable, where + ": a key of " + std::to_string(EVP_PKEY_get_bits(key.get())) +
+                                            " bits; those of 1,024 to 4,096 bits can be used"};
+    return key;
 }
 
 } // namespace
@@ -42,7 +56,7 @@ std::vector<std::string> digestNames() {
     return names;
 }
 
-const Digest &digestOf(const std::string &name) {
+const Digest &digestNamed(const std::string &name) {
     for (const Digest &digest : Known)
         if (name == digest.name)
             return digest;
@@ -72,14 +86,9 @@ Key readKey(const std::string &path) {
         OSSL_DECODER_CTX_new_for_pkey(&read, nullptr, nullptr, "RSA", EVP_PKEY_KEYPAIR, nullptr, nullptr));
     const bool isRead = ctx != nullptr && OSSL_DECODER_from_data(ctx.get(), &at, &size) == 1;
     Key key(read);
-    ERR_clear_error();
     if (!isRead)
-        throw Failure{Exit::Unreadable, nameOf(path) + ": no private RSA key, or one under a password"};
-    const int bits = EVP_PKEY_get_bits(key.get());
-    if (bits < LeastBits || bits > MostBits)
-        throw Failure{Exit::Unreadable, nameOf(path) + ": a key of " + std::to_string(bits) +
-                                            " bits; those of 1,024 to 4,096 bits can be used"};
-    return key;
+        key.reset();
+    return checked(std::move(key), nameOf(path));
 }
 
 void writeKey(const std::string &path, EVP_PKEY *key, bool force) {
@@ -104,14 +113,24 @@ Key publicKey(karil::Bytes octets) {
     const unsigned char *at = octets.data();
     Key key(d2i_PublicKey(EVP_PKEY_RSA, nullptr, &at, static_cast<long>(octets.size())));
     ERR_clear_error();
-    if (key != nullptr && (EVP_PKEY_get_bits(key.get()) < LeastBits || EVP_PKEY_get_bits(key.get()) > MostBits))
+    if (key != nullptr && !isUsable(key.get()))
         key.reset();
     return key;
 }
 
-void checkBelongs(EVP_PKEY *key, karil::Bytes content, const std::string &certificate) {
+Key privateKey(karil::Bytes octets, const std::string &where) {
+    const unsigned char *at = octets.data();
+    Key key(d2i_PrivateKey(EVP_PKEY_RSA, nullptr, &at, static_cast<long>(octets.size())));
+    return checked(std::move(key), where);
+}
+
+bool belongs(EVP_PKEY *key, karil::Bytes content) {
     const Key other = publicKey(content);
-    if (other == nullptr || EVP_PKEY_eq(key, other.get()) != 1)
+    return other != nullptr && EVP_PKEY_eq(key, other.get()) == 1;
+}
+
+void checkBelongs(EVP_PKEY *key, karil::Bytes content, const std::string &certificate) {
+    if (!belongs(key, content))
         throw Failure{Exit::Misuse, certificate + ": the key is not that of this certificate"};
 }
 

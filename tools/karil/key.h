@@ -2,6 +2,7 @@
 #ifndef KARIL_TOOL_KEY_H
 #define KARIL_TOOL_KEY_H
 
+#include "failure.h"
 #include "password.h"
 
 #include <memory>
@@ -28,7 +29,7 @@ struct Digest {
 };
 // Their names, the one that is taken by default first.
 std::vector<std::string> digestNames();
-const Digest &digestOf(const std::string &name);
+const Digest &digestNamed(const std::string &name);
 // By the identifier of the signature algorithm; null if there is none.
 const Digest *digestWithRsa(karil::Bytes oid);
 
@@ -41,10 +42,12 @@ void writeKey(const std::string &path, EVP_PKEY *key, bool force);
 // RSAPublicKey, as the BIT STRING of a certificate holds it, and RSAPrivateKey.
 karil::Octets publicOctets(EVP_PKEY *key);
 Secret privateOctets(EVP_PKEY *key);
-// The key of such a BIT STRING; null if it is none.
+// The keys of such octets. A public one is null if they are none; for a private one that is a Failure.
 Key publicKey(karil::Bytes octets);
+Key privateKey(karil::Bytes octets, const std::string &where);
 
-// A Failure unless the key is that of the certificate: `content` is its BIT STRING.
+// Whether the key is that of a certificate whose BIT STRING holds `content`, and a Failure if it is not.
+bool belongs(EVP_PKEY *key, karil::Bytes content);
 void checkBelongs(EVP_PKEY *key, karil::Bytes content, const std::string &certificate);
 
 // Whether the key opens the signature of these octets.
@@ -52,6 +55,16 @@ bool isSignature(EVP_PKEY *key, const Digest &digest, karil::Bytes octets, karil
 
 karil::Octets digestOctets(const EVP_MD *digest, karil::Bytes octets);
 karil::Octets randomOctets(std::size_t count);
+
+// Hands a hook to the library, which calls it while `callable` lives.
+template <class Set, class Ctx, class Callable>
+void setHook(Set set, Ctx *ctx, Callable &callable, const std::string &what) {
+    const karil::Hook hook(callable);
+    check(set(ctx, hook.function(), hook.parameter(), static_cast<std::int32_t>(hook.size())), what);
+}
+
+// What a hook returns if libcrypto refuses: no status of the library.
+constexpr std::int32_t HookFailed = -1;
 
 // What hooks call: each has the octets to work on, room for the result, which is null to ask for its length, and the
 // length. The key must outlive the hook.

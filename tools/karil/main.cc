@@ -6,9 +6,9 @@
 namespace {
 
 // One row for each command.
-constexpr void (*commands[])(CLI::App &, tool::Run &) = {tool::addConvert,   tool::addKey,   tool::addRequest,
-                                                         tool::addAuthority, tool::addIssue, tool::addRevoke,
-                                                         tool::addCrl};
+constexpr void (*commands[])(CLI::App &, tool::Run &) = {
+    tool::addConvert, tool::addKey, tool::addRequest, tool::addAuthority, tool::addIssue, tool::addRevoke,
+    tool::addCrl,     tool::addPfx, tool::addSign,    tool::addEnvelop,   tool::addOpen};
 
 } // namespace
 

@@ -32,8 +32,18 @@ void addFolder(CLI::App &command, std::string &folder) {
     command.add_option("--authority", folder, "The authority's folder")->required();
 }
 
+void addPasswordFile(CLI::App &command, std::string &file) {
+    command.add_option("--password-file", file,
+                       "A file whose first line is the password; without it the terminal is asked");
+}
+
 void addOut(CLI::App &command, std::string &out, const std::string &what) {
     command.add_option("-o,--out", out, "The file for " + what + "; without it standard output");
+}
+
+void addMessageOut(CLI::App &command, std::string &out, bool &isDer) {
+    addOut(command, out, "the message");
+    command.add_flag("--der", isDer, "Write DER and not PEM");
 }
 
 void writePem(const std::string &path, karil::Bytes der, Kind kind, Existing existing) {
@@ -42,6 +52,13 @@ void writePem(const std::string &path, karil::Bytes der, Kind kind, Existing exi
     writeFile(path, karil::bytesOf(pem), facts.isSecret ? Mode::Private : Mode::Public, existing);
     if (facts.isSecret)
         OPENSSL_cleanse(pem.data(), pem.size());
+}
+
+void writeMessage(const std::string &path, karil::Bytes der, bool isDer) {
+    if (isDer)
+        writeFile(path, der, Mode::Public);
+    else
+        writePem(path, der, Kind::Message);
 }
 
 void say(const std::string &words, const std::string &out) {

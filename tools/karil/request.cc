@@ -42,8 +42,7 @@ karil::Octets makeRequest(EVP_PKEY *key, const Digest &digest, const std::vector
         check(karil::call(KACert_SetCsrAttributeChar, request, id, value), what);
     setName(KACert_SetCsrAttributeChar, request, CSR_SUBJECT_COUNTRYNAME, subject);
     Signs signs{key, &digest};
-    const karil::Hook hook(signs);
-    check(KACert_SetCsrSignFunc(request.get(), hook.function(), hook.parameter(), hook.size()), what);
+    setHook(KACert_SetCsrSignFunc, request.get(), signs, what);
     const karil::Octets octets = valueOf(karil::ask(KACert_EncodeCsr, request), what);
     return names.empty() ? octets : withNames(octets, names, signs);
 }
@@ -112,7 +111,7 @@ void addRequest(CLI::App &app, Run &run) {
         run = [options] {
             const std::vector<NamePart> subject = readSubject(options->subject);
             const Key key = readKey(options->key);
-            writePem(options->out, makeRequest(key.get(), digestOf(options->digest), subject, options->names),
+            writePem(options->out, makeRequest(key.get(), digestNamed(options->digest), subject, options->names),
                      Kind::Request);
             return Exit::Good;
         };

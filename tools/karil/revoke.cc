@@ -110,8 +110,7 @@ karil::Octets makeList(const Authority &authority, const Validity &validity, con
         if (issued.revoked)
             addEntry(list.get(), serial, issued, what);
     Signs signs{authority.key.get(), &digest};
-    const karil::Hook hook(signs);
-    check(KACert_SetCrlSignFunc(list.get(), hook.function(), hook.parameter(), hook.size()), what);
+    setHook(KACert_SetCrlSignFunc, list.get(), signs, what);
     const DatesInUtc utc;
     return valueOf(karil::ask(KACert_EncodeCrl, list), what);
 }
@@ -127,7 +126,7 @@ Exit makeCrl(const CrlOptions &options) {
     const Validity validity = validFor(options.days);
     Authority authority(options.folder);
     ++authority.crlNumber;
-    const karil::Octets list = makeList(authority, validity, digestOf(options.digest));
+    const karil::Octets list = makeList(authority, validity, digestNamed(options.digest));
     // A number that was counted and not used does no harm; one that was used twice would.
     authority.save();
     writePem(authority.path("crl.pem"), list, Kind::RevocationList);
