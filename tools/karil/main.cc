@@ -6,7 +6,7 @@
 namespace {
 
 // One row for each command.
-constexpr void (*commands[])(CLI::App &, tool::Run &) = {tool::addConvert};
+constexpr void (*commands[])(CLI::App &, tool::Run &) = {tool::addShow, tool::addConvert};
 
 } // namespace
 
