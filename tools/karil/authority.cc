@@ -1,6 +1,7 @@
 #include "authority.h"
 
 #include "dates.h"
+#include "decoded.h"
 #include "options.h"
 
 #include <cerrno>
@@ -87,16 +88,13 @@ void Authority::load() {
     const std::string file = path("authority.pem");
     key = readKey(path("authority.key"));
     certificate = readDocument(file).octets;
-    const auto cert = valueOf(karil::Certificate::make(), file);
     const DatesInUtc utc;
-    check(karil::call(KACert_DecodeCert, cert, certificate), file);
+    const karil::Certificate cert = decodeCertificate(certificate, file);
     const auto get = [&](std::int32_t id) { return valueOf(karil::ask(KACert_GetCertAttributeChar, cert, id), file); };
     checkBelongs(key.get(), get(CERT_SUBJECTPUBLICKEYINFO), file);
     keyId = get(CERTEX_SUBJECTKEYIDENTIFIER);
     name = get(CERT_SUBJECT_DERDN);
-    std::int32_t end = 0;
-    check(karil::call(KACert_GetCertAttributeInt, cert, CERT_VALIDTO, &end), file);
-    notAfter = end;
+    notAfter = dateOf(cert, CERT_VALIDTO);
 
     const std::string indexFile = path("index.json");
     const karil::Octets text = readFile(indexFile);

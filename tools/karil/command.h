@@ -11,6 +11,7 @@ namespace tool {
 
 using Run = std::function<Exit()>;
 
+void addShow(CLI::App &app, Run &run);
 void addConvert(CLI::App &app, Run &run);
 void addKey(CLI::App &app, Run &run);
 void addRequest(CLI::App &app, Run &run);

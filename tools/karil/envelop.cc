@@ -151,7 +151,7 @@ Secret openMessage(const Document &document, const KeyedParty &reader) {
     const auto *const cipher =
         std::ranges::find_if(Ciphers, [&](const Cipher &each) { return isSame(each.oid, algorithm); });
     if (cipher == std::end(Ciphers))
-        throw Failure{Exit::Unreadable, where + ": enciphered by " + oidText(algorithm) + ", which is not read here"};
+        throw Failure{Exit::Unreadable, where + ": enciphered by " + oidName(algorithm) + ", which is not read here"};
     const Element iv = elementOf(bytesOf(encrypted->encryptionAlgorithm.parameters));
     if (iv.tag != TagOctetString ||
         iv.content.size() != static_cast<std::size_t>(EVP_CIPHER_get_iv_length(cipher->function())))

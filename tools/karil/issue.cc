@@ -1,8 +1,10 @@
 // karil authority, karil issue.
 #include "authority.h"
 #include "command.h"
+#include "crypto.h"
 #include "dates.h"
 #include "der_write.h"
+#include "names.h"
 #include "options.h"
 #include "request.h"
 #include "text.h"
@@ -12,6 +14,7 @@
 namespace tool {
 namespace {
 
+constexpr const char *What = "the new certificate";
 constexpr std::size_t SerialOctets = 16;
 
 // What a certificate is for. `keyUsage`: RFC 5280 4.2.1.3, first bit on top. `usages`: as ExtKeyUsageExtension has it.
@@ -52,7 +55,7 @@ struct Contents {
 };
 
 karil::Octets keyIdOf(karil::Bytes publicKey) {
-    return digestOctets(EVP_sha1(), publicKey);
+    return digestOf(EVP_sha1(), publicKey);
 }
 
 // Positive, and 16 octets on the wire.
@@ -63,13 +66,12 @@ karil::Octets makeSerial() {
 }
 
 karil::Octets makeCertificate(const Contents &contents, EVP_PKEY *key, const Digest &digest) {
-    const std::string what = "the new certificate";
     const Profile &profile = *contents.profile;
-    const auto cert = valueOf(karil::Certificate::make(), what);
+    const auto cert = valueOf(karil::Certificate::make(), What);
     const std::tuple<std::int32_t, std::int32_t> numbers[] = {
         {CERT_VERSION, 2}, {CERT_VALIDFROM, contents.validity.from}, {CERT_VALIDTO, contents.validity.to}};
     for (const auto &[id, value] : numbers)
-        check(karil::call(KACert_SetCertAttributeInt, cert, id, value), what);
+        check(karil::call(KACert_SetCertAttributeInt, cert, id, value), What);
     const std::uint8_t isAuthority[] = {static_cast<std::uint8_t>(profile.isAuthority ? 0xFF : 0)};
     const std::uint8_t keyUsage[] = {profile.keyUsage};
     const std::uint8_t usages[] = {static_cast<std::uint8_t>(profile.usages),
@@ -93,17 +95,17 @@ karil::Octets makeCertificate(const Contents &contents, EVP_PKEY *key, const Dig
     };
     for (const auto &[id, value, isSet] : values)
         if (isSet)
-            check(karil::call(KACert_SetCertAttributeChar, cert, id, value), what);
+            check(karil::call(KACert_SetCertAttributeChar, cert, id, value), What);
     // The library's own attribute holds one DNS name.
     if (!contents.dnsNames.empty()) {
         const std::uint8_t critical = 0;
         const karil::Octets names = dnsAltNames(contents.dnsNames);
-        check(karil::call(KACert_SetCertAttributePrivate, cert, KARIL_OID_SUBJECT_ALT_NAME, critical, names), what);
+        check(karil::call(KACert_SetCertAttributePrivate, cert, KARIL_OID_SUBJECT_ALT_NAME, critical, names), What);
     }
     Signs signs{key, &digest};
-    setHook(KACert_SetCertSignFunc, cert.get(), signs, what);
+    setHook(KACert_SetCertSignFunc, cert.get(), signs, What);
     const DatesInUtc utc;
-    return valueOf(karil::ask(KACert_EncodeCert, cert), what);
+    return valueOf(karil::ask(KACert_EncodeCert, cert), What);
 }
 
 struct AuthorityOptions {
@@ -152,13 +154,6 @@ const Profile &profileOf(const std::string &name) {
     throw Failure{Exit::Misuse, "no profile of the name " + name};
 }
 
-// The subject as the library shows it, for the index.
-std::string subjectText(karil::Bytes certificate) {
-    const auto cert = valueOf(karil::Certificate::make(), "the new certificate");
-    check(karil::call(KACert_DecodeCert, cert, certificate), "the new certificate");
-    return fromLocal(valueOf(karil::ask(KACert_GetCertAttributeChar, cert, CERT_SUBJECT_DN), "the new certificate"));
-}
-
 Exit issue(const IssueOptions &options) {
     const Wanted wanted = readRequest(readDocument(options.request));
     if (Elements(elementOf(wanted.subject).content).size() == 0)
@@ -179,7 +174,7 @@ Exit issue(const IssueOptions &options) {
     const karil::Octets certificate = makeCertificate(contents, authority.key.get(), digestNamed(options.digest));
     const std::string serial = hex(contents.serial);
     // What is not in the index could never be revoked, so that it comes first.
-    authority.issued[serial] = {subjectText(certificate), validity.to, {}, 0};
+    authority.issued[serial] = {nameText(elementOf(wanted.subject)), validity.to, {}, 0};
     authority.save();
     writePem(authority.path("issued/" + serial + ".pem"), certificate, Kind::Certificate);
     writePem(options.out, certificate, Kind::Certificate);

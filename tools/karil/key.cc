@@ -143,15 +143,6 @@ bool isSignature(EVP_PKEY *key, const Digest &digest, karil::Bytes octets, karil
     return isGood;
 }
 
-karil::Octets digestOctets(const EVP_MD *digest, karil::Bytes octets) {
-    karil::Octets result(EVP_MAX_MD_SIZE);
-    unsigned length = 0;
-    if (EVP_Digest(octets.data(), octets.size(), result.data(), &length, digest, nullptr) != 1)
-        throw Failure{Exit::Unreadable, "libcrypto does not digest"};
-    result.resize(length);
-    return result;
-}
-
 karil::Octets randomOctets(std::size_t count) {
     karil::Octets octets(count);
     if (RAND_bytes(octets.data(), static_cast<int>(count)) != 1)

@@ -53,7 +53,6 @@ void checkBelongs(EVP_PKEY *key, karil::Bytes content, const std::string &certif
 // Whether the key opens the signature of these octets.
 bool isSignature(EVP_PKEY *key, const Digest &digest, karil::Bytes octets, karil::Bytes signature);
 
-karil::Octets digestOctets(const EVP_MD *digest, karil::Bytes octets);
 karil::Octets randomOctets(std::size_t count);
 
 // Hands a hook to the library, which calls it while `callable` lives.

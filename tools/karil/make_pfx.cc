@@ -1,5 +1,6 @@
 // karil pfx make, karil pfx open.
 #include "command.h"
+#include "crypto.h"
 #include "der_write.h"
 #include "options.h"
 #include "party.h"
@@ -38,7 +39,7 @@ Exit makePfx(const MakeOptions &options) {
     const std::vector<Party> chain = readChain(options.chain);
     const karil::Octets name = options.name.empty() ? karil::Octets() : friendlyName(options.name);
     // The same identifier at key and certificate says that they belong together.
-    const karil::Octets localKeyId = wrapped(TagOctetString, {digestOctets(EVP_sha1(), party.certificate)});
+    const karil::Octets localKeyId = wrapped(TagOctetString, {digestOf(EVP_sha1(), party.certificate)});
     const Secret password =
         pfxPassword(readPassword(options.passwordFile, "Password of the new PFX", Ask::Twice).bytes());
     const Secret privateKey = privateOctets(key.get());

@@ -2,6 +2,7 @@
 #include "request.h"
 
 #include "command.h"
+#include "decoded.h"
 #include "der_write.h"
 #include "options.h"
 #include "text.h"
@@ -48,8 +49,7 @@ karil::Octets makeRequest(EVP_PKEY *key, const Digest &digest, const std::vector
 }
 
 Wanted readRequest(const Document &document) {
-    const auto request = valueOf(karil::CertificationRequest::make(), document.file);
-    check(karil::call(KACert_DecodeCsr, request, document.octets), document.file + ": no request");
+    const karil::CertificationRequest request = decodeRequest(document.octets, document.file);
     const auto get = [&](std::int32_t id) {
         return valueOf(karil::ask(KACert_GetCsrAttributeChar, request, id), document.file);
     };
@@ -62,7 +62,7 @@ Wanted readRequest(const Document &document) {
     const Digest *digest = digestWithRsa(algorithm);
     if (digest == nullptr)
         throw Failure{Exit::Unreadable,
-                      document.file + ": signed by " + oidText(algorithm) + ", which is not verified here"};
+                      document.file + ": signed by " + oidName(algorithm) + ", which is not verified here"};
     const karil::Octets info = get(CSR_TBS_CSR);
     if (!isSignature(key.get(), *digest, info, get(CSR_SELF_SIGNATURE)))
         throw Failure{Exit::BadVerdict, document.file + ": the request's signature is not by its own key"};

@@ -4,6 +4,7 @@
 #include "dates.h"
 #include "der_write.h"
 #include "options.h"
+#include "party.h"
 #include "text.h"
 
 #include <algorithm>
@@ -29,15 +30,10 @@ std::vector<std::string> reasonNames() {
 // A serial number as the index has it: of a certificate's file, or as it was typed, with colons or without.
 std::string serialOf(const std::string &argument, const Authority &authority) {
     if (argument == "-" || access(argument.c_str(), F_OK) == 0) {
-        const Document document = readDocument(argument);
-        const auto cert = valueOf(karil::Certificate::make(), document.file);
-        check(karil::call(KACert_DecodeCert, cert, document.octets), document.file);
-        const auto get = [&](std::int32_t id) {
-            return valueOf(karil::ask(KACert_GetCertAttributeChar, cert, id), document.file);
-        };
-        if (!isSame(get(CERT_ISSUER_DERDN), authority.name))
-            throw Failure{Exit::Misuse, document.file + ": another authority has issued this certificate"};
-        return hex(get(CERT_SERIALNUMBER));
+        const Party party = readParty(argument);
+        if (!isSame(party.issuer, authority.name))
+            throw Failure{Exit::Misuse, party.file + ": another authority has issued this certificate"};
+        return hex(party.serial);
     }
     std::string serial;
     for (const char character : argument) {

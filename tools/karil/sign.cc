@@ -9,7 +9,7 @@
 namespace tool {
 namespace {
 
-const std::string What = "the new message";
+constexpr const char *What = "the new message";
 
 struct Options {
     std::string key;
