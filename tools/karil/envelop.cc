@@ -157,6 +157,10 @@ Secret openMessage(const Document &document, const KeyedParty &reader) {
         iv.content.size() != static_cast<std::size_t>(EVP_CIPHER_get_iv_length(cipher->function())))
         throw Failure{Exit::Unreadable, where + ": the cipher's parameters are no IV"};
 
+    const karil::Bytes wrapping = bytesOf(recipient->keyEncryptionAlgorithm.oid);
+    if (!isSame(wrapping, KARIL_OID_RSA_ENCRYPTION))
+        throw Failure{Exit::Unreadable,
+                      where + ": its key is enciphered by " + oidName(wrapping) + ", which is not read here"};
     Operates opens = opensKey(reader.key.get());
     setHook(KA_PKCS7_SetRecipientInfoKeyDecFunc, recipient, opens, where);
     const auto key = karil::askWithRoom(recipient->encryptedKey.length, KA_PKCS7_DecryptDesKey, recipient);
