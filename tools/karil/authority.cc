@@ -3,6 +3,7 @@
 #include "dates.h"
 #include "decoded.h"
 #include "options.h"
+#include "party.h"
 
 #include <cerrno>
 #include <cstring>
@@ -86,12 +87,12 @@ Authority::~Authority() {
 
 void Authority::load() {
     const std::string file = path("authority.pem");
-    key = readKey(path("authority.key"));
-    certificate = readDocument(file).octets;
+    KeyedParty own = readKeyedParty(file, path("authority.key"));
+    key = std::move(own.key);
+    certificate = std::move(own.party.certificate);
     const DatesInUtc utc;
     const karil::Certificate cert = decodeCertificate(certificate, file);
     const auto get = [&](std::int32_t id) { return valueOf(karil::ask(KACert_GetCertAttributeChar, cert, id), file); };
-    checkBelongs(key.get(), get(CERT_SUBJECTPUBLICKEYINFO), file);
     keyId = get(CERTEX_SUBJECTKEYIDENTIFIER);
     name = get(CERT_SUBJECT_DERDN);
     notAfter = dateOf(cert, CERT_VALIDTO);

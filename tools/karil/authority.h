@@ -42,7 +42,7 @@ public:
     // A certificate of the index; a Failure if there is none.
     Issued &find(const std::string &serial);
 
-    Key key;
+    KeyPtr key;
     karil::Octets certificate;
     karil::Octets keyId; // its subject key identifier
     karil::Octets name;  // its subject, a whole Name

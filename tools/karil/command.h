@@ -13,6 +13,7 @@ using Run = std::function<Exit()>;
 
 void addShow(CLI::App &app, Run &run);
 void addConvert(CLI::App &app, Run &run);
+void addVerify(CLI::App &app, Run &run);
 void addKey(CLI::App &app, Run &run);
 void addRequest(CLI::App &app, Run &run);
 void addAuthority(CLI::App &app, Run &run);
@@ -23,6 +24,7 @@ void addPfx(CLI::App &app, Run &run);
 void addSign(CLI::App &app, Run &run);
 void addEnvelop(CLI::App &app, Run &run);
 void addOpen(CLI::App &app, Run &run);
+void addCompletion(CLI::App &app, Run &run);
 
 } // namespace tool
 

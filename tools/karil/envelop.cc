@@ -49,7 +49,6 @@ karil::Octets envelop(karil::Bytes content, const std::vector<Party> &recipients
     const std::string what = "the new message";
     const Secret key(randomOctets(static_cast<std::size_t>(EVP_CIPHER_get_key_length(cipher.function()))));
     const karil::Octets iv = randomOctets(static_cast<std::size_t>(EVP_CIPHER_get_iv_length(cipher.function())));
-    std::vector<Key> keys;
     std::vector<Operates> hooks;
     hooks.reserve(recipients.size());
 
@@ -62,8 +61,7 @@ karil::Octets envelop(karil::Bytes content, const std::vector<Party> &recipients
     for (const auto &[id, value] : values)
         check(karil::call(KA_PKCS7_SetEnvelopedDataAttributeChar, message, id, value), what);
     for (const Party &party : recipients) {
-        Key publicOne = publicKey(party.publicKey);
-        if (publicOne == nullptr)
+        if (party.publicKey == nullptr)
             throw Failure{Exit::Unreadable, party.file + ": no RSA key of 1,024 to 4,096 bits in this certificate"};
         auto info = valueOf(karil::Recipient::make(), what);
         const std::pair<std::int32_t, karil::Bytes> fields[] = {
@@ -72,9 +70,8 @@ karil::Octets envelop(karil::Bytes content, const std::vector<Party> &recipients
             {PKCS7_RECIPIENT_KEYENCRYPTION_ALGO, KARIL_OID_RSA_ENCRYPTION}};
         for (const auto &[id, value] : fields)
             check(karil::call(KA_PKCS7_SetRecipientInfoAttributeChar, info, id, value), what);
-        setHook(KA_PKCS7_SetRecipientInfoKeyEncFunc, info.get(), hooks.emplace_back(enciphersKey(publicOne.get())),
-                what);
-        keys.push_back(std::move(publicOne));
+        setHook(KA_PKCS7_SetRecipientInfoKeyEncFunc, info.get(),
+                hooks.emplace_back(enciphersKey(party.publicKey.get())), what);
         check(karil::call(KA_PKCS7_SetEnvelopedData_RecipientInfo, message, info), what);
         info.release();
     }

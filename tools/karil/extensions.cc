@@ -1,14 +1,11 @@
 #include "extensions.h"
 
+#include "crypto.h"
 #include "names.h"
 #include "text.h"
 
-#include <openssl/evp.h>
-#include <openssl/x509.h>
-
 #include <algorithm>
 #include <bit>
-#include <memory>
 #include <string>
 
 namespace tool {
@@ -175,9 +172,7 @@ void showPublicKey(Printer &printer, const Element &info) {
     printer.field("algorithm", oidName(algorithm[0].content));
     if (algorithm[1].tag == TagOid)
         printer.field("curve", oidName(algorithm[1].content));
-    const unsigned char *octets = info.whole.data();
-    const std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)> key(
-        d2i_PUBKEY(nullptr, &octets, static_cast<long>(info.whole.size())), EVP_PKEY_free);
+    const KeyPtr key = publicKeyOf(info);
     if (key)
         printer.field("bits", std::int64_t{EVP_PKEY_get_bits(key.get())});
     if (!key || EVP_PKEY_get_base_id(key.get()) != EVP_PKEY_RSA || fields[1].content.empty())

@@ -119,8 +119,8 @@ struct AuthorityOptions {
 Exit makeAuthority(const AuthorityOptions &options) {
     const std::vector<NamePart> subject = readSubject(options.subject);
     const Validity validity = validFor(options.days);
-    const Digest &digest = digestNamed(options.digest);
-    const Key key = makeKey(options.bits);
+    const Digest &digest = digestByName(options.digest);
+    const KeyPtr key = makeKey(options.bits);
     // Its name in DER is that of a request.
     const Wanted wanted = readRequest({makeRequest(key.get(), digest, subject, {}), "", "the new authority"});
     const Contents contents{&RootProfile,
@@ -171,7 +171,7 @@ Exit issue(const IssueOptions &options) {
                             wanted.publicKey,
                             authority.keyId,
                             options.names.empty() ? wanted.dnsNames : options.names};
-    const karil::Octets certificate = makeCertificate(contents, authority.key.get(), digestNamed(options.digest));
+    const karil::Octets certificate = makeCertificate(contents, authority.key.get(), digestByName(options.digest));
     const std::string serial = hex(contents.serial);
     // What is not in the index could never be revoked, so that it comes first.
     authority.issued[serial] = {nameText(elementOf(wanted.subject)), validity.to, {}, 0};

@@ -32,12 +32,8 @@ std::int32_t finished(bool isDone, std::size_t size, std::uint32_t &length) {
     return isDone ? KACERT_Ok : HookFailed;
 }
 
-bool isUsable(EVP_PKEY *key) {
-    return EVP_PKEY_get_bits(key) >= LeastBits && EVP_PKEY_get_bits(key) <= MostBits;
-}
-
 // A private key that was read.
-Key checked(Key key, const std::string &where) {
+KeyPtr checked(KeyPtr key, const std::string &where) {
     ERR_clear_error();
     if (key == nullptr)
         throw Failure{Exit::Unreadable, where + ": no private RSA key, or one under a password"};
@@ -56,28 +52,21 @@ std::vector<std::string> digestNames() {
     return names;
 }
 
-const Digest &digestNamed(const std::string &name) {
+const Digest &digestByName(const std::string &name) {
     for (const Digest &digest : Known)
         if (name == digest.name)
             return digest;
     throw Failure{Exit::Misuse, "no digest of the name " + name};
 }
 
-const Digest *digestWithRsa(karil::Bytes oid) {
-    for (const Digest &digest : Known)
-        if (isSame(oid, digest.withRsa))
-            return &digest;
-    return nullptr;
-}
-
-Key makeKey(int bits) {
-    Key key(EVP_RSA_gen(static_cast<unsigned>(bits)));
+KeyPtr makeKey(int bits) {
+    KeyPtr key(EVP_RSA_gen(static_cast<unsigned>(bits)));
     if (key == nullptr)
         throw Failure{Exit::Unreadable, "libcrypto made no key"};
     return key;
 }
 
-Key readKey(const std::string &path) {
+KeyPtr readKey(const std::string &path) {
     const Secret text(readFile(path));
     const unsigned char *at = text.bytes().data();
     std::size_t size = text.bytes().size();
@@ -85,7 +74,7 @@ Key readKey(const std::string &path) {
     const Context<OSSL_DECODER_CTX> ctx(
         OSSL_DECODER_CTX_new_for_pkey(&read, nullptr, nullptr, "RSA", EVP_PKEY_KEYPAIR, nullptr, nullptr));
     const bool isRead = ctx != nullptr && OSSL_DECODER_from_data(ctx.get(), &at, &size) == 1;
-    Key key(read);
+    KeyPtr key(read);
     if (!isRead)
         key.reset();
     return checked(std::move(key), nameOf(path));
@@ -109,38 +98,15 @@ Secret privateOctets(EVP_PKEY *key) {
     return octets;
 }
 
-Key publicKey(karil::Bytes octets) {
-    const unsigned char *at = octets.data();
-    Key key(d2i_PublicKey(EVP_PKEY_RSA, nullptr, &at, static_cast<long>(octets.size())));
-    ERR_clear_error();
-    if (key != nullptr && !isUsable(key.get()))
-        key.reset();
-    return key;
+bool isUsable(EVP_PKEY *key) {
+    return key != nullptr && EVP_PKEY_get_base_id(key) == EVP_PKEY_RSA && EVP_PKEY_get_bits(key) >= LeastBits &&
+           EVP_PKEY_get_bits(key) <= MostBits;
 }
 
-Key privateKey(karil::Bytes octets, const std::string &where) {
+KeyPtr privateKey(karil::Bytes octets, const std::string &where) {
     const unsigned char *at = octets.data();
-    Key key(d2i_PrivateKey(EVP_PKEY_RSA, nullptr, &at, static_cast<long>(octets.size())));
+    KeyPtr key(d2i_PrivateKey(EVP_PKEY_RSA, nullptr, &at, static_cast<long>(octets.size())));
     return checked(std::move(key), where);
-}
-
-bool belongs(EVP_PKEY *key, karil::Bytes content) {
-    const Key other = publicKey(content);
-    return other != nullptr && EVP_PKEY_eq(key, other.get()) == 1;
-}
-
-void checkBelongs(EVP_PKEY *key, karil::Bytes content, const std::string &certificate) {
-    if (!belongs(key, content))
-        throw Failure{Exit::Misuse, certificate + ": the key is not that of this certificate"};
-}
-
-bool isSignature(EVP_PKEY *key, const Digest &digest, karil::Bytes octets, karil::Bytes signature) {
-    const Context<EVP_MD_CTX> ctx(EVP_MD_CTX_new());
-    const bool isGood =
-        ctx != nullptr && EVP_DigestVerifyInit(ctx.get(), nullptr, digest.function(), nullptr, key) == 1 &&
-        EVP_DigestVerify(ctx.get(), signature.data(), signature.size(), octets.data(), octets.size()) == 1;
-    ERR_clear_error();
-    return isGood;
 }
 
 karil::Octets randomOctets(std::size_t count) {

@@ -2,20 +2,15 @@
 #ifndef KARIL_TOOL_KEY_H
 #define KARIL_TOOL_KEY_H
 
+#include "crypto.h"
 #include "failure.h"
 #include "password.h"
 
-#include <memory>
 #include <openssl/evp.h>
 #include <string>
 #include <vector>
 
 namespace tool {
-
-struct FreeKey {
-    void operator()(EVP_PKEY *key) const { EVP_PKEY_free(key); }
-};
-using Key = std::unique_ptr<EVP_PKEY, FreeKey>;
 
 constexpr int LeastBits = 1024;
 constexpr int MostBits = 4096;
@@ -29,29 +24,22 @@ struct Digest {
 };
 // Their names, the one that is taken by default first.
 std::vector<std::string> digestNames();
-const Digest &digestNamed(const std::string &name);
-// By the identifier of the signature algorithm; null if there is none.
-const Digest *digestWithRsa(karil::Bytes oid);
+const Digest &digestByName(const std::string &name);
 
-Key makeKey(int bits);
+KeyPtr makeKey(int bits);
 // A private key, PKCS#1 or PKCS#8, PEM or DER.
-Key readKey(const std::string &path);
+KeyPtr readKey(const std::string &path);
 // PEM, PKCS#1. Mode 0600; a file that is there stays unless it is forced.
 void writeKey(const std::string &path, EVP_PKEY *key, bool force);
 
 // RSAPublicKey, as the BIT STRING of a certificate holds it, and RSAPrivateKey.
 karil::Octets publicOctets(EVP_PKEY *key);
 Secret privateOctets(EVP_PKEY *key);
-// The keys of such octets. A public one is null if they are none; for a private one that is a Failure.
-Key publicKey(karil::Bytes octets);
-Key privateKey(karil::Bytes octets, const std::string &where);
+// The key of an RSAPrivateKey.
+KeyPtr privateKey(karil::Bytes octets, const std::string &where);
 
-// Whether the key is that of a certificate whose BIT STRING holds `content`, and a Failure if it is not.
-bool belongs(EVP_PKEY *key, karil::Bytes content);
-void checkBelongs(EVP_PKEY *key, karil::Bytes content, const std::string &certificate);
-
-// Whether the key opens the signature of these octets.
-bool isSignature(EVP_PKEY *key, const Digest &digest, karil::Bytes octets, karil::Bytes signature);
+// Whether a key is one of RSA, of a size that is used here.
+bool isUsable(EVP_PKEY *key);
 
 karil::Octets randomOctets(std::size_t count);
 

@@ -7,8 +7,9 @@ namespace {
 
 // One row for each command.
 constexpr void (*commands[])(CLI::App &, tool::Run &) = {
-    tool::addShow,   tool::addConvert, tool::addKey, tool::addRequest, tool::addAuthority, tool::addIssue,
-    tool::addRevoke, tool::addCrl,     tool::addPfx, tool::addSign,    tool::addEnvelop,   tool::addOpen};
+    tool::addShow,      tool::addConvert, tool::addVerify, tool::addKey,       tool::addRequest,
+    tool::addAuthority, tool::addIssue,   tool::addRevoke, tool::addCrl,       tool::addPfx,
+    tool::addSign,      tool::addEnvelop, tool::addOpen,   tool::addCompletion};
 
 } // namespace
 

@@ -74,14 +74,14 @@ Exit openPfx(const OpenOptions &options) {
     const Secret password = readPassword(options.passwordFile, "Password of " + document.file);
     const karil::Pfx pfx = decodePfx(document.octets, password.bytes(), document.file);
     const Secret octets(valueOf(karil::ask(KA_PKCS12_GetPrivateKey, pfx), document.file));
-    const Key key = octets.bytes().empty() ? nullptr : privateKey(octets.bytes(), document.file);
+    const KeyPtr key = octets.bytes().empty() ? nullptr : privateKey(octets.bytes(), document.file);
     karil::Octets own;
     std::string others;
     for (const PfxCertificate *each = pfx->firstCertificate; each != nullptr; each = each->next) {
         const karil::Bytes der(each->certificate.data, each->certificate.length);
-        const Party party = partyOf({karil::Octets(der.begin(), der.end()), "", document.file});
-        if (own.empty() && key != nullptr && belongs(key.get(), party.publicKey))
-            own = party.certificate;
+        karil::Octets whole(der.begin(), der.end());
+        if (own.empty() && key != nullptr && belongs(key.get(), partyOf({whole, "", document.file})))
+            own = std::move(whole);
         else
             others += pemText(der, "CERTIFICATE");
     }

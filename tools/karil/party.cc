@@ -9,13 +9,20 @@ Party partyOf(const Document &document) {
     const auto get = [&](std::int32_t id) {
         return valueOf(karil::ask(KACert_GetCertAttributeChar, cert, id), document.file);
     };
-    return {document.file, document.octets, get(CERT_ISSUER_DERDN), get(CERT_SERIALNUMBER),
-            get(CERT_SUBJECTPUBLICKEYINFO)};
+    Party party{document.file, document.octets, get(CERT_ISSUER_DERDN), get(CERT_SERIALNUMBER), nullptr};
+    if (KeyPtr key = publicKeyOf(partsOf(cert).publicKey); isUsable(key.get()))
+        party.publicKey = std::move(key);
+    return party;
+}
+
+bool belongs(EVP_PKEY *key, const Party &party) {
+    return party.publicKey != nullptr && EVP_PKEY_eq(key, party.publicKey.get()) == 1;
 }
 
 KeyedParty readKeyedParty(const std::string &certificate, const std::string &key) {
     KeyedParty keyed{readParty(certificate), readKey(key)};
-    checkBelongs(keyed.key.get(), keyed.party.publicKey, keyed.party.file);
+    if (!belongs(keyed.key.get(), keyed.party))
+        throw Failure{Exit::Misuse, keyed.party.file + ": the key is not that of this certificate"};
     return keyed;
 }
 

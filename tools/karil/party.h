@@ -12,7 +12,7 @@ struct Party {
     karil::Octets certificate;
     karil::Octets issuer; // a whole Name
     karil::Octets serial;
-    karil::Octets publicKey; // RSAPublicKey
+    KeyPtr publicKey; // null if it cannot be used
 };
 
 Party partyOf(const Document &document);
@@ -20,10 +20,13 @@ inline Party readParty(const std::string &path) {
     return partyOf(readDocument(path));
 }
 
+// Whether the private key is that of the certificate.
+bool belongs(EVP_PKEY *key, const Party &party);
+
 // A certificate with its private key. A Failure if they do not belong together.
 struct KeyedParty {
     Party party;
-    Key key;
+    KeyPtr key;
 };
 KeyedParty readKeyedParty(const std::string &certificate, const std::string &key);
 

@@ -5,7 +5,6 @@
 #include "decoded.h"
 #include "der_write.h"
 #include "options.h"
-#include "text.h"
 
 namespace tool {
 namespace {
@@ -50,23 +49,15 @@ karil::Octets makeRequest(EVP_PKEY *key, const Digest &digest, const std::vector
 
 Wanted readRequest(const Document &document) {
     const karil::CertificationRequest request = decodeRequest(document.octets, document.file);
-    const auto get = [&](std::int32_t id) {
-        return valueOf(karil::ask(KACert_GetCsrAttributeChar, request, id), document.file);
-    };
-    Wanted wanted;
-    wanted.publicKey = get(CSR_SUBJECTPUBLICKEYINFO);
-    const Key key = publicKey(wanted.publicKey);
-    if (!isSame(get(CSR_PUBLICKEY_ALGORITHM), wrapped(TagOid, {KARIL_OID_RSA_ENCRYPTION})) || key == nullptr)
-        throw Failure{Exit::Unreadable, document.file + ": the request's key is no RSA key of 1,024 to 4,096 bits"};
-    const karil::Octets algorithm = get(CSR_OUTER_SIGNATUREALGORITHM);
-    const Digest *digest = digestWithRsa(algorithm);
-    if (digest == nullptr)
-        throw Failure{Exit::Unreadable,
-                      document.file + ": signed by " + oidName(algorithm) + ", which is not verified here"};
-    const karil::Octets info = get(CSR_TBS_CSR);
-    if (!isSignature(key.get(), *digest, info, get(CSR_SELF_SIGNATURE)))
-        throw Failure{Exit::BadVerdict, document.file + ": the request's signature is not by its own key"};
+    const karil::Bytes info = bytesOf(request->tbs);
     const Elements fields(elementOf(info).content);
+    if (!isUsable(publicKeyOf(fields[2]).get()))
+        throw Failure{Exit::Unreadable, document.file + ": the request's key is no RSA key of 1,024 to 4,096 bits"};
+    if (!isSignedBy(fields[2], bytesOf(request->outerSignatureAlgorithm.oid), info, bytesOf(request->signature)))
+        throw Failure{Exit::BadVerdict, document.file + ": the request's signature is not by its own key"};
+    Wanted wanted;
+    wanted.publicKey =
+        valueOf(karil::ask(KACert_GetCsrAttributeChar, request, CSR_SUBJECTPUBLICKEYINFO), document.file);
     wanted.subject = joined({fields[1].whole});
     wanted.dnsNames = requestedNames(fields[3].content);
     return wanted;
@@ -85,7 +76,7 @@ void addKey(CLI::App &app, Run &run) {
     command->add_flag("--force", options->force, "Replace a file that is there");
     command->callback([options, &run] {
         run = [options] {
-            const Key key = makeKey(options->bits);
+            const KeyPtr key = makeKey(options->bits);
             writeKey(options->out, key.get(), options->force);
             return Exit::Good;
         };
@@ -110,8 +101,8 @@ void addRequest(CLI::App &app, Run &run) {
     command->callback([options, &run] {
         run = [options] {
             const std::vector<NamePart> subject = readSubject(options->subject);
-            const Key key = readKey(options->key);
-            writePem(options->out, makeRequest(key.get(), digestNamed(options->digest), subject, options->names),
+            const KeyPtr key = readKey(options->key);
+            writePem(options->out, makeRequest(key.get(), digestByName(options->digest), subject, options->names),
                      Kind::Request);
             return Exit::Good;
         };

@@ -122,7 +122,7 @@ Exit makeCrl(const CrlOptions &options) {
     const Validity validity = validFor(options.days);
     Authority authority(options.folder);
     ++authority.crlNumber;
-    const karil::Octets list = makeList(authority, validity, digestNamed(options.digest));
+    const karil::Octets list = makeList(authority, validity, digestByName(options.digest));
     // A number that was counted and not used does no harm; one that was used twice would.
     authority.save();
     writePem(authority.path("crl.pem"), list, Kind::RevocationList);

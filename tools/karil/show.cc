@@ -43,33 +43,37 @@ void showDocument(const Shown &to, const Document &document) {
     }
 }
 
-// Shows what a file holds. What cannot be read does not stop the rest; for programs it is an object with the error.
+// What cannot be read does not stop the rest; for programs the error stands in the object.
+Exit guardedIn(Printer &printer, const std::function<void()> &work) {
+    return guarded(
+        [&] {
+            work();
+            return Exit::Good;
+        },
+        [&](const std::string &message) {
+            if (printer.isForPrograms())
+                printer.field("error", message);
+        });
+}
+
 Exit showFile(Printer &printer, const std::string &file, const ShowOptions &options) {
     std::vector<Document> documents;
-    const auto tell = [&](const std::string &message) {
-        if (printer.isForPrograms())
-            printer.field("error", message);
-    };
     Exit exit = guarded(
         [&] {
             documents = readDocuments(file);
             return Exit::Good;
         },
         [&](const std::string &message) {
-            if (!printer.isForPrograms())
-                return;
-            const Printer::Level one = printer.item();
-            printer.field("file", nameOf(file));
-            tell(message);
+            if (printer.isForPrograms())
+                printer.row({{"file", nameOf(file)}, {"error", message}});
         });
     for (const Document &document : documents) {
         const Printer::Level one = printer.item();
-        exit = worse(exit, guarded(
-                               [&] {
-                                   showDocument({printer, document.file, options}, document);
-                                   return Exit::Good;
-                               },
-                               tell));
+        Exit inside = Exit::Good;
+        exit = worse(exit, guardedIn(printer, [&] {
+                         showDocument({printer, document.file, options, inside}, document);
+                     }));
+        exit = worse(exit, inside);
     }
     return exit;
 }
@@ -90,6 +94,14 @@ Exit show(const Options &options) {
 }
 
 } // namespace
+
+void showEach(const Shown &to, std::string_view label, const Anybuf *first, void (*show)(const Shown &, karil::Bytes)) {
+    const Printer::Level list = to.printer.list(label);
+    for (const Anybuf *each = first; each != nullptr; each = each->next) {
+        const Printer::Level one = to.printer.item();
+        to.exit = worse(to.exit, guardedIn(to.printer, [&] { show(to, {each->data, each->length}); }));
+    }
+}
 
 void addShow(CLI::App &app, Run &run) {
     const auto options = std::make_shared<Options>();

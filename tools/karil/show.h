@@ -21,6 +21,7 @@ struct Shown {
     Printer &printer;
     const std::string &where;
     const ShowOptions &options;
+    Exit &exit; // Unreadable once a part of the document could not be read
 };
 void showCertificate(const Shown &to, karil::Bytes der);
 void showRevocationList(const Shown &to, karil::Bytes der);
@@ -34,6 +35,8 @@ void showPfx(const Shown &to, karil::Bytes der);
 // Parts that several kinds have: an RSAPrivateKey, and an attribute with its value as an item of the open list.
 void showRsaPrivate(const Shown &to, karil::Bytes der);
 void showAttribute(Printer &printer, karil::Bytes oid, const Element &value);
+// A list with an object for each record of a chain. One that cannot be read does not stop the others.
+void showEach(const Shown &to, std::string_view label, const Anybuf *first, void (*show)(const Shown &, karil::Bytes));
 
 } // namespace tool
 

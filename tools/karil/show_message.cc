@@ -8,15 +8,6 @@
 namespace tool {
 namespace {
 
-// An object in each position of a list of whole elements.
-template <class Show> void showEach(Printer &printer, std::string_view label, const Anybuf *first, Show show) {
-    const Printer::Level list = printer.list(label);
-    for (const Anybuf *each = first; each != nullptr; each = each->next) {
-        const Printer::Level one = printer.item();
-        show(bytesOf(*each));
-    }
-}
-
 template <class Ctx>
 Ctx decoded(const Shown &to, std::int32_t (*decode)(typename Ctx::Ctx *, const std::uint8_t *, std::int32_t),
             karil::Bytes der) {
@@ -81,8 +72,8 @@ template <class Ctx> void showSigned(const Shown &to, const Ctx &message) {
     for (const DigestAlgorithmNode *each = message.digestAlgorithms; each != nullptr; each = each->next)
         digests.push_back(oidName(bytesOf(each->oid)));
     to.printer.words("digest algorithms", digests);
-    showEach(to.printer, "certificates", message.certificates, [&](karil::Bytes der) { showCertificate(to, der); });
-    showEach(to.printer, "CRLs", message.crls, [&](karil::Bytes der) { showRevocationList(to, der); });
+    showEach(to, "certificates", message.certificates, showCertificate);
+    showEach(to, "CRLs", message.crls, showRevocationList);
     showSigners(to.printer, message.signerInfos, message.signerSet);
 }
 

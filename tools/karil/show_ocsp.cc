@@ -50,11 +50,7 @@ void showIdentity(Printer &printer, const OcspCertId &identity) {
 
 void showSignature(const Shown &to, const OcspSignature &signature) {
     to.printer.field("signature algorithm", oidName(bytesOf(signature.algorithm.oid)));
-    const Printer::Level certificates = to.printer.list("certificates");
-    for (const Anybuf *each = signature.certs.next; each != nullptr; each = each->next) {
-        const Printer::Level one = to.printer.item();
-        showCertificate(to, bytesOf(*each));
-    }
+    showEach(to, "certificates", signature.certs.next, showCertificate);
 }
 
 void showExtensionsOf(Printer &printer, const OcspExtension &extensions) {
@@ -84,8 +80,13 @@ void showStatus(Printer &printer, const ResponseListCtx &single, const Element &
         printer.field("information", fromLocal(bytesOf(single.information)));
 }
 
+void showSingleRequest(const Shown &to, karil::Bytes der) {
+    const auto single = valueOf(karil::OcspRequestList::make(), to.where);
+    check(karil::call(KA_OCSP_DecodeRequestList, single, der), to.where);
+    showIdentity(to.printer, single->certId);
+}
+
 void showSingleResponse(const Shown &to, karil::Bytes der) {
-    const Printer::Level one = to.printer.item();
     const auto single = valueOf(karil::OcspResponseList::make(), to.where);
     const karil::StatusCode status = karil::call(KA_OCSP_DecodeResponseList, single, der);
     const Elements fields(elementOf(der).content);
@@ -111,15 +112,7 @@ void showOcspRequest(const Shown &to, karil::Bytes der) {
         if (field.tag == TagContext0 + 1)
             showName(printer, "requestor", elementOf(field.content));
     showExtensionsOf(printer, request->extensions);
-    {
-        const Printer::Level list = printer.list("requests");
-        for (const Anybuf *each = request->requests.next; each != nullptr; each = each->next) {
-            const Printer::Level one = printer.item();
-            const auto single = valueOf(karil::OcspRequestList::make(), to.where);
-            check(karil::call(KA_OCSP_DecodeRequestList, single, bytesOf(*each)), to.where);
-            showIdentity(printer, single->certId);
-        }
-    }
+    showEach(to, "requests", request->requests.next, showSingleRequest);
     if (request->isSigned != 0)
         showSignature(to, request->signature);
 }
@@ -149,11 +142,7 @@ void showOcspResponse(const Shown &to, karil::Bytes der) {
     if (const auto seconds = secondsOf(fields[2]))
         printer.field("produced at", Moment{*seconds});
     showExtensionsOf(printer, basic.data.extensions);
-    {
-        const Printer::Level list = printer.list("responses");
-        for (const Anybuf *each = basic.data.responses.next; each != nullptr; each = each->next)
-            showSingleResponse(to, bytesOf(*each));
-    }
+    showEach(to, "responses", basic.data.responses.next, showSingleResponse);
     showSignature(to, basic.signature);
 }
 

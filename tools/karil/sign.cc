@@ -72,7 +72,7 @@ Exit runSign(const Options &options) {
     const karil::Octets content = readFile(options.file);
     if (content.empty())
         throw Failure{Exit::Misuse, nameOf(options.file) + ": an empty content is not signed"};
-    const karil::Octets message = sign(content, signer, chain, digestNamed(options.digest));
+    const karil::Octets message = sign(content, signer, chain, digestByName(options.digest));
     writeMessage(options.out, options.isDetached ? detached(message) : message, options.isDer);
     return Exit::Good;
 }
