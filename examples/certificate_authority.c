@@ -181,16 +181,6 @@ static Octets writeBoth(const char *folder, const char *name, const char *label,
     return pem;
 }
 
-/* A private key, as PKCS#1 has it. */
-static void writeKey(const char *folder, const char *name, const Key *key) {
-    uint32_t length = 0;
-    CHECK(KA_Encode_PrivateKey(key->privateKey.modulus, NULL, &length));
-    Octets der = makeOctets(length);
-    CHECK(KA_Encode_PrivateKey(key->privateKey.modulus, der.data, &der.length));
-    writeFile(folder, name, der);
-    free(der.data);
-}
-
 static void report(const char *what, int32_t got, int32_t want) {
     printf("  %s: status %d\n", what, (int)got);
     if (got != want) {
