@@ -9,13 +9,18 @@
 #include <openssl/pem.h>
 #include <openssl/x509.h>
 
+/* What reaches the key. In its place may be the session of a token, or the socket of a service. */
+typedef struct Elsewhere {
+    EVP_PKEY *key;
+} Elsewhere;
+
 /*
- * The parameter is the context's copy of the octets that were set: here the address of the key. In the first call there
- * is no output, and the size of the signature is wanted, which EVP_DigestSign answers in the same way.
+ * The parameter is the context's copy of an Elsewhere, octet by octet. In the first call there is no output, and the
+ * size of the signature is wanted, which EVP_DigestSign answers in the same way.
  */
 static int32_t signElsewhere(const uint8_t *input, uint32_t inputLength, uint8_t *output, uint32_t *outputLength,
                              void *parameter) {
-    EVP_PKEY *key = *(EVP_PKEY **)parameter;
+    EVP_PKEY *key = ((const Elsewhere *)parameter)->key;
     EVP_MD_CTX *ctx = EVP_MD_CTX_new();
     size_t length = *outputLength;
     const int isDone = ctx != NULL && EVP_DigestSignInit(ctx, NULL, EVP_sha256(), NULL, key) == 1 &&
@@ -43,9 +48,9 @@ int main(int argc, char **argv) {
         return 2;
     }
     snprintf(file, sizeof file, "%s.pem", argv[1]);
-    EVP_PKEY *key = loadKey(file);
+    const Elsewhere elsewhere = {loadKey(file)};
     uint8_t *publicKey = NULL;
-    const int publicLength = i2d_PublicKey(key, &publicKey);
+    const int publicLength = i2d_PublicKey(elsewhere.key, &publicKey);
 
     CsrEncodeCtx *csr = NULL;
     uint32_t length = 0;
@@ -56,7 +61,7 @@ int main(int argc, char **argv) {
                                      sizeof KARIL_OID_RSA_ENCRYPTION));
     CHECK(KACert_SetCsrAttributeChar(csr, CSR_SUBJECTPUBLICKEYINFO, publicKey, publicLength));
     CHECK(KACert_SetCsrAttributeChar(csr, CSR_SUBJECT_COMMONNAME, (const uint8_t *)argv[2], (int32_t)strlen(argv[2])));
-    CHECK(KACert_SetCsrSignFunc(csr, signElsewhere, &key, sizeof key)); /* copies the pointer, not the key */
+    CHECK(KACert_SetCsrSignFunc(csr, signElsewhere, &elsewhere, sizeof elsewhere));
     CHECK(KACert_EncodeCsr(csr, NULL, &length));
     const Octets der = makeOctets(length);
     CHECK(KACert_EncodeCsr(csr, der.data, &length));
@@ -66,6 +71,6 @@ int main(int argc, char **argv) {
     writeFile(".", file, der);
     free(der.data);
     OPENSSL_free(publicKey);
-    EVP_PKEY_free(key);
+    EVP_PKEY_free(elsewhere.key);
     return 0;
 }
