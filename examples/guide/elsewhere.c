@@ -1,7 +1,7 @@
 /*
  * Signs a request with a key that karil never sees, and with SHA-256: NAME.csr with the key in NAME.pem.
  *
- *     elsewhere NAME COMMON_NAME
+ *     elsewhere NAME COMMON_NAME        the common name in ASCII
  */
 #include "../example.h"
 
