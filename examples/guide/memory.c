@@ -55,6 +55,6 @@ int main(int argc, char **argv) {
         status = KACert_DecodeCert(cert, der.data, der.length);
     KACert_DestroyCertDecodeCtx(cert);
     free(der.data);
-    printf("%s with at most %zu octets, %zu of them left over\n", karil_status_name(status), most, used);
+    printf("%s, at most %zu octets at a time, %zu left over\n", karil_status_name(status), most, used);
     return used != 0;
 }
