@@ -62,6 +62,18 @@ static inline int32_t signWithKey(const uint8_t *input, uint32_t inputLength, ui
                                (const RsaPrivateKeyRecord *)parameter);
 }
 
+/* Dates are seconds in 32 bits, which end on 19 January 2038. */
+static inline int32_t daysAfter(int32_t date, int32_t days) {
+    return days > (INT32_MAX - date) / 86400 ? INT32_MAX : date + days * 86400;
+}
+
+/* A value for a Set function, so that a table can hold them. */
+typedef struct Attribute {
+    int32_t id;
+    const void *octets;
+    size_t length;
+} Attribute;
+
 /* Octets on the heap. */
 typedef struct Octets {
     uint8_t *data;

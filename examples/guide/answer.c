@@ -34,11 +34,7 @@ static void writeSingle(const RequestListCtx *asked, const RevokedEntry *entry, 
 static void writeResponse(const Key *key, int32_t now, Octets *der) {
     static const uint8_t successful = 0;
     static const uint8_t basicResponse[] = {0x2B, 0x06, 0x01, 0x05, 0x05, 0x07, 0x30, 0x01, 0x01};
-    const struct {
-        int32_t id;
-        const uint8_t *octets;
-        size_t length;
-    } values[] = {
+    const Attribute values[] = {
         {OCSP_RESPONSE_STATUS, &successful, 1},
         {OCSP_RESPONSETYPE, basicResponse, sizeof basicResponse},
         {OCSP_RESPONSE_RESPONDERID_HASHKEY, key->identifier, sizeof key->identifier},

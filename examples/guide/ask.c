@@ -25,11 +25,7 @@ int main(int argc, char **argv) {
 
     /* A certificate is named by digests of its issuer's name and key, which the hook makes, and by its serial number.
      */
-    const struct {
-        int32_t id;
-        const uint8_t *octets;
-        size_t length;
-    } values[] = {
+    const Attribute values[] = {
         {OCSP_REQUESTLIST_HASHALGO, KARIL_OID_SHA1, sizeof KARIL_OID_SHA1},
         {OCSP_REQUESTLIST_ISSUERNAME, root->subjectDer.data, root->subjectDer.length},
         {OCSP_REQUESTLIST_ISSUERKEY, root->publicKey.data, root->publicKey.length},

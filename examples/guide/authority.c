@@ -18,11 +18,7 @@ static Octets issue(const Key *root, Octets rootDer, const CsrDecodeCtx *csr) {
     Anybuf *subject = NULL;
     CHECK(KI_EncodeIssuerSuject(&csr->subject, &subject)); /* the whole name as one element */
 
-    const struct {
-        int32_t id;
-        const void *octets;
-        size_t length;
-    } values[] = {
+    const Attribute values[] = {
         {CERT_SERIALNUMBER, serial, sizeof serial},
         {CERT_INNER_SIGNATUREALGORITHM, KARIL_OID_SHA1_WITH_RSA, sizeof KARIL_OID_SHA1_WITH_RSA},
         {CERT_OUTER_SIGNATUREALGORITHM, KARIL_OID_SHA1_WITH_RSA, sizeof KARIL_OID_SHA1_WITH_RSA},
@@ -37,7 +33,7 @@ static Octets issue(const Key *root, Octets rootDer, const CsrDecodeCtx *csr) {
     CHECK(KACert_CreateCertEncodeCtx_Ex(&cert, rootDer.data, (int32_t)rootDer.length)); /* sets the issuer */
     CHECK(KACert_SetCertAttributeInt(cert, CERT_VERSION, 2));
     CHECK(KACert_SetCertAttributeInt(cert, CERT_VALIDFROM, now));
-    CHECK(KACert_SetCertAttributeInt(cert, CERT_VALIDTO, now + 365 * 86400));
+    CHECK(KACert_SetCertAttributeInt(cert, CERT_VALIDTO, daysAfter(now, 365)));
     for (size_t i = 0; i < sizeof values / sizeof values[0]; ++i)
         CHECK(KACert_SetCertAttributeChar(cert, values[i].id, values[i].octets, (int32_t)values[i].length));
     CHECK(KACert_SetCertSignFunc(cert, signWithKey, &root->privateKey, sizeof root->privateKey));

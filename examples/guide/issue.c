@@ -16,11 +16,7 @@ int main(void) {
     const int32_t now = (int32_t)time(NULL);
     makeKey(&key);
 
-    const struct {
-        int32_t id;
-        const void *octets;
-        size_t length;
-    } values[] = {
+    const Attribute values[] = {
         {CERT_SERIALNUMBER, &serial, 1},
         {CERT_INNER_SIGNATUREALGORITHM, KARIL_OID_SHA1_WITH_RSA, sizeof KARIL_OID_SHA1_WITH_RSA},
         {CERT_OUTER_SIGNATUREALGORITHM, KARIL_OID_SHA1_WITH_RSA, sizeof KARIL_OID_SHA1_WITH_RSA},
@@ -40,7 +36,7 @@ int main(void) {
     CHECK(KACert_CreateCertEncodeCtx(&cert));
     CHECK(KACert_SetCertAttributeInt(cert, CERT_VERSION, 2)); /* v3 */
     CHECK(KACert_SetCertAttributeInt(cert, CERT_VALIDFROM, now));
-    CHECK(KACert_SetCertAttributeInt(cert, CERT_VALIDTO, now + 3650 * 86400));
+    CHECK(KACert_SetCertAttributeInt(cert, CERT_VALIDTO, daysAfter(now, 3650)));
     for (size_t i = 0; i < sizeof values / sizeof values[0]; ++i)
         CHECK(KACert_SetCertAttributeChar(cert, values[i].id, values[i].octets, (int32_t)values[i].length));
     CHECK(KACert_SetCertSignFunc(cert, signWithKey, &key.privateKey, sizeof key.privateKey));

@@ -21,11 +21,7 @@ int main(int argc, char **argv) {
         return outcome(argv[2], KACERT_InvalidLengthErr);
     makeKey(&key);
 
-    const struct {
-        int32_t id;
-        const void *octets;
-        size_t length;
-    } values[] = {
+    const Attribute values[] = {
         {CSR_OUTER_SIGNATUREALGORITHM, KARIL_OID_SHA1_WITH_RSA, sizeof KARIL_OID_SHA1_WITH_RSA},
         {CSR_PUBLICKEY_ALGORITHM, KARIL_OID_RSA_ENCRYPTION, sizeof KARIL_OID_RSA_ENCRYPTION},
         {CSR_SUBJECTPUBLICKEYINFO, key.der, key.derLength},

@@ -40,7 +40,7 @@ int main(int argc, char **argv) {
     CHECK(KACert_CreateCrlEncodeCtx_Ex(&crl, rootDer.data, (int32_t)rootDer.length)); /* issuer and its key id */
     CHECK(KACert_SetCrlAttributeInt(crl, CRL_VERSION, 1));                            /* v2 */
     CHECK(KACert_SetCrlAttributeInt(crl, CRL_THISUPDATE, now));
-    CHECK(KACert_SetCrlAttributeInt(crl, CRL_NEXTUPDATE, now + 30 * 86400));
+    CHECK(KACert_SetCrlAttributeInt(crl, CRL_NEXTUPDATE, daysAfter(now, 30)));
     CHECK(KACert_SetCrlAttributeChar(crl, CRL_INNER_SIGNATUREALGORITHM, KARIL_OID_SHA1_WITH_RSA,
                                      sizeof KARIL_OID_SHA1_WITH_RSA));
     CHECK(KACert_SetCrlAttributeChar(crl, CRL_OUTER_SIGNATUREALGORITHM, KARIL_OID_SHA1_WITH_RSA,

@@ -23,11 +23,7 @@ int main(int argc, char **argv) {
     CHECK(KACert_DecodeCert(cert, certDer.data, certDer.length));
 
     /* The signer: who, how, and the two hooks, which have their parameters copied. */
-    const struct {
-        int32_t id;
-        const void *octets;
-        size_t length;
-    } who[] = {
+    const Attribute who[] = {
         {PKCS7_SIGNER_DN, cert->issuerDer.data, cert->issuerDer.length},
         {PKCS7_SIGNER_SERIAL, cert->serialNumber.data, cert->serialNumber.length},
         {PKCS7_SIGNER_DIGEST_ALGO, KARIL_OID_SHA1, sizeof KARIL_OID_SHA1},
@@ -40,11 +36,7 @@ int main(int argc, char **argv) {
     CHECK(KA_PKCS7_SetSignerInfoDigestFunc(signer, KA_DigestFunc_Ref, &sha1, sizeof sha1));
     CHECK(KA_PKCS7_SetSignerInfoEncSignFunc(signer, KA_PrivateKeyEncFunc_Ref, &key.privateKey, sizeof key.privateKey));
 
-    const struct {
-        int32_t id;
-        const void *octets;
-        size_t length;
-    } what[] = {
+    const Attribute what[] = {
         {PKCS7_SIGNEDDATA_DIGEST_ALGO, KARIL_OID_SHA1, sizeof KARIL_OID_SHA1},
         {PKCS7_SIGNEDDATA_CONTENTTYPE, KARIL_OID_DATA, sizeof KARIL_OID_DATA},
         {PKCS7_SIGNEDDATA_CONTENT, document.data, document.length},
