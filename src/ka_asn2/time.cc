@@ -27,7 +27,7 @@ int32_t pair(const uint8_t *text) {
 
 // Days from 1970-01-01 to the first of a month, which may lie outside its year.
 int64_t daysBefore(int64_t year, int64_t month) {
-    constexpr int32_t BeforeMonth[] = {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334};
+    static constexpr int32_t BeforeMonth[] = {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334};
     year += (month - (month < 0 ? 11 : 0)) / 12;
     month = (month % 12 + 12) % 12;
     const int64_t leapYear = month > 1 ? year : year - 1;
@@ -74,7 +74,7 @@ int32_t offsetOf(int64_t asUtc, LocalClock &clock) {
 }
 
 // mktime, which is asked itself about a date whose offset is not known.
-int64_t localToSeconds(tm local, LocalClock &clock) {
+int64_t localToSeconds(tm &local, LocalClock &clock) {
     const int64_t asUtc = (daysBefore(local.tm_year + int64_t{1900}, local.tm_mon) + local.tm_mday - 1) * Day +
                           local.tm_hour * int64_t{3600} + local.tm_min * int64_t{60} + local.tm_sec;
     // No time after 2038 is good, so days have 32 bits.
