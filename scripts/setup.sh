@@ -1,5 +1,5 @@
 #!/bin/sh
-# Installs the Debian packages that are missing. Arguments: groups, of build, test, token, check, bench, coverage,
+# Installs the Debian packages that are missing. Arguments: groups, of build, test, token, check, bench, docs, coverage,
 # arm64, s390x and i386.
 set -eu
 
@@ -14,6 +14,7 @@ for group in "$@"; do
         packages="$packages libbenchmark-dev libmbedtls-dev libgnutls28-dev python3 python3-matplotlib ca-certificates"
         packages="$packages tzdata"
         ;;
+    docs) packages="$packages graphviz fonts-dejavu-core" ;;
     coverage) packages="$packages gcovr" ;;
     arm64) packages="$packages g++-aarch64-linux-gnu qemu-user" ;;
     s390x) packages="$packages g++-s390x-linux-gnu qemu-user" ;;
