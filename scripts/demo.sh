@@ -13,8 +13,9 @@ folder=$build/release
 demo=$build/demo
 cmake -S . -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo
 cmake --build "$folder" --target issue_certificate certificate_authority messages ocsp pfx hook token \
-    show_certificate
+    show_certificate karil_tool
 programs=$(cd "$folder/examples" && pwd)
+tool=$(cd "$folder/tools/karil" && pwd)/karil
 
 # Dates go out in local time under the letter Z, which others read as UTC.
 TZ=UTC
@@ -192,4 +193,21 @@ for name in hook token; do
     openssl verify -CAfile "$name.pem" "$name.pem"
     openssl x509 -in "$name.pem" -noout -text | grep -m 1 sha256WithRSAEncryption
 done
+
+echo
+echo "The tool shows one of each kind, and verifies what the authority signed"
+echo secret >password
+"$tool" show --password-file password issued.pem crl2.pem request.pem issued.key ocsp_request.der ocsp_response1.der \
+    signed.p7 digested.p7 encrypted.p7 enveloped.p7 signed_enveloped.p7 issued.p12 >shown.txt
+"$tool" show issued.pem
+awk -F ': ' '/^file/ { file = $2 } /^kind/ { print "  " file ": " $2 }' shown.txt
+[ "$(grep -c '^kind: ' shown.txt)" -eq 12 ]
+for name in issued.pem crl2.pem signed.p7; do
+    echo "  $name: $("$tool" verify "$name" --issuer authority.pem | grep '^verdict')"
+done
+if "$tool" verify changed.p7 --issuer authority.pem >verdict.txt; then
+    echo "the tool takes a changed message for good" >&2
+    exit 1
+fi
+echo "  changed.p7: $(grep '^verdict' verdict.txt)"
 echo "The demo is done: openssl and certtool agree with all that karil issued and wrote."
