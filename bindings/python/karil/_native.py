@@ -1,0 +1,93 @@
+"""The shared library, and how it is called."""
+
+from __future__ import annotations
+
+import os
+from typing import Any, Iterator, Union
+
+from ._cdef import ffi
+from ._tables import Status
+from .errors import Error
+
+BytesLike = Union[bytes, bytearray, memoryview]
+
+# The C interface takes lengths of 31 bits in most places.
+_LONGEST = 0x7FFFFFFF
+
+
+def _open() -> Any:
+    name = os.environ.get("KARIL_LIBRARY", "libkaril.so.1")
+    try:
+        return ffi.dlopen(name)
+    except OSError as failure:
+        raise ImportError(
+            f"karil's shared library cannot be loaded: {failure}. Install it, or set KARIL_LIBRARY to its file."
+        ) from failure
+
+
+lib = _open()
+
+
+def check(status: int) -> None:
+    if status != 0:
+        raise Error(status)
+
+
+def octets(data: BytesLike) -> bytes:
+    """The octets as an object that nobody can change during a call."""
+    result = data if isinstance(data, bytes) else bytes(memoryview(data))
+    if len(result) > _LONGEST:
+        raise Error(Status.KACERT_InvalidLengthErr)
+    return result
+
+
+def context(create: Any, destroy: Any) -> Any:
+    """A new context, which is destroyed with the last reference to it. Pointers into it do not keep it alive."""
+    out = ffi.new(ffi.typeof(create).args[0])
+    check(create(out))
+    return ffi.gc(out[0], destroy)
+
+
+def decoded(create: Any, destroy: Any, decode: Any, data: BytesLike) -> tuple[Any, bytes]:
+    """A context that has decoded `data`, and the octets. It is never changed, so that threads can share it."""
+    der = octets(data)
+    if not der:
+        # A length of 0 would tell the decoder to trust a header that is not there.
+        raise Error(Status.KACERT_LengthNotEqualErr)
+    ctx = context(create, destroy)
+    check(decode(ctx, der, len(der)))
+    return ctx, der
+
+
+def put(function: Any, *arguments: Any) -> None:
+    """Calls a function that ends in (const uint8_t *value, int32_t length)."""
+    *others, value = arguments
+    data = octets(value)
+    check(function(*others, data, len(data)))
+
+
+def filled(function: Any, *arguments: Any) -> bytes:
+    """Calls a function that ends in (uint8_t *result, uint32_t *resultLength): for the length, then for the octets."""
+    length = ffi.new("uint32_t *")
+    check(function(*arguments, ffi.NULL, length))
+    return with_room(length[0], function, *arguments)
+
+
+def with_room(room: int, function: Any, *arguments: Any) -> bytes:
+    """Calls such a function once, with a buffer that is large enough."""
+    result = ffi.new("uint8_t[]", room)
+    length = ffi.new("uint32_t *", room)
+    check(function(*arguments, result, length))
+    return bytes(ffi.buffer(result, length[0]))
+
+
+def data_of(record: Any) -> bytes:
+    """A copy of the octets of an Anybuf."""
+    return bytes(ffi.buffer(record.data, record.length)) if record.data else b""
+
+
+def chain(owner: Any, node: Any) -> Iterator[Any]:
+    """The nodes of a list. The generator holds `owner`, the context that they live in."""
+    while node:
+        yield node
+        node = node.next
