@@ -47,7 +47,9 @@ def oid_octets(dotted: str) -> bytes:
     text = dotted.encode("ascii", "replace")
     result = filled(lib.KACert_GetOIDValue, text, len(text))
     if oid_text(result) != dotted:
-        raise Error(Status.KACERT_AlgorithmNotSupportErr, f"{dotted!r} is no object identifier, or has an arc above 32 bits.")
+        raise Error(
+            Status.KACERT_AlgorithmNotSupportErr, f"{dotted!r} is no object identifier, or has an arc above 32 bits."
+        )
     return result
 
 

@@ -9,7 +9,7 @@ from __future__ import annotations
 
 from typing import Any, Callable
 
-from ._native import BytesLike, check, ffi, octets
+from ._native import BytesLike, check, ffi, measured, octets, with_room
 from ._tables import Status
 from .errors import Error
 
@@ -22,15 +22,14 @@ _RAISED = -2
 class Operation:
     """A call of the library that calls hooks, and what they need until it is done.
 
-    An encoder runs twice, for the length and for the octets, and would run the hooks twice. So what they returned in
-    the first run is handed out again in the second, in the same order: each callable is called once, and the second run
+    An encoder runs twice, for the length and for the octets, and would run the hooks twice. So what a hook returned for
+    some octets in the first run is handed out again in the second: each callable is called once, and the second run
     cannot need more room than the first one told.
     """
 
     def __init__(self) -> None:
+        self.is_measured = False
         self._handles: list[Any] = []
-        self._results: list[bytes] = []
-        self._replayed: int | None = None
         self._failure: BaseException | None = None
 
     def hook(self, function: HookFunction) -> tuple[Any, Any, int]:
@@ -48,23 +47,18 @@ class Operation:
             raise failure
         check(status)
 
+    def with_room(self, room: int, function: Any, *arguments: Any) -> bytes:
+        """Calls a function once, with a buffer that is large enough."""
+        return with_room(room, function, *arguments, run=self.run)
+
     def filled(self, function: Any, *arguments: Any) -> bytes:
         """Calls an encoder for the length, and then for the octets."""
-        length = ffi.new("uint32_t *")
-        self.run(function, *arguments, ffi.NULL, length)
-        if length[0] == 0:
+        room = measured(function, *arguments, run=self.run)
+        if room == 0:
+            # So encoders of messages say that there is not enough memory.
             raise Error(Status.KACERT_MemoryErr)
-        result = ffi.new("uint8_t[]", length[0])
-        self._replayed = 0
-        self.run(function, *arguments, result, length)
-        return bytes(ffi.buffer(result, length[0]))
-
-    def result(self, function: HookFunction, source: Any, length: int) -> bytes:
-        if self._replayed is not None:
-            self._replayed += 1
-            return self._results[self._replayed - 1]
-        self._results.append(octets(function(bytes(ffi.buffer(source, length)) if length else b"")))
-        return self._results[-1]
+        self.is_measured = True
+        return self.with_room(room, function, *arguments)
 
     def fail(self, failure: BaseException) -> int:
         self._failure = failure
@@ -75,18 +69,12 @@ class _Hook:
     def __init__(self, operation: Operation, function: HookFunction) -> None:
         self._operation = operation
         self._function = function
-        self._sized: bytes | None = None
+        self._results: dict[bytes, bytes] = {}
 
     def run(self, source: Any, length: int, output: Any, room: Any) -> int:
         try:
-            result = self._sized
-            if result is None:
-                result = self._operation.result(self._function, source, length)
-            if not output:
-                # A call for the size, which the call for the octets follows.
-                self._sized = result
-            else:
-                self._sized = None
+            result = self._result(bytes(ffi.buffer(source, length)) if length else b"")
+            if output:
                 if len(result) > room[0]:
                     raise ValueError(f"a hook returned {len(result)} octets, and the library takes {room[0]}")
                 ffi.memmove(output, result, len(result))
@@ -94,6 +82,14 @@ class _Hook:
             return 0
         except BaseException as failure:
             return self._operation.fail(failure)
+
+    def _result(self, source: bytes) -> bytes:
+        """Calls for the size and for the octets, and second runs, come with the same octets."""
+        if source not in self._results:
+            if self._operation.is_measured:
+                raise RuntimeError("the library gives a hook other octets in its second run")
+            self._results[source] = octets(self._function(source))
+        return self._results[source]
 
 
 @ffi.callback("KAHookFunc", error=_RAISED)  # type: ignore[misc]

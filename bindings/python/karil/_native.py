@@ -5,7 +5,7 @@ from __future__ import annotations
 import os
 from typing import Any, Iterator, Union
 
-from ._cdef import ffi
+from . import _cdef
 from ._tables import Status
 from .errors import Error
 
@@ -13,6 +13,9 @@ BytesLike = Union[bytes, bytearray, memoryview]
 
 # The C interface takes lengths of 31 bits in most places.
 _LONGEST = 0x7FFFFFFF
+
+
+ffi: Any = _cdef.ffi
 
 
 def _open() -> Any:
@@ -25,7 +28,7 @@ def _open() -> Any:
         ) from failure
 
 
-lib = _open()
+lib: Any = _open()
 
 
 def check(status: int) -> None:
@@ -66,19 +69,40 @@ def put(function: Any, *arguments: Any) -> None:
     check(function(*others, data, len(data)))
 
 
-def filled(function: Any, *arguments: Any) -> bytes:
-    """Calls a function that ends in (uint8_t *result, uint32_t *resultLength): for the length, then for the octets."""
+def put_all(function: Any, ctx: Any, prefix: str, **values: BytesLike) -> None:
+    """Sets attributes, whose ids are the names behind the prefix."""
+    for name, value in values.items():
+        put(function, ctx, getattr(lib, prefix + name), value)
+
+
+def hand_over(function: Any, owner: Any, part: Any) -> None:
+    """Calls a function that makes one context the owner of another."""
+    check(function(owner, part))
+    ffi.gc(part, None)
+
+
+def _run(function: Any, *arguments: Any) -> None:
+    check(function(*arguments))
+
+
+def measured(function: Any, *arguments: Any, run: Any = _run) -> int:
+    """Calls a function that ends in (uint8_t *result, uint32_t *resultLength) for the length alone."""
     length = ffi.new("uint32_t *")
-    check(function(*arguments, ffi.NULL, length))
-    return with_room(length[0], function, *arguments)
+    run(function, *arguments, ffi.NULL, length)
+    return int(length[0])
 
 
-def with_room(room: int, function: Any, *arguments: Any) -> bytes:
-    """Calls such a function once, with a buffer that is large enough."""
+def with_room(room: int, function: Any, *arguments: Any, run: Any = _run) -> bytes:
+    """Calls such a function for the octets, with a buffer that is large enough."""
     result = ffi.new("uint8_t[]", room)
-    length = ffi.new("uint32_t *", room)
-    check(function(*arguments, result, length))
+    length = ffi.new("uint32_t *")
+    run(function, *arguments, result, length)
     return bytes(ffi.buffer(result, length[0]))
+
+
+def filled(function: Any, *arguments: Any) -> bytes:
+    """Calls such a function for the length, and then for the octets."""
+    return with_room(measured(function, *arguments), function, *arguments)
 
 
 def data_of(record: Any) -> bytes:

@@ -49,7 +49,9 @@ class Decoded:
         return self._der
 
     def __eq__(self, other: object) -> bool:
-        return self.der == other.der if isinstance(other, type(self)) else NotImplemented
+        if not isinstance(other, Decoded) or type(other) is not type(self):
+            return NotImplemented
+        return self.der == other.der
 
     def __hash__(self) -> int:
         return hash(self.der)

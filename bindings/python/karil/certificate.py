@@ -46,6 +46,17 @@ class AlternativeNames:
     ip: tuple[IpAddress, ...] = ()
 
 
+@dataclass(frozen=True)
+class IssuerAndSerial:
+    """How messages name a certificate (RFC 2315 6.7)."""
+
+    issuer: Name
+    serial: int
+
+    def is_of(self, certificate: Certificate) -> bool:
+        return certificate.serial == self.serial and certificate.issuer == self.issuer
+
+
 def _characters(octets: bytes) -> str:
     return octets.decode("ascii", "backslashreplace")
 
@@ -299,5 +310,3 @@ class CertificateBuilder(Builder):
         most 512 octets. An exception that it raises comes out of this call, which may be tried again then.
         """
         return Certificate(self._sign(lib.KACert_SetCertSignFunc, sign, algorithm))
-
-

@@ -90,5 +90,3 @@ def set_name(function: Any, ctx: Any, prefix: str, name: NameLike) -> None:
         if key not in _SETTABLE:
             raise ValueError(f"{key!r} is no attribute that can be set; these are: {', '.join(_SETTABLE)}")
         put(function, ctx, getattr(lib, prefix + _SETTABLE[key][1]), local_text.encode(value))
-
-

@@ -4,16 +4,11 @@ from __future__ import annotations
 
 from typing import Iterator, Union
 
-from ._native import BytesLike, ffi, lib, octets
+from ._native import BytesLike, check, ffi, lib, octets, with_room
 from ._tables import Status
 from .errors import Error
 
 PemText = Union[str, BytesLike]
-
-
-def _check(status: int) -> None:
-    if status != 0:
-        raise Error(Status.KACERT_InvalidParamErr, "The PEM text cannot be read or written.")
 
 
 def blocks(text: PemText, *labels: str) -> Iterator[bytes]:
@@ -26,12 +21,15 @@ def blocks(text: PemText, *labels: str) -> Iterator[bytes]:
         if not 0 <= label_end < end:
             return
         if data[start + 11 : label_end].decode("ascii", "replace") in labels:
-            block = data[start : end + 9]
-            result = ffi.new("uint8_t[]", len(block))
-            length = ffi.new("uint32_t *")
-            _check(lib.PEM2DER_data_format(block, len(block), result, length))
-            yield bytes(ffi.buffer(result, length[0]))
+            yield _read(data[start : end + 9])
         start = data.find(b"-----BEGIN ", end)
+
+
+def _read(block: bytes) -> bytes:
+    try:
+        return with_room(len(block), lib.PEM2DER_data_format, block, len(block))
+    except Error as failure:
+        raise Error(Status.KACERT_InvalidParamErr, "The PEM text cannot be read.") from failure
 
 
 def first(text: PemText, *labels: str) -> bytes:
@@ -48,5 +46,5 @@ def write(der: BytesLike, label: str) -> str:
     room = len(header) + len(footer) + 4 + (len(data) + 2) // 3 * 4 + (len(data) + 47) // 48 * 2
     result = ffi.new("uint8_t[]", room)
     length = ffi.new("uint32_t *")
-    _check(lib.DER2PEM_data_format(data, len(data), result, length, header, footer))
+    check(lib.DER2PEM_data_format(data, len(data), result, length, header, footer))
     return bytes(ffi.buffer(result, length[0])).decode("ascii").replace("\r\n", "\n")

@@ -4,7 +4,7 @@ from __future__ import annotations
 
 from typing import Any
 
-from ._native import BytesLike, check, ffi, lib, octets
+from ._native import BytesLike, lib, octets, with_room
 from ._tables import Status
 from .errors import Error
 
@@ -13,12 +13,11 @@ _PIECE = 1024
 
 
 def _converted(function: Any, source: bytes, room: int) -> bytes:
-    result = ffi.new("uint8_t[]", room)
-    length = ffi.new("uint32_t *")
-    check(function(source, len(source), result, length))
-    if source and length[0] == 0:
+    result = with_room(room, function, source, len(source))
+    if source and not result:
+        # A result that would be too long is a status of 0 without a result.
         raise Error(Status.KACERT_InvalidLengthErr)
-    return bytes(ffi.buffer(result, length[0]))
+    return result
 
 
 def _pieces(data: bytes) -> list[bytes]:
