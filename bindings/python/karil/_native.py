@@ -52,14 +52,17 @@ def context(create: Any, destroy: Any) -> Any:
 
 
 def decoded(create: Any, destroy: Any, decode: Any, data: BytesLike) -> tuple[Any, bytes]:
-    """A context that has decoded `data`, and the octets. It is never changed, so that threads can share it."""
+    """A context that has decoded the first element of `data`, and the element. It is never changed, so that threads
+    can share it."""
     der = octets(data)
     if not der:
         # A length of 0 would tell the decoder to trust a header that is not there.
         raise Error(Status.KACERT_LengthNotEqualErr)
     ctx = context(create, destroy)
     check(decode(ctx, der, len(der)))
-    return ctx, der
+    size = ffi.new("uint32_t *")
+    check(lib.KAsn1_GetCertLength(der, size))
+    return ctx, der[: size[0]]
 
 
 def put(function: Any, *arguments: Any) -> None:

@@ -60,11 +60,6 @@ class Decoded:
 class Signed(Decoded):
     """A certificate, a list or a request: a part that is signed, an algorithm and a signature."""
 
-    def __init__(self, der: BytesLike) -> None:
-        super().__init__(der)
-        # Octets after the element were ignored.
-        self._der = self._der[: self._ctx.encoded.length]
-
     @property
     def tbs(self) -> bytes:
         """The part that is signed."""

@@ -239,7 +239,7 @@ class CertificateBuilder(Builder):
         return self
 
     def key_usage(self, usage: KeyUsage, *, critical: bool = True) -> CertificateBuilder:
-        self._put("CERTEX_KEYUSAGE", usage.value.to_bytes(2, "big").rstrip(b"\0") or b"\0")
+        self._put("CERTEX_KEYUSAGE", usage.value.to_bytes(2, "big").rstrip(b"\0"))
         self._flag("CERTEX_KEYUSAGE", critical)
         return self
 

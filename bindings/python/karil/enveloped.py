@@ -88,7 +88,8 @@ class EnvelopedData(Decoded):
     def __init__(self, der: BytesLike) -> None:
         super().__init__(der)
         # The decoder has a status of 0 for a content that is not there, and for want of memory.
-        if not self._ctx.recipientsSet or not self._ctx.encryptedContent:
+        content = self._ctx.encryptedContent
+        if not self._ctx.recipientsSet or not content or not content.decoded:
             raise Error(Status.KACERT_InvalidItemErr)
 
     def __repr__(self) -> str:

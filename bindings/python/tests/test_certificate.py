@@ -3,6 +3,7 @@
 import re
 import time
 from datetime import datetime, timezone
+from hashlib import sha256
 from ipaddress import ip_address
 from pathlib import Path
 
@@ -192,6 +193,9 @@ def test_verification(root, leaf):
     ):
         with raises(status):
             certificate.verify(issuer.certificate)
+    # A block that ends in the right digest, and is no DigestInfo.
+    with raises("KACERT_VerifySignatureErr"):
+        root.rsa.public_key.verify(root.rsa.sign_block(bytes(19) + sha256(b"x").digest()), b"x")
     for certificate, key in ((leaf.certificate, leaf), (changed, root)):
         with raises("KACERT_VerifySignatureErr"):
             certificate.verify_signature(key.rsa.public_key)

@@ -62,6 +62,7 @@ def test_lists_for_cryptography(root):
         compare(ours, theirs)
         assert theirs.is_signature_valid(root.key.public_key())
         ours.verify_signature(root.certificate.rsa_key)
+    assert (first.number, first.base_number, second.number, second.base_number) == (1, None, 2, 1)
     assert list(second)[:-1] == list(first) and second.next_update is None and len(list(first)) == len(FLAGS)
     identifier = theirs.extensions.get_extension_for_class(x509.AuthorityKeyIdentifier).value.key_identifier
     assert identifier == b"key of root"

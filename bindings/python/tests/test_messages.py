@@ -70,6 +70,7 @@ def test_bad_messages(root, leaf):
         ("KACERT_VerifySignatureErr", plain, plain.index(TEXT)),
         ("KACERT_VerifySignatureErr", dressed, dressed.index(TEXT)),
         ("KACERT_VerifySignatureErr", dressed, dressed.index(b"260102")),
+        ("KACERT_VerifySignatureErr", dressed, dressed.index(b"\x01\x07\x01") + 2),  # the content type
         ("KACERT_VerifySignatureErr", plain, len(plain) - 1),
         ("KACERT_InvalidItemErr", bare, None),
         ("KACERT_InvalidItemErr", unsigned, None),
@@ -77,9 +78,10 @@ def test_bad_messages(root, leaf):
         with raises(status):
             karil.SignedData.from_der(bytes(octet ^ (i == place) for i, octet in enumerate(der))).verify()
     assert karil.SignedData.from_der(bare).verify([leaf.certificate]) == (leaf.certificate,)
-    with raises("KACERT_VerifySignatureErr"):
-        # Of the same issuer and number, with another key.
-        karil.SignedData.from_der(bare).verify([Party("x", leaf.certificate.serial, root).certificate])
+    # Of the same issuer and number, with another key; of the same number alone.
+    for status, issuer in (("KACERT_VerifySignatureErr", root), ("KACERT_InvalidItemErr", leaf)):
+        with raises(status):
+            karil.SignedData.from_der(bare).verify([Party("x", leaf.certificate.serial, issuer).certificate])
 
 
 def test_openssl_opens_what_is_enveloped(root, leaf, openssl):
