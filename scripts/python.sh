@@ -20,7 +20,7 @@ $python -m build --no-isolation --outdir "$build/python" "$source" >"$build/pyth
     exit 1
 }
 cd "$source"
-$python -m black --check --quiet .
+BLACK_CACHE_DIR=$build/python/black $python -m black --check --quiet .
 $python -m flake8 --max-line-length 120 --extend-ignore E203 --exclude _cdef.py .
 $python -m mypy --cache-dir "$build/python/mypy" karil
 

@@ -38,7 +38,7 @@ class Name:
 
     `text`: the library's text in one line, such as "C=CN,O=Example,CN=Name": the ten attributes with a key in a fixed
     order, of an attribute that occurs twice the last one, of units all; empty above 1,023 octets. `der`: the element
-    of a certificate's name, otherwise empty. Names are equal if their attributes are.
+    of a certificate's or a request's name, otherwise empty. Names are equal if their attributes are.
     """
 
     attributes: tuple[NameAttribute, ...]
