@@ -3,13 +3,15 @@
 from __future__ import annotations
 
 import hashlib
-from typing import Any
+from typing import Any, ClassVar, Type, TypeVar
 
 from . import oids
 from ._der import number, oid_octets
-from ._native import BytesLike, check, ffi, filled, lib, octets, with_room
+from ._native import BytesLike, check, ffi, filled, lib, octets, put, with_room
 from ._tables import Status
 from .errors import Error
+
+K = TypeVar("K", bound="_RsaKey")
 
 # Digests by the object identifiers of digests and of signatures with them.
 _DIGESTS = {
@@ -49,44 +51,46 @@ def digest_info(data: BytesLike, digest: str) -> bytes:
     return with_room(512, lib.KI_MakeDigestInfo, algorithm, value, len(value))
 
 
-def _read(type_name: str, decode: Any, der: BytesLike) -> Any:
-    data = octets(der)
-    record = _record(type_name)
-    check(decode(record.modulus, data, len(data)))
-    return record
-
-
-def _record(type_name: str) -> Any:
-    """An empty key record, which is wiped before its memory is freed."""
-    return ffi.gc(ffi.new(type_name + " *"), _wipe)
-
-
 def _wipe(record: Any) -> None:
     size = ffi.sizeof(record[0])
     ffi.memmove(record, bytes(size), size)
 
 
-def _operate(operation: Any, record: Any, data: BytesLike) -> bytes:
-    block = octets(data)
-    result = ffi.new("uint8_t[]", _BLOCK)
-    length = ffi.new("uint32_t *")
-    check(operation(result, length, block, len(block), record))
-    return bytes(ffi.buffer(result, length[0]))
+class _RsaKey:
+    """A key as a record of numbers."""
 
+    _type: ClassVar[str]
+    _decode: ClassVar[Any]
+    _encode: ClassVar[Any]
 
-class RsaPublicKey:
-    """A public key."""
-
-    def __init__(self, record: Any) -> None:
-        self._record = record
+    def __init__(self) -> None:
+        self._record = ffi.gc(ffi.new(self._type + " *"), _wipe)
 
     @classmethod
-    def from_der(cls, der: BytesLike) -> RsaPublicKey:
-        """Reads an RSAPublicKey (RFC 8017 A.1.1)."""
-        return cls(_read("RsaPublicKeyRecord", lib.KA_Decode_PublicKey, der))
+    def from_der(cls: Type[K], der: BytesLike) -> K:
+        """Reads an RSAPublicKey or an RSAPrivateKey (RFC 8017 A.1)."""
+        key = cls()
+        put(cls._decode, key._record.modulus, der)
+        return key
 
     def to_der(self) -> bytes:
-        return filled(lib.KA_Encode_PublicKey, self._record.modulus)
+        """The key in the form that `from_der` reads."""
+        return filled(self._encode, self._record.modulus)
+
+    def _operate(self, operation: Any, data: BytesLike) -> bytes:
+        block = octets(data)
+        result = ffi.new("uint8_t[]", _BLOCK)
+        length = ffi.new("uint32_t *")
+        check(operation(result, length, block, len(block), self._record))
+        return bytes(ffi.buffer(result, length[0]))
+
+
+class RsaPublicKey(_RsaKey):
+    """A public key."""
+
+    _type = "RsaPublicKeyRecord"
+    _decode = lib.KA_Decode_PublicKey
+    _encode = lib.KA_Encode_PublicKey
 
     @property
     def modulus(self) -> int:
@@ -98,11 +102,11 @@ class RsaPublicKey:
 
     def encrypt(self, data: BytesLike) -> bytes:
         """PKCS#1 v1.5 encryption (RFC 8017 7.2.1), as for the key of an enveloped message."""
-        return _operate(lib.KA_PKCS7_RSAPublicEncrypt, self._record, data)
+        return self._operate(lib.KA_PKCS7_RSAPublicEncrypt, data)
 
     def open_block(self, signature: BytesLike) -> bytes:
         """The DigestInfo in a signature (RFC 8017 8.2.2)."""
-        return _operate(lib.KA_PKCS7_RSAPublicDecrypt, self._record, signature)
+        return self._operate(lib.KA_PKCS7_RSAPublicDecrypt, signature)
 
     def verify(self, signature: BytesLike, data: BytesLike, algorithm: str = oids.SHA256_WITH_RSA) -> None:
         """Verifies a signature over `data`; a bad one is KACERT_VerifySignatureErr.
@@ -119,11 +123,12 @@ class RsaPublicKey:
             raise Error(Status.KACERT_VerifySignatureErr)
 
 
-class RsaPrivateKey:
+class RsaPrivateKey(_RsaKey):
     """A private key. Its numbers are wiped when the object is freed."""
 
-    def __init__(self, record: Any) -> None:
-        self._record = record
+    _type = "RsaPrivateKeyRecord"
+    _decode = lib.KA_Decode_PrivateKey
+    _encode = lib.KA_Encode_PrivateKey
 
     @classmethod
     def generate(cls, bits: int = 2048) -> RsaPrivateKey:
@@ -131,27 +136,19 @@ class RsaPrivateKey:
         makers = {1024: lib.KA_PKCS7_GenRSAKeyPair, 2048: lib.KA_PKCS7_GenRSAKeyPair_2048}
         if bits not in makers:
             raise ValueError("a key has 1024 or 2048 bits")
-        key = cls(_record("RsaPrivateKeyRecord"))
-        check(makers[bits](_record("RsaPublicKeyRecord"), key._record))
+        key = cls()
+        check(makers[bits](RsaPublicKey()._record, key._record))
         return key
-
-    @classmethod
-    def from_der(cls, der: BytesLike) -> RsaPrivateKey:
-        """Reads an RSAPrivateKey (RFC 8017 A.1.2)."""
-        return cls(_read("RsaPrivateKeyRecord", lib.KA_Decode_PrivateKey, der))
-
-    def to_der(self) -> bytes:
-        return filled(lib.KA_Encode_PrivateKey, self._record.modulus)
 
     @property
     def public_key(self) -> RsaPublicKey:
-        record = _record("RsaPublicKeyRecord")
-        record.modulus, record.exponent = self._record.modulus, self._record.publicExponent
-        return RsaPublicKey(record)
+        key = RsaPublicKey()
+        key._record.modulus, key._record.exponent = self._record.modulus, self._record.publicExponent
+        return key
 
     def sign_block(self, digest_info: BytesLike) -> bytes:
         """Signs a DigestInfo (RFC 8017 8.2.1), as the signer of a message needs it."""
-        return _operate(lib.KA_PKCS7_RSAPrivateEncrypt, self._record, digest_info)
+        return self._operate(lib.KA_PKCS7_RSAPrivateEncrypt, digest_info)
 
     def sign(self, data: BytesLike, algorithm: str = oids.SHA256_WITH_RSA) -> bytes:
         """Signs `data`, as certificates, lists and requests need it; `algorithm` as RsaPublicKey.verify takes it."""
@@ -159,4 +156,4 @@ class RsaPrivateKey:
 
     def decrypt(self, block: BytesLike) -> bytes:
         """Opens what `RsaPublicKey.encrypt` made."""
-        return _operate(lib.KA_PKCS7_RSAPrivateDecrypt, self._record, block)
+        return self._operate(lib.KA_PKCS7_RSAPrivateDecrypt, block)
