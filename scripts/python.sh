@@ -4,7 +4,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 
-sh scripts/setup.sh build python
+sh scripts/setup.sh build test python
 build=${KARIL_BUILD_DIR:-build}
 mkdir -p "$build"
 build=$(cd "$build" && pwd)

@@ -17,7 +17,7 @@ for group in "$@"; do
     coverage) packages="$packages gcovr" ;;
     python)
         packages="$packages python3-cffi python3-build python3-venv python3-setuptools python3-wheel python3-pytest"
-        packages="$packages python3-cryptography mypy flake8 black openssl ca-certificates tzdata"
+        packages="$packages python3-cryptography mypy flake8 black"
         ;;
     arm64) packages="$packages g++-aarch64-linux-gnu qemu-user" ;;
     s390x) packages="$packages g++-s390x-linux-gnu qemu-user" ;;
