@@ -7,6 +7,7 @@ of it as it is.
 
 from __future__ import annotations
 
+import weakref
 from typing import Any, Callable
 
 from ._native import BytesLike, check, ffi, measured, octets, with_room
@@ -34,7 +35,8 @@ class Operation:
 
     def hook(self, function: HookFunction) -> tuple[Any, Any, int]:
         """The arguments (hook, parameter, length) of the functions that store a hook."""
-        handle = ffi.new_handle(_Hook(self, function))
+        # No cycle: what a callable was given and returned is freed at the end of the call, not by a later collection.
+        handle = ffi.new_handle(_Hook(weakref.proxy(self), function))
         parameter = ffi.new("void *[1]", [handle])
         self._handles += [handle, parameter]
         return _call, parameter, ffi.sizeof(parameter)
@@ -43,8 +45,10 @@ class Operation:
         """Calls a function that returns a status, and raises what a hook raised."""
         status = function(*arguments)
         if self._failure is not None:
-            failure, self._failure = self._failure, None
-            raise failure
+            try:
+                raise self._failure
+            finally:
+                self._failure = None
         check(status)
 
     def with_room(self, room: int, function: Any, *arguments: Any) -> bytes:

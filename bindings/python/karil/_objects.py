@@ -67,7 +67,7 @@ class Signed(Decoded):
 
     @property
     def version(self) -> int:
-        """As on the wire: 2 is v3."""
+        """As on the wire: one less than in its name, so that 2 is v3."""
         return int(self._ctx.version)
 
     @property
@@ -162,11 +162,11 @@ def seconds_of(time: datetime) -> int:
 class Builder:
     """A context that is filled and then signed once."""
 
-    def __init__(self, ctx: Any, encode: Any, put_char: Any, prefix: str) -> None:
+    def __init__(self, ctx: Any, encode: Any, put_char: Any, *algorithms: str) -> None:
         self._ctx = ctx
         self._encode = encode
         self._put_char = put_char
-        self._prefix = prefix
+        self._algorithms = algorithms
         self._signed = False
 
     def _put(self, name: str, value: BytesLike) -> None:
@@ -177,9 +177,8 @@ class Builder:
         """Signs once. After a failure a later call starts again."""
         if self._signed:
             raise ValueError("this was signed before: a builder makes one object")
-        for position in ("INNER", "OUTER"):
-            if (name := f"{self._prefix}_{position}_SIGNATUREALGORITHM") != "CSR_INNER_SIGNATUREALGORITHM":
-                self._put(name, oid_octets(algorithm))
+        for name in self._algorithms:
+            self._put(name, oid_octets(algorithm))
         operation = Operation()
         check(store(self._ctx, *operation.hook(sign)))
         encoded = operation.filled(self._encode, self._ctx)

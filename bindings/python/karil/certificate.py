@@ -205,7 +205,8 @@ class CertificateBuilder(Builder):
         public_key_algorithm: str = oids.RSA_ENCRYPTION,
     ) -> None:
         ctx = context(lib.KACert_CreateCertEncodeCtx, lib.KACert_DestroyCertEncodeCtx)
-        super().__init__(ctx, lib.KACert_EncodeCert, lib.KACert_SetCertAttributeChar, "CERT")
+        algorithms = "CERT_INNER_SIGNATUREALGORITHM", "CERT_OUTER_SIGNATUREALGORITHM"
+        super().__init__(ctx, lib.KACert_EncodeCert, lib.KACert_SetCertAttributeChar, *algorithms)
         self._public_key = octets(public_key)
         self._issuer = issuer
         for name, value in (

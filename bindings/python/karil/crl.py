@@ -115,7 +115,8 @@ class CertificateListBuilder(Builder):
         out = ffi.new("CrlEncodeCtx **")
         check(lib.KACert_CreateCrlEncodeCtx_Ex(out, issuer.der, len(issuer.der)))
         ctx = ffi.gc(out[0], lib.KACert_DestroyCrlEncodeCtx)
-        super().__init__(ctx, lib.KACert_EncodeCrl, lib.KACert_SetCrlAttributeChar, "CRL")
+        algorithms = "CRL_INNER_SIGNATUREALGORITHM", "CRL_OUTER_SIGNATUREALGORITHM"
+        super().__init__(ctx, lib.KACert_EncodeCrl, lib.KACert_SetCrlAttributeChar, *algorithms)
         check(lib.KACert_SetCrlAttributeInt(ctx, lib.CRL_VERSION, 1))
         check(lib.KACert_SetCrlAttributeInt(ctx, lib.CRL_THISUPDATE, seconds_of(this_update)))
         if next_update is not None:

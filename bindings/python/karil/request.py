@@ -46,7 +46,7 @@ class CertificationRequestBuilder(Builder):
         self, *, subject: NameLike, public_key: BytesLike, public_key_algorithm: str = oids.RSA_ENCRYPTION
     ) -> None:
         ctx = context(lib.KACert_CreateCsrEncodeCtx, lib.KACert_DestroyCsrEncodeCtx)
-        super().__init__(ctx, lib.KACert_EncodeCsr, lib.KACert_SetCsrAttributeChar, "CSR")
+        super().__init__(ctx, lib.KACert_EncodeCsr, lib.KACert_SetCsrAttributeChar, "CSR_OUTER_SIGNATUREALGORITHM")
         set_name(lib.KACert_SetCsrAttributeChar, ctx, "CSR_SUBJECT_", subject)
         self._put("CSR_PUBLICKEY_ALGORITHM", oid_octets(public_key_algorithm))
         self._put("CSR_SUBJECTPUBLICKEYINFO", public_key)
