@@ -31,7 +31,7 @@ def objects(root):
     envelope = karil.EnvelopedData.make(b"x", [root.certificate])
     return {
         karil.Certificate: (certificate.der, lambda it: it.verify(root.certificate)),
-        karil.CertificateList: (crl.der, lambda it: (it.verify(root.certificate), list(it))),
+        karil.CertificateList: (crl.der, lambda it: (list(it), it.verify(root.certificate))),
         karil.CertificationRequest: (request.der, lambda it: (it.verify_signature(it.rsa_key), it.verify())),
         karil.SignedData: (signed.sign(DER, [PKCS7Options.Binary]), lambda it: it.verify([root.certificate])),
         karil.EnvelopedData: (envelope, lambda it: it.open(root.certificate, root.rsa.decrypt)),
