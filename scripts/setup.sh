@@ -1,5 +1,5 @@
 #!/bin/sh
-# Installs the Debian packages that are missing. Arguments: groups, of build, test, token, check, bench, coverage,
+# Installs the Debian packages that are missing. Arguments: groups, of build, test, token, check, bench, docs, coverage,
 # python, arm64, s390x and i386.
 set -eu
 
@@ -7,13 +7,14 @@ packages=
 for group in "$@"; do
     case $group in
     build) packages="$packages g++ cmake ninja-build pkgconf libssl-dev nettle-dev" ;;
-    test) packages="$packages libgtest-dev ca-certificates openssl gnutls-bin tzdata" ;;
+    test) packages="$packages libgtest-dev ca-certificates openssl gnutls-bin tzdata python3" ;;
     token) packages="$packages softhsm2 libp11-kit-dev" ;;
     check) packages="$packages clang clang-format clang-tidy libclang-rt-dev python3" ;;
     bench)
         packages="$packages libbenchmark-dev libmbedtls-dev libgnutls28-dev python3 python3-matplotlib ca-certificates"
         packages="$packages tzdata"
         ;;
+    docs) packages="$packages graphviz fonts-dejavu-core" ;;
     coverage) packages="$packages gcovr" ;;
     python)
         packages="$packages python3-cffi python3-build python3-venv python3-setuptools python3-wheel python3-pytest"
