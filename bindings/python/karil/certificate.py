@@ -86,6 +86,7 @@ class Certificate(KeyHolder):
 
     @property
     def serial(self) -> int:
+        """The serial number; one that is negative on the wire is read as a positive number."""
         return number(data_of(self._ctx.serialNumber))
 
     @property
@@ -95,10 +96,12 @@ class Certificate(KeyHolder):
 
     @property
     def issuer(self) -> Name:
+        """The issuer, as the certificate names it."""
         return read_name(self._ctx, self._ctx.issuer, data_of(self._ctx.issuerDer))
 
     @property
     def subject(self) -> Name:
+        """Whose certificate it is."""
         return read_name(self._ctx, self._ctx.subject, data_of(self._ctx.subjectDer))
 
     @property
@@ -122,6 +125,7 @@ class Certificate(KeyHolder):
 
     @property
     def key_usage(self) -> Optional[KeyUsage]:
+        """What the key is for, or None if nothing tells."""
         if not self._ctx.extensions.hasKeyUsage:
             return None
         # Of a decoded usage the first octet is the number of unused bits.
@@ -136,19 +140,23 @@ class Certificate(KeyHolder):
 
     @property
     def is_ca(self) -> bool:
+        """Whether the basic constraints say that it is an authority."""
         return bool(self._ctx.extensions.basicConstraints.isCa)
 
     @property
     def path_length(self) -> Optional[int]:
+        """How many authorities may follow in a chain, or None if there is no limit."""
         constraints = self._ctx.extensions.basicConstraints
         return number(data_of(constraints.pathLen)) if constraints.hasPathLen else None
 
     @property
     def subject_key_id(self) -> Optional[bytes]:
+        """The identifier of the key, or None."""
         return data_of(self._ctx.extensions.subjectKeyId.keyId) or None
 
     @property
     def authority_key_id(self) -> Optional[bytes]:
+        """The identifier of the issuer's key, or None."""
         return data_of(self._ctx.extensions.authorityKeyId.keyId) or None
 
     @property
@@ -158,6 +166,7 @@ class Certificate(KeyHolder):
 
     @property
     def issuer_alternative_names(self) -> AlternativeNames:
+        """The issuer's alternative names."""
         return self._names(oids.ISSUER_ALT_NAME)
 
     def _names(self, oid: str) -> AlternativeNames:
@@ -233,6 +242,7 @@ class CertificateBuilder(Builder):
     def basic_constraints(
         self, *, ca: bool, path_length: Optional[int] = None, critical: bool = True
     ) -> CertificateBuilder:
+        """Whether it is an authority, and how many authorities may follow in a chain."""
         self._put("CERTEX_AUTHORITY", bytes([ca]))
         if path_length is not None:
             self._put("CERTEX_PATHLENCONSTRAINT", bytes([path_length]))
@@ -240,6 +250,7 @@ class CertificateBuilder(Builder):
         return self
 
     def key_usage(self, usage: KeyUsage, *, critical: bool = True) -> CertificateBuilder:
+        """What the key is for."""
         self._put("CERTEX_KEYUSAGE", usage.value.to_bytes(2, "big").rstrip(b"\0"))
         self._flag("CERTEX_KEYUSAGE", critical)
         return self
@@ -290,11 +301,13 @@ class CertificateBuilder(Builder):
         return self
 
     def crl_distribution_points(self, *uris: str) -> CertificateBuilder:
+        """Addresses of revocation lists, one distribution point each."""
         for uri in uris:
             self._put("CERTEX_CRLDIST_FULLNAME", uri.encode("ascii"))
         return self
 
     def authority_information(self, *, ocsp: Optional[str] = None, issuers: Optional[str] = None) -> CertificateBuilder:
+        """Addresses of an OCSP responder and of the certificates of the issuer."""
         for name, uri in (("OCSP", ocsp), ("CAISSUERS", issuers)):
             if uri is not None:
                 self._put("CERTEX_AUTHORITYINFO_" + name, uri.encode("ascii"))

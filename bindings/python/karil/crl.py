@@ -63,6 +63,7 @@ class CertificateList(Signed):
 
     @property
     def issuer(self) -> Name:
+        """The authority that signs the list."""
         return read_name(self._ctx, self._ctx.issuer)
 
     @property
@@ -72,6 +73,7 @@ class CertificateList(Signed):
 
     @property
     def next_update(self) -> Optional[datetime]:
+        """When the next list comes, or None."""
         return moment(self._ctx.nextUpdate.utcValue) if self._ctx.hasNextUpdate else None
 
     @property

@@ -97,6 +97,7 @@ class EnvelopedData(Decoded):
 
     @property
     def content_type(self) -> str:
+        """What the content is, as dotted text."""
         return oid_text(data_of(self._ctx.encryptedContent.contentType.oid))
 
     @property
@@ -111,10 +112,12 @@ class EnvelopedData(Decoded):
 
     @property
     def ciphertext(self) -> bytes:
+        """The enciphered content."""
         return data_of(self._ctx.encryptedContent.encryptedContent)
 
     @property
     def recipients(self) -> tuple[RecipientInfo, ...]:
+        """Who can open the message."""
         return tuple(_read_recipient(self._ctx, node) for node in chain(self._ctx, self._ctx.recipients))
 
     def open(

@@ -94,10 +94,12 @@ class RsaPublicKey(_RsaKey):
 
     @property
     def modulus(self) -> int:
+        """The modulus n."""
         return number(bytes(self._record.modulus))
 
     @property
     def exponent(self) -> int:
+        """The public exponent e."""
         return number(bytes(self._record.exponent))
 
     def encrypt(self, data: BytesLike) -> bytes:
@@ -142,6 +144,7 @@ class RsaPrivateKey(_RsaKey):
 
     @property
     def public_key(self) -> RsaPublicKey:
+        """The public half."""
         key = RsaPublicKey()
         key._record.modulus, key._record.exponent = self._record.modulus, self._record.publicExponent
         return key

@@ -41,6 +41,7 @@ class PfxCertificate:
 
     @property
     def friendly_name(self) -> Optional[str]:
+        """The name of the certificate, or None."""
         return _friendly_name(self.attributes)
 
 
@@ -59,7 +60,7 @@ class Pfx:
 
     @property
     def friendly_name(self) -> Optional[str]:
-        """The name of the key."""
+        """The name of the key, or None."""
         return _friendly_name(self.attributes)
 
     @classmethod

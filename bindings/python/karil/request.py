@@ -21,11 +21,13 @@ class CertificationRequest(KeyHolder):
 
     @property
     def subject(self) -> Name:
+        """Who asks."""
         fields = elements(self.tbs) if self.tbs else []
         return read_name(self._ctx, self._ctx.subject, fields[1] if len(fields) > 1 else b"")
 
     @property
     def attributes(self) -> tuple[Attribute, ...]:
+        """The attributes, in the order of the wire."""
         return read_attributes(self._ctx, self._ctx.attributes)
 
     @property

@@ -88,6 +88,7 @@ class SignedData(Decoded):
 
     @property
     def content_type(self) -> str:
+        """What the content is, as dotted text."""
         return oid_text(data_of(self._ctx.contentType.oid))
 
     @property
@@ -97,10 +98,12 @@ class SignedData(Decoded):
 
     @property
     def raw_certificates(self) -> tuple[bytes, ...]:
+        """The certificates in the message, as octets."""
         return tuple(map(data_of, chain(self._ctx, self._ctx.certificates)))
 
     @property
     def raw_crls(self) -> tuple[bytes, ...]:
+        """The revocation lists in the message, as octets."""
         return tuple(map(data_of, chain(self._ctx, self._ctx.crls)))
 
     @property
@@ -115,6 +118,7 @@ class SignedData(Decoded):
 
     @property
     def signers(self) -> tuple[SignerInfo, ...]:
+        """Who signed; nothing is verified yet."""
         return tuple(_read_signer(self._ctx, node) for node in chain(self._ctx, self._ctx.signerInfos))
 
     def verify(
