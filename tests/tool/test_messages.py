@@ -1,6 +1,7 @@
 """karil sign, envelop and open, judged by openssl."""
 
 import os
+import random
 import shutil
 import stat
 from pathlib import Path
@@ -125,3 +126,32 @@ def test_refusals(people, command, status, words):
     if "rc2" in command:
         openssl(*encrypt, "-rc2-128", "-provider", "legacy", "-provider", "default", "-out", "rc2", "ann.pem")
     assert words in refused(karil(*command.split(), status=status))
+
+
+# What is signed ends before the algorithm and the signature, 276 octets in all. A message has nothing that protects it.
+@pytest.mark.parametrize(
+    "command, end, allowed",
+    [
+        ("issue FILE --authority ca", -276, {1, 3}),
+        ("open FILE --key ann.key --cert ann.pem", -1, {0, 1, 3}),
+        ("pfx open FILE --password-file password --out-folder out --force", -1, {0, 1, 3}),
+    ],
+)
+def test_changed_octets(people, command, end, allowed):
+    (people / "password").write_text("secret")
+    karil("request", "--key", "ann.key", "--subject", "CN=ann", "--dns", "a.example", "-o", "request")
+    made = {
+        "issue": karil("convert", "--to", "der", "request").stdout,
+        "open": karil("envelop", "--recipient", "ann.pem", "--der", "content").stdout,
+        "pfx": karil("pfx", "make", "--key", "ann.key", "--cert", "ann.pem", "--password-file", "password", "-o",
+                     "/dev/stdout").stdout,
+    }  # fmt: skip
+    octets = made[command.split()[0]]
+    source = random.Random(7)
+    for _ in range(60):
+        changed = bytearray(octets)
+        changed[source.randrange(4, len(octets) + end)] ^= 1 << source.randrange(8)
+        (people / "FILE").write_bytes(changed)
+        done = karil(*command.split(), status=None)
+        assert done.returncode in allowed and b"Sanitizer" not in done.stderr, done.stderr
+        assert len(done.stderr.splitlines()) == (1 if done.returncode else 0)
