@@ -21,8 +21,19 @@ def mode(path):
 def make_authority():
     karil("authority", "ca", "--subject", "C=CN,O=演示,CN=Demo Root", umask=0)
     karil("key", "-o", "leaf.key", umask=0)
-    karil("request", "--key", "leaf.key", "--subject", SUBJECT, "--dns", "a.example.com", "--dns", "*.b.example.com",
-          "-o", "leaf.csr")
+    karil(
+        "request",
+        "--key",
+        "leaf.key",
+        "--subject",
+        SUBJECT,
+        "--dns",
+        "a.example.com",
+        "--dns",
+        "*.b.example.com",
+        "-o",
+        "leaf.csr",
+    )
 
 
 @pytest.fixture(scope="module")
@@ -74,8 +85,19 @@ def test_request_with_every_form_of_key(folder, form, coding, digest):
 
 
 def test_names_arrive_as_they_were_typed(ca):
-    want = "    ".join(["subject=\n", "C=CN\n", "ST=上海\n", "L=浦东\n", "O=演示, Ltd\n", "OU=一\n", "OU=二\n",
-                        "CN=www.example.com\n", "emailAddress=a@example.com\n"])
+    want = "    ".join(
+        [
+            "subject=\n",
+            "C=CN\n",
+            "ST=上海\n",
+            "L=浦东\n",
+            "O=演示, Ltd\n",
+            "OU=一\n",
+            "OU=二\n",
+            "CN=www.example.com\n",
+            "emailAddress=a@example.com\n",
+        ]
+    )
     assert openssl("req", "-in", "leaf.csr", "-noout", "-verify", "-subject", *IN_UTF8) == want
     assert "DNS:a.example.com, DNS:*.b.example.com" in openssl("req", "-in", "leaf.csr", "-noout", "-text")
     issue("leaf.csr")
@@ -88,8 +110,12 @@ def test_names_arrive_as_they_were_typed(ca):
     [
         ("server", "Digital Signature, Key Encipherment", ["TLS Web Server Authentication", "CA:FALSE"], "sslserver"),
         ("client", "Digital Signature", ["TLS Web Client Authentication", "CA:FALSE"], "sslclient"),
-        ("person", "Digital Signature, Non Repudiation, Key Encipherment",
-         ["TLS Web Client Authentication, E-mail Protection", "CA:FALSE"], "smimesign"),
+        (
+            "person",
+            "Digital Signature, Non Repudiation, Key Encipherment",
+            ["TLS Web Client Authentication, E-mail Protection", "CA:FALSE"],
+            "smimesign",
+        ),
         ("ca", "Certificate Sign, CRL Sign", ["CA:TRUE, pathlen:0"], "crlsign"),
     ],
 )
@@ -111,13 +137,20 @@ def test_files_of_an_authority(ca):
     issue("leaf.csr", umask=0o022)
     karil("crl", "--authority", "ca", "-o", "out.pem", umask=0o022)
     assert mode(ca / "authority.key") == 0o600 and mode(ca / "crl.pem") == 0o644
-    assert sorted(each.name for each in ca.iterdir()) == ["authority.key", "authority.pem", "crl.pem", "index.json",
-                                                           "issued"]
+    assert sorted(each.name for each in ca.iterdir()) == [
+        "authority.key",
+        "authority.pem",
+        "crl.pem",
+        "index.json",
+        "issued",
+    ]
     assert (ca / "crl.pem").read_bytes() == (ca.parent / "out.pem").read_bytes()
 
 
 # East of UTC a certificate would begin in the future for others if local time were written.
-@pytest.mark.parametrize("zone, shown", [("Asia/Shanghai", "+08:00"), ("America/New_York", "-05:00"), ("UTC", "+00:00")])
+@pytest.mark.parametrize(
+    "zone, shown", [("Asia/Shanghai", "+08:00"), ("America/New_York", "-05:00"), ("UTC", "+00:00")]
+)
 def test_dates_are_utc_whatever_the_zone(ca, zone, shown):
     said = karil("issue", "--authority", "ca", "leaf.csr", "-o", "cert.pem", env={"TZ": zone}).stdout.decode()
     openssl("verify", "-CAfile", "ca/authority.pem", "cert.pem")
@@ -126,8 +159,11 @@ def test_dates_are_utc_whatever_the_zone(ca, zone, shown):
     assert shown in said
     karil("revoke", "cert.pem", "--authority", "ca", env={"TZ": zone})
     karil("crl", "--authority", "ca", env={"TZ": zone})
-    done = subprocess.run(["openssl", "verify", "-crl_check", "-CAfile", "ca/authority.pem", "-CRLfile", "ca/crl.pem",
-                           "cert.pem"], capture_output=True, check=False)
+    done = subprocess.run(
+        ["openssl", "verify", "-crl_check", "-CAfile", "ca/authority.pem", "-CRLfile", "ca/crl.pem", "cert.pem"],
+        capture_output=True,
+        check=False,
+    )
     assert b"certificate revoked" in done.stderr and b"not yet valid" not in done.stderr
 
 
@@ -209,10 +245,25 @@ def tampered(pem):
 def test_refusals(ca, command, status, words):
     arguments = command.split(" ")
     if "ec.csr" in arguments:
-        openssl("req", "-new", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-noenc", "-keyout", "ec.key",
-                "-subj", "/CN=a", "-out", "ec.csr")
-    for name, index in (("damaged", '{"format": 1'), ("odd", '{"format":1,"crlNumber":1,"issued":{"xy":{'
-                                                              '"subject":"","notAfter":1,"revoked":1,"reason":0}}}')):
+        openssl(
+            "req",
+            "-new",
+            "-newkey",
+            "ec",
+            "-pkeyopt",
+            "ec_paramgen_curve:P-256",
+            "-noenc",
+            "-keyout",
+            "ec.key",
+            "-subj",
+            "/CN=a",
+            "-out",
+            "ec.csr",
+        )
+    for name, index in (
+        ("damaged", '{"format": 1'),
+        ("odd", '{"format":1,"crlNumber":1,"issued":{"xy":{' '"subject":"","notAfter":1,"revoked":1,"reason":0}}}'),
+    ):
         if name in arguments:
             ca.rename(name)
             (ca.parent / name / "index.json").write_text(index)

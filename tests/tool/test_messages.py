@@ -32,12 +32,28 @@ def people(made, folder):
 
 
 def judged(message, *arguments, form="PEM", status=0):
-    openssl("cms", "-verify", "-inform", form, "-in", message, "-binary", "-CAfile", "ca/authority.pem", "-out", "out",
-            *arguments, status=status)
+    openssl(
+        "cms",
+        "-verify",
+        "-inform",
+        form,
+        "-in",
+        message,
+        "-binary",
+        "-CAfile",
+        "ca/authority.pem",
+        "-out",
+        "out",
+        *arguments,
+        status=status,
+    )
 
 
-@pytest.mark.parametrize("digest, content", [("sha1", b"a"), ("sha256", os.urandom(3_000_000)), ("sha384", bytes(128)),
-                                             ("sha512", CONTENTS["text"])], ids=lambda each: each[:6])
+@pytest.mark.parametrize(
+    "digest, content",
+    [("sha1", b"a"), ("sha256", os.urandom(3_000_000)), ("sha384", bytes(128)), ("sha512", CONTENTS["text"])],
+    ids=lambda each: each[:6],
+)
 def test_signed(people, digest, content):
     (people / "content").write_bytes(content)
     karil("sign", "--key", "ann.key", "--cert", "ann.pem", "--digest", digest, "content", "-o", "message")
@@ -51,8 +67,20 @@ def test_signed(people, digest, content):
 
 
 def test_detached_with_a_chain(people):
-    karil("sign", "--key", "ann.key", "--cert", "ann.pem", "--chain", "ca/authority.pem", "--detached", "--der", "content",
-          "-o", "message")
+    karil(
+        "sign",
+        "--key",
+        "ann.key",
+        "--cert",
+        "ann.pem",
+        "--chain",
+        "ca/authority.pem",
+        "--detached",
+        "--der",
+        "content",
+        "-o",
+        "message",
+    )
     assert CONTENTS["text"] not in (people / "message").read_bytes()
     judged("message", "-content", "content", form="DER")
     judged("message", "-content", "ann.pem", form="DER", status=4)
@@ -60,16 +88,31 @@ def test_detached_with_a_chain(people):
     assert [line for line in printed.splitlines() if "subject" in line] == ["subject=CN = ann", "subject=CN = root"]
 
 
-@pytest.mark.parametrize("cipher, size", [("aes-256-cbc", "long"), ("aes-128-cbc", "blocks"), ("des-ede3-cbc", "text"),
-                                          ("aes-256-cbc", "short")])
+@pytest.mark.parametrize(
+    "cipher, size",
+    [("aes-256-cbc", "long"), ("aes-128-cbc", "blocks"), ("des-ede3-cbc", "text"), ("aes-256-cbc", "short")],
+)
 def test_enveloped_for_two(people, cipher, size):
     (people / "content").write_bytes(CONTENTS[size])
     karil("envelop", "--recipient", "ann.pem", "--recipient", "bob.pem", "--cipher", cipher, "content", "-o", "message")
     shown = openssl("cms", "-cmsout", "-print", "-noout", "-inform", "PEM", "-in", "message")
     assert f"algorithm: {cipher}" in shown
     for name in ("ann", "bob"):
-        openssl("cms", "-decrypt", "-inform", "PEM", "-in", "message", "-binary", "-recip", f"{name}.pem", "-inkey",
-                f"{name}.key", "-out", "out")
+        openssl(
+            "cms",
+            "-decrypt",
+            "-inform",
+            "PEM",
+            "-in",
+            "message",
+            "-binary",
+            "-recip",
+            f"{name}.pem",
+            "-inkey",
+            f"{name}.key",
+            "-out",
+            "out",
+        )
         assert (people / "out").read_bytes() == CONTENTS[size]
         karil("open", "--key", f"{name}.key", "--cert", f"{name}.pem", "message", "-o", f"{name}.out", umask=0)
         assert (people / f"{name}.out").read_bytes() == CONTENTS[size]
@@ -78,12 +121,27 @@ def test_enveloped_for_two(people, cipher, size):
 
 # With -stream openssl writes indefinite lengths, and the cipher text in pieces of 4,096 octets.
 @pytest.mark.parametrize("stream", [[], ["-stream"]])
-@pytest.mark.parametrize("cipher, form, length", [("-aes256", "DER", 0), ("-aes128", "PEM", 1), ("-des3", "DER", 4096),
-                                                  ("-aes256", "PEM", 300_000)])
+@pytest.mark.parametrize(
+    "cipher, form, length",
+    [("-aes256", "DER", 0), ("-aes128", "PEM", 1), ("-des3", "DER", 4096), ("-aes256", "PEM", 300_000)],
+)
 def test_open_what_openssl_wrote(people, stream, cipher, form, length):
     (people / "content").write_bytes(os.urandom(length))
-    openssl("cms", "-encrypt", cipher, *stream, "-in", "content", "-binary", "-outform", form, "-out", "message",
-            "bob.pem", "ann.pem")
+    openssl(
+        "cms",
+        "-encrypt",
+        cipher,
+        *stream,
+        "-in",
+        "content",
+        "-binary",
+        "-outform",
+        form,
+        "-out",
+        "message",
+        "bob.pem",
+        "ann.pem",
+    )
     opened = karil("open", "--key", "ann.key", "--cert", "ann.pem", "message").stdout
     assert opened == (people / "content").read_bytes()
 

@@ -12,13 +12,16 @@ from conftest import TOOL, karil, once, openssl, refused
 
 @pytest.fixture(scope="module")
 def made(tmp_path_factory):
-    return once(tmp_path_factory, lambda: (
-        karil("authority", "ca", "--subject", "CN=root"),
-        karil("key", "-o", "own.key", "--bits", 4096),
-        karil("request", "--key", "own.key", "--subject", "C=CN,CN=王小明", "-o", "own.csr"),
-        karil("issue", "--authority", "ca", "own.csr", "-o", "own.pem"),
-        Path("password").write_text("secret\n"),
-    ))
+    return once(
+        tmp_path_factory,
+        lambda: (
+            karil("authority", "ca", "--subject", "CN=root"),
+            karil("key", "-o", "own.key", "--bits", 4096),
+            karil("request", "--key", "own.key", "--subject", "C=CN,CN=王小明", "-o", "own.csr"),
+            karil("issue", "--authority", "ca", "own.csr", "-o", "own.pem"),
+            Path("password").write_text("secret\n"),
+        ),
+    )
 
 
 @pytest.fixture
@@ -55,8 +58,25 @@ def test_name_in_chinese(files):
 @pytest.mark.parametrize("cipher", ["PBE-SHA1-3DES", "PBE-SHA1-RC2-40", "PBE-SHA1-RC4-128"])
 @pytest.mark.parametrize("password", ["", "secret", "Grüße"])
 def test_open_what_openssl_wrote(files, cipher, password):
-    openssl("pkcs12", "-export", "-legacy", "-inkey", "own.key", "-in", "own.pem", "-certfile", "ca/authority.pem",
-            "-keypbe", cipher, "-certpbe", cipher, "-passout", f"pass:{password}", "-out", "other.p12")
+    openssl(
+        "pkcs12",
+        "-export",
+        "-legacy",
+        "-inkey",
+        "own.key",
+        "-in",
+        "own.pem",
+        "-certfile",
+        "ca/authority.pem",
+        "-keypbe",
+        cipher,
+        "-certpbe",
+        cipher,
+        "-passout",
+        f"pass:{password}",
+        "-out",
+        "other.p12",
+    )
     (files / "password").write_bytes(password.encode() + b"\r\n")
     opened("other.p12", umask=0o022)
     for name, want in (("key", "own.key"), ("certificate", "own.pem"), ("chain", "ca/authority.pem")):
