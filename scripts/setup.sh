@@ -1,5 +1,5 @@
 #!/bin/sh
-# Installs the Debian packages that are missing. Arguments: groups, of build, test, token, check, bench, coverage,
+# Installs the Debian packages that are missing. Arguments: groups, of build, test, token, check, docs, bench, coverage,
 # arm64, s390x and i386.
 set -eu
 
@@ -10,6 +10,7 @@ for group in "$@"; do
     test) packages="$packages libgtest-dev ca-certificates openssl gnutls-bin tzdata" ;;
     token) packages="$packages softhsm2 libp11-kit-dev" ;;
     check) packages="$packages clang clang-format clang-tidy libclang-rt-dev python3" ;;
+    docs) packages="$packages doxygen graphviz python3 help2man" ;;
     bench)
         packages="$packages libbenchmark-dev libmbedtls-dev libgnutls28-dev python3 python3-matplotlib ca-certificates"
         packages="$packages tzdata"
