@@ -9,7 +9,7 @@ for group in "$@"; do
     build) packages="$packages g++ cmake ninja-build pkgconf libssl-dev nettle-dev" ;;
     test) packages="$packages libgtest-dev ca-certificates openssl gnutls-bin tzdata" ;;
     token) packages="$packages softhsm2 libp11-kit-dev" ;;
-    check) packages="$packages clang clang-format clang-tidy libclang-rt-dev python3" ;;
+    check) packages="$packages clang clang-format clang-tidy libclang-rt-dev python3 abigail-tools binutils" ;;
     docs) packages="$packages doxygen graphviz python3 help2man" ;;
     bench)
         packages="$packages libbenchmark-dev libmbedtls-dev libgnutls28-dev python3 python3-matplotlib ca-certificates"
