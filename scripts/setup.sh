@@ -6,8 +6,8 @@ set -eu
 packages=
 for group in "$@"; do
     case $group in
-    build) packages="$packages g++ cmake ninja-build pkgconf libssl-dev nettle-dev" ;;
-    test) packages="$packages libgtest-dev ca-certificates openssl gnutls-bin tzdata" ;;
+    build) packages="$packages g++ cmake ninja-build pkgconf libssl-dev nettle-dev libcli11-dev nlohmann-json3-dev" ;;
+    test) packages="$packages libgtest-dev ca-certificates openssl gnutls-bin tzdata python3 python3-pytest" ;;
     token) packages="$packages softhsm2 libp11-kit-dev" ;;
     check) packages="$packages clang clang-format clang-tidy libclang-rt-dev python3 abigail-tools binutils" ;;
     docs) packages="$packages doxygen graphviz python3 help2man" ;;

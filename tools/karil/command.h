@@ -1,0 +1,18 @@
+// The commands. Each adds its options to the command line; when it was chosen, it stores what is to be run.
+#ifndef KARIL_TOOL_COMMAND_H
+#define KARIL_TOOL_COMMAND_H
+
+#include "failure.h"
+
+#include <CLI/CLI.hpp>
+#include <functional>
+
+namespace tool {
+
+using Run = std::function<Exit()>;
+
+void addConvert(CLI::App &app, Run &run);
+
+} // namespace tool
+
+#endif

@@ -1,0 +1,26 @@
+#include "command.h"
+#include "report.h"
+
+#include "karil/version.h"
+
+namespace {
+
+// One row for each command.
+constexpr void (*commands[])(CLI::App &, tool::Run &) = {tool::addConvert};
+
+} // namespace
+
+int main(int count, char **arguments) {
+    CLI::App app("Shows, checks and makes certificates and what belongs to them.", "karil");
+    app.set_version_flag("--version", "karil " KARIL_VERSION);
+    app.require_subcommand(1);
+    tool::Run run;
+    for (const auto add : commands)
+        add(app, run);
+    try {
+        app.parse(count, arguments);
+    } catch (const CLI::ParseError &error) {
+        return app.exit(error) == 0 ? 0 : static_cast<int>(tool::Exit::Misuse);
+    }
+    return static_cast<int>(tool::guarded(run));
+}
