@@ -10,7 +10,7 @@ for group in "$@"; do
     test) packages="$packages libgtest-dev ca-certificates openssl gnutls-bin tzdata python3 python3-pytest" ;;
     token) packages="$packages softhsm2 libp11-kit-dev" ;;
     check) packages="$packages clang clang-format clang-tidy libclang-rt-dev python3 abigail-tools binutils" ;;
-    docs) packages="$packages doxygen graphviz python3 help2man" ;;
+    docs) packages="$packages doxygen graphviz python3" ;;
     bench)
         packages="$packages libbenchmark-dev libmbedtls-dev libgnutls28-dev python3 python3-matplotlib ca-certificates"
         packages="$packages tzdata"
