@@ -1,6 +1,6 @@
 #!/bin/sh
-# Installs the Debian packages that are missing. Arguments: groups, of build, test, token, check, docs, bench, coverage,
-# arm64, s390x and i386.
+# Installs the Debian packages that are missing. Arguments: groups, of build, test, token, check, docs, package, bench,
+# coverage, arm64, s390x and i386.
 set -eu
 
 packages=
@@ -11,6 +11,7 @@ for group in "$@"; do
     token) packages="$packages softhsm2 libp11-kit-dev" ;;
     check) packages="$packages clang clang-format clang-tidy libclang-rt-dev python3 abigail-tools binutils" ;;
     docs) packages="$packages doxygen graphviz python3" ;;
+    package) packages="$packages debhelper dpkg-dev lintian debootstrap" ;;
     bench)
         packages="$packages libbenchmark-dev libmbedtls-dev libgnutls28-dev python3 python3-matplotlib ca-certificates"
         packages="$packages tzdata"
