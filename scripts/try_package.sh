@@ -62,7 +62,7 @@ cmake --build consumer_build
 consumer_build/by_package
 consumer_build/by_pkgconfig
 zcat /usr/share/man/man3/KACert_DecodeCert.3karil.gz | grep -q 'SH NAME'
-test -f /usr/share/doc/libkaril-dev/html/index.html
+test -f /usr/share/doc/karil/html/index.html
 END
 cat >"$system/root/program.sh" <<'END'
 set -eu
