@@ -81,8 +81,8 @@ openssl pkcs12 -legacy -in server.pfx -passin file:password -nodes -out opened.p
 openssl x509 -in opened.pem -noout -subject | grep www.example.com
 openssl rsa -in opened.pem -check -noout
 END
-timed "the library, used by three programs" inside sh -e /root/library.sh
-timed "the program karil, from nothing to a PFX" inside sh -e /root/program.sh
+timed "the library, used by three programs" inside sh -ex /root/library.sh
+timed "the program karil, from nothing to a PFX" inside sh -ex /root/program.sh
 timed "all removed" inside sh -c 'apt-get purge -q -y libkaril1 libkaril-dev karil karil-doc
     ! find /usr /etc /var/lib/dpkg/info | grep karil'
 rm -rf "$system"
