@@ -17,7 +17,7 @@ static void setCert(CertEncodeCtx *ctx, int32_t id, const void *value, uint32_t 
 static void fillCommon(CertEncodeCtx *ctx, const Key *issuer, uint8_t serial, int32_t now, int32_t days) {
     CHECK(KACert_SetCertAttributeInt(ctx, CERT_VERSION, 2));
     CHECK(KACert_SetCertAttributeInt(ctx, CERT_VALIDFROM, now));
-    CHECK(KACert_SetCertAttributeInt(ctx, CERT_VALIDTO, now + days * 86400));
+    CHECK(KACert_SetCertAttributeInt(ctx, CERT_VALIDTO, daysAfter(now, days)));
     setCert(ctx, CERT_SERIALNUMBER, &serial, 1);
     setCert(ctx, CERT_INNER_SIGNATUREALGORITHM, sha1WithRsa, sizeof sha1WithRsa);
     setCert(ctx, CERT_OUTER_SIGNATUREALGORITHM, sha1WithRsa, sizeof sha1WithRsa);
@@ -124,7 +124,7 @@ static Octets issueCrl(const Key *root, Octets rootDer, Octets earlier, uint8_t 
     CHECK(KACert_CreateCrlEncodeCtx_Ex(&ctx, rootDer.data, (int32_t)rootDer.length));
     CHECK(KACert_SetCrlAttributeInt(ctx, CRL_VERSION, 1));
     CHECK(KACert_SetCrlAttributeInt(ctx, CRL_THISUPDATE, now));
-    CHECK(KACert_SetCrlAttributeInt(ctx, CRL_NEXTUPDATE, now + 30 * 86400));
+    CHECK(KACert_SetCrlAttributeInt(ctx, CRL_NEXTUPDATE, daysAfter(now, 30)));
     CHECK(KACert_SetCrlAttributeChar(ctx, CRL_INNER_SIGNATUREALGORITHM, sha1WithRsa, sizeof sha1WithRsa));
     CHECK(KACert_SetCrlAttributeChar(ctx, CRL_OUTER_SIGNATUREALGORITHM, sha1WithRsa, sizeof sha1WithRsa));
     CHECK(KACert_SetCrlAttributeChar(ctx, CRLEX_CRLNUMBER, &number, 1));
@@ -179,16 +179,6 @@ static Octets writeBoth(const char *folder, const char *name, const char *label,
     snprintf(file, sizeof file, "%s.pem", name);
     writeFile(folder, file, pem);
     return pem;
-}
-
-/* A private key, as PKCS#1 has it. */
-static void writeKey(const char *folder, const char *name, const Key *key) {
-    uint32_t length = 0;
-    CHECK(KA_Encode_PrivateKey(key->privateKey.modulus, NULL, &length));
-    Octets der = makeOctets(length);
-    CHECK(KA_Encode_PrivateKey(key->privateKey.modulus, der.data, &der.length));
-    writeFile(folder, name, der);
-    free(der.data);
 }
 
 static void report(const char *what, int32_t got, int32_t want) {

@@ -30,7 +30,7 @@ static int32_t signWithKeyAt(const uint8_t *input, uint32_t inputLength, uint8_t
 }
 
 /* In PEM or DER, of any form. */
-static EVP_PKEY *readKey(const char *path) {
+static EVP_PKEY *loadKey(const char *path) {
     EVP_PKEY *key = NULL;
     FILE *file = fopen(path, "rb");
     OSSL_DECODER_CTX *ctx = OSSL_DECODER_CTX_new_for_pkey(&key, NULL, NULL, "RSA", EVP_PKEY_KEYPAIR, NULL, NULL);
@@ -49,7 +49,7 @@ int main(int argc, char **argv) {
         fprintf(stderr, "usage: %s KEY OUTPUT_FOLDER\n", argv[0]);
         return 2;
     }
-    EVP_PKEY *key = readKey(argv[1]);
+    EVP_PKEY *key = loadKey(argv[1]);
     PublicKey publicKey;
     uint8_t *at = publicKey.der;
     publicKey.length = (uint32_t)i2d_PublicKey(key, &at);

@@ -27,11 +27,7 @@ static inline Octets issueSelfSigned(const char *commonName, const PublicKey *ke
     static const uint8_t serial = 1;
     static const uint8_t yes = 0xFF;
     const int64_t end = (int64_t)time(NULL) + 86400;
-    const struct {
-        int32_t id;
-        const void *octets;
-        size_t length;
-    } values[] = {
+    const Attribute values[] = {
         {CERT_SERIALNUMBER, &serial, 1},
         {CERT_INNER_SIGNATUREALGORITHM, sha256WithRsa, sizeof sha256WithRsa},
         {CERT_OUTER_SIGNATUREALGORITHM, sha256WithRsa, sizeof sha256WithRsa},

@@ -1,7 +1,7 @@
 #!/bin/sh
 # Issues certificates, decodes them and those of the ca-certificates package, runs a small certification authority,
-# asks an OCSP responder about what it issued, makes and opens messages and PFX files, signs with keys of its own and of
-# a token, and lets openssl and certtool judge all that was written and write what is read.
+# shows what it issued, asks an OCSP responder about it, makes and opens messages and PFX files, signs with keys of its
+# own and of a token, and lets openssl and certtool judge all that was written and write what is read.
 # KARIL_BUILD_DIR: where to build, instead of build.
 set -eu
 cd "$(dirname "$0")/.."
@@ -12,7 +12,8 @@ build=${KARIL_BUILD_DIR:-build}
 folder=$build/release
 demo=$build/demo
 cmake -S . -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo
-cmake --build "$folder" --target issue_certificate certificate_authority messages ocsp pfx hook token
+cmake --build "$folder" --target issue_certificate certificate_authority messages ocsp pfx hook token \
+    show_certificate
 programs=$(cd "$folder/examples" && pwd)
 
 # Dates go out in local time under the letter Z, which others read as UTC.
@@ -60,6 +61,14 @@ if openssl verify -auth_level 0 -CAfile authority.pem -crl_check -CRLfile crl2.p
     exit 1
 fi
 grep 'certificate revoked' revoked.txt
+
+echo
+"$programs/show_certificate" issued.pem authority.der
+if "$programs/show_certificate" authority.der issued.pem >refused.txt; then
+    echo "a certificate is taken for good under one that did not issue it" >&2
+    exit 1
+fi
+tail -n 1 refused.txt
 
 echo
 "$programs/ocsp" .

@@ -16,6 +16,7 @@ for group in "$@"; do
         packages="$packages libbenchmark-dev libmbedtls-dev libgnutls28-dev python3 python3-matplotlib ca-certificates"
         packages="$packages tzdata"
         ;;
+    docs) packages="$packages graphviz fonts-dejavu-core" ;;
     coverage) packages="$packages gcovr" ;;
     arm64) packages="$packages g++-aarch64-linux-gnu qemu-user" ;;
     s390x) packages="$packages g++-s390x-linux-gnu qemu-user" ;;

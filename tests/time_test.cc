@@ -85,6 +85,13 @@ ROWS(Time, ReadersTakeTheLocalClock) {
         }
 }
 
+std::string textAt(time_t seconds, tm *(*breakDown)(const time_t *, tm *)) {
+    tm at = {};
+    char digits[16];
+    strftime(digits, sizeof digits, "%y%m%d%H%M%SZ", breakDown(&seconds, &at));
+    return digits;
+}
+
 // Around the changes of 2007, and one of 2012.
 TEST(Time, EveryHourAroundAChange) {
     for (const char *name : zones)
@@ -93,12 +100,36 @@ TEST(Time, EveryHourAroundAChange) {
                 const Zone zone(name);
                 tm at = {};
                 strptime(day, "%y%m%d", &at);
-                const time_t noon = timegm(&at) + hour * 3600;
-                char digits[16];
-                strftime(digits, sizeof digits, "%y%m%d%H%M%SZ", gmtime(&noon));
+                const std::string digits = textAt(timegm(&at) + hour * 3600, gmtime_r);
                 SCOPED_TRACE(std::string(name) + ' ' + digits);
                 expectRead(text(digits));
             }
+}
+
+// The dates of one list, of which most share what was asked for another: in order through the changes of two years,
+// and with other years between. Of a text that two moments have, either is good.
+TEST(Time, DatesOfAList) {
+    constexpr int32_t Start = 1164000000;
+    for (const char *name : zones) {
+        const Zone zone(name);
+        std::vector<std::string> texts;
+        Octets entries;
+        for (int32_t i = 0; i < 12000; ++i) {
+            texts.push_back(textAt(Start + i * 5400 + (i % 7 == 0 ? i * 20000 : 0), gmtime_r));
+            std::ranges::copy(seq({hex("020105"), tlv(0x17, text(texts.back()))}), std::back_inserter(entries));
+        }
+        const Exact list(seq({entries}), 0x30);
+        const CrlPtr ctx = create<CrlEncodeCtx>();
+        ASSERT_EQ(KI_CRL_DecodeRevokedCerts(&list.record, ctx.get()), KACERT_Ok);
+        const RevokedEntry *entry = ctx->firstRevoked;
+        for (const std::string &characters : texts) {
+            ASSERT_NE(entry, nullptr);
+            const time_t read = entry->revocationDate.utcValue;
+            EXPECT_TRUE(textAt(read, localtime_r) == characters || read == expected(characters))
+                << name << ' ' << characters;
+            entry = entry->next;
+        }
+    }
 }
 
 SWEPT_ROWS(Time, BoundsInUtc) {

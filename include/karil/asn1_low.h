@@ -117,7 +117,9 @@ KARIL_API int32_t KAsn1_Low_CharToInt(const uint8_t *octets, uint32_t count, uin
  * Time text is YYMMDDHHMMSSZ, 13 characters without a terminator, in UTCTime and GeneralizedTime alike. Times are
  * signed 32-bit counts of seconds since 1970.
  * Departure from X.690 11.7, 11.8 and RFC 5280 4.1.2.5: the digits are the machine's local time, although they end in
- * Z. No other form is read or written, and no year with four digits.
+ * Z. No other form is read or written, and no year with four digits. The zone is that of TZ at the time of the call. If
+ * TZ is not set, it is the zone that libc has: a program that unsets TZ while it runs calls tzset after it. A local
+ * time that came twice, as an hour does when summer time ends, is read as either of the two.
  */
 
 /*

@@ -177,11 +177,12 @@ Status next(Bytes &rest, Element &out, Status shortage, const char *words) {
     return KACERT_Ok;
 }
 
-Element Level::takeLong() {
+size_t Level::longSize(Bytes elements, uint32_t &tag) {
     Element element;
-    if (!rest.empty() && nextLong(rest, element, KACERT_InvalidLengthErr, Overrun) != KACERT_Ok)
-        rest = {};
-    return element;
+    if (elements.empty() || nextLong(elements, element, KACERT_InvalidLengthErr, Overrun) != KACERT_Ok)
+        return 0;
+    tag = element.tag;
+    return element.bytes.size();
 }
 
 Status readValue(const Element &source, Element &out) {

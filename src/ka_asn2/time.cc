@@ -10,12 +10,15 @@ namespace {
 
 constexpr int64_t Day = 86400;
 
+// Without TZ, libc keeps the zone that it found first: it would ask the file system again for each object.
 void lookUp(LocalClock &clock) {
     if (clock.isLookedUp)
         return;
-    tzset();
     const char *zone = getenv("TZ");
-    clock = {true, zone != nullptr && strcmp(zone, "UTC") == 0, clock.kept};
+    if (zone != nullptr)
+        tzset();
+    clock.isLookedUp = true;
+    clock.isUtc = zone != nullptr && strcmp(zone, "UTC") == 0;
 }
 
 int32_t pair(const uint8_t *text) {
@@ -24,7 +27,7 @@ int32_t pair(const uint8_t *text) {
 
 // Days from 1970-01-01 to the first of a month, which may lie outside its year.
 int64_t daysBefore(int64_t year, int64_t month) {
-    constexpr int32_t BeforeMonth[] = {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334};
+    static constexpr int32_t BeforeMonth[] = {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334};
     year += (month - (month < 0 ? 11 : 0)) / 12;
     month = (month % 12 + 12) % 12;
     const int64_t leapYear = month > 1 ? year : year - 1;
@@ -32,40 +35,52 @@ int64_t daysBefore(int64_t year, int64_t month) {
     return (year - 1970) * 365 + leapDays + BeforeMonth[month];
 }
 
-int64_t offsetAt(int64_t seconds) {
+int32_t offsetAt(int64_t seconds) {
     const auto at = static_cast<time_t>(seconds);
     tm local = {};
     // The days around the end of a time_t of 32 bits reach past it.
-    return at == seconds && localtime_r(&at, &local) != nullptr ? local.tm_gmtoff : INT64_MAX;
+    return at == seconds && localtime_r(&at, &local) != nullptr ? static_cast<int32_t>(local.tm_gmtoff) : UnknownOffset;
 }
 
-// The offset that holds in the four days around the day of `asUtc`, and a day before and after them, or INT64_MAX if
-// it changes. It is asked for at the ends: no zone has changed twice in six days since 1970.
+// The offset that holds in the four days around the day of `asUtc`, and a day before and after them, or UnknownOffset
+// if it changes. It is asked for at the ends: no zone has changed twice in six days since 1970.
 constexpr int64_t DaysTogether = 4;
-int64_t offsetAround(int64_t asUtc, LocalClock &clock) {
+int32_t offsetOfDays(int64_t days) {
+    const int32_t offset = offsetAt((days * DaysTogether - 1) * Day);
+    return offset == offsetAt(((days + 1) * DaysTogether + 1) * Day) ? offset : UnknownOffset;
+}
+
+// The offset of a local time, or UnknownOffset if mktime has to tell it. It is asked for once, if it is that of the
+// date before, and for whole days at the first date and at the second one in these days.
+int32_t offsetOf(int64_t asUtc, LocalClock &clock) {
     lookUp(clock);
     if (clock.isUtc)
         return 0;
     const int64_t days = asUtc / (DaysTogether * Day);
-    DaysOffset *kept = clock.kept.empty() ? nullptr : &clock.kept[static_cast<size_t>(days) & (clock.kept.size() - 1)];
-    if (kept != nullptr && kept->days == days + 1)
-        return kept->offset;
-    const int64_t offset = offsetAt((days * DaysTogether - 1) * Day);
-    if (offset != offsetAt(((days + 1) * DaysTogether + 1) * Day))
-        return INT64_MAX;
-    if (kept != nullptr)
-        *kept = {static_cast<int32_t>(days + 1), static_cast<int32_t>(offset)};
+    DaysOffset none = {};
+    DaysOffset &kept = clock.kept.empty() ? none : clock.kept[static_cast<size_t>(days) & (clock.kept.size() - 1)];
+    const bool isSeen = kept.days == days + 1;
+    if (isSeen && kept.offset != UnknownOffset)
+        return kept.offset;
+    if (!isSeen && clock.last != UnknownOffset) {
+        kept = {static_cast<int32_t>(days + 1), UnknownOffset};
+        return offsetAt(asUtc - clock.last) == clock.last ? clock.last : UnknownOffset;
+    }
+    const int32_t offset = offsetOfDays(days);
+    kept = {static_cast<int32_t>(days + 1), offset};
+    if (offset != UnknownOffset)
+        clock.last = offset;
     return offset;
 }
 
-// mktime, for a zone that was looked up. If the offset changes within these days, mktime itself is asked.
-int64_t localToSeconds(tm local, LocalClock &clock) {
+// mktime, which is asked itself about a date whose offset is not known.
+int64_t localToSeconds(tm &local, LocalClock &clock) {
     const int64_t asUtc = (daysBefore(local.tm_year + int64_t{1900}, local.tm_mon) + local.tm_mday - 1) * Day +
                           local.tm_hour * int64_t{3600} + local.tm_min * int64_t{60} + local.tm_sec;
     // No time after 2038 is good, so days have 32 bits.
     const bool isInRange = asUtc >= 0 && asUtc <= INT32_MAX + Day;
-    const int64_t offset = isInRange ? offsetAround(asUtc, clock) : INT64_MAX;
-    return offset == INT64_MAX ? mktime(&local) : asUtc - offset;
+    const int32_t offset = isInRange ? offsetOf(asUtc, clock) : UnknownOffset;
+    return offset == UnknownOffset ? mktime(&local) : asUtc - offset;
 }
 
 Status textTime(Bytes text, LocalClock &clock, int32_t &time) {

@@ -104,7 +104,6 @@ constexpr Attribute<Ctx> Rows[] = {
 
     KA_ROW(CRL_CERT_SERIALNUMBER, addEntry, answerSerialNumber),
     KA_ROW(CRL_CERT_NEXT, nullptr, goToNext),
-    KA_ROW(CRLEX_CRLREASON, setLastReason, answerReason),
 
     KA_ROW_AS(CRLEX_AUTHORITY_KEYIDENTIFIER_CRITICAL, "CERTEX_AUTHORITY_KEYIDENTIFIER",
               setCritical<&Ext::authorityKeyId>, nullptr),
@@ -117,6 +116,7 @@ constexpr Attribute<Ctx> Rows[] = {
            (answerNumber<&Ext::hasDeltaCrl, &Ext::deltaCrl>)),
     KA_ROW(CRLEX_ISSUINGDIST_CRITICAL, setCritical<&Ext::issuingDist>, nullptr),
     KA_ROW(CRLEX_ISSUINGDIST_FULLNAME, setIssuingDist, nullptr),
+    KA_ROW(CRLEX_CRLREASON, setLastReason, answerReason),
 
     KA_ROW(CRL_ISSUER_DERDN, setNameElement<&Ctx::issuerDer>, nullptr),
     KA_ROW(CRL_RevokedCertificates_DER, setEntries, answerField<&Ctx::revokedDer>),

@@ -65,7 +65,7 @@ Status setReason(RevokedEntry &entry, Bytes value) {
     else
         KA_PASS(setTagged(reason, value, TagEnumerated));
     freeData(entry.reason);
-    entry.reason = reason;
+    moveInto(entry.reason, reason);
     entry.hasEntryExtensions = 1;
     entry.hasReason = 1;
     return KACERT_Ok;

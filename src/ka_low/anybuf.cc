@@ -7,7 +7,7 @@ Status replace(Anybuf &record, Bytes value) {
     KA_STEP(KI_SetAttributeCharValue(&fresh, value.data(), static_cast<uint32_t>(value.size())));
     fresh.tag = record.tag;
     KI_ClearAnybuf(&record);
-    record = fresh;
+    moveInto(record, fresh);
     return KACERT_Ok;
 }
 

@@ -36,6 +36,18 @@ inline uint8_t *placePart(Anybuf &record, std::span<const uint8_t> value, uint8_
     return at + value.size();
 }
 
+// What `from` holds becomes that of `to`, which holds nothing. Field by field: for a copy of the whole record the
+// processor waits if the fields were written just before.
+inline void moveInto(Anybuf &to, const Anybuf &from) {
+    to.data = from.data;
+    to.length = from.length;
+    to.unusedBits = from.unusedBits;
+    to.form = from.form;
+    to.tag = from.tag;
+    to.next = from.next;
+    to.prev = from.prev;
+}
+
 // The form of a copy, which has a block of its own.
 constexpr uint32_t formOfCopy(uint32_t form) {
     return form == FormPart ? 2 : form;
