@@ -11,7 +11,10 @@ namespace tool {
 
 using Run = std::function<Exit()>;
 
+void addShow(CLI::App &app, Run &run);
 void addConvert(CLI::App &app, Run &run);
+void addVerify(CLI::App &app, Run &run);
+void addCompletion(CLI::App &app, Run &run);
 
 } // namespace tool
 

@@ -151,8 +151,7 @@ karil::Octets readFile(const std::string &path) {
 }
 
 std::vector<Document> documentsOf(karil::Octets octets, const std::string &file) {
-    const std::string whole = karil::textOf(octets);
-    std::string_view text = whole;
+    std::string_view text(reinterpret_cast<const char *>(octets.data()), octets.size());
     std::vector<Document> found;
     const bool isDer = !octets.empty() && octets[0] == 0x30;
     while (!isDer && !text.empty()) {

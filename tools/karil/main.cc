@@ -6,7 +6,8 @@
 namespace {
 
 // One row for each command.
-constexpr void (*commands[])(CLI::App &, tool::Run &) = {tool::addConvert};
+constexpr void (*commands[])(CLI::App &, tool::Run &) = {tool::addShow, tool::addConvert, tool::addVerify,
+                                                         tool::addCompletion};
 
 } // namespace
 

@@ -3,6 +3,7 @@
 #include "failure.h"
 #include "text.h"
 
+#include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -41,15 +42,19 @@ std::string jsonOf(const Value &value) {
     return "\"" + timeIso(std::get<Moment>(value).seconds) + "\"";
 }
 
+// "SHA-1 fingerprint" is "sha1Fingerprint".
 std::string keyOf(std::string_view label) {
     std::string key;
+    bool isFirstWord = true;
     bool isStart = false;
     for (const char character : label) {
         if (character == ' ' || character == '-') {
-            isStart = true;
+            isFirstWord = isFirstWord && character == '-';
+            isStart = character == ' ';
             continue;
         }
-        key += isStart && character >= 'a' && character <= 'z' ? static_cast<char>(character - 'a' + 'A') : character;
+        const auto octet = static_cast<unsigned char>(character);
+        key += static_cast<char>(isStart ? std::toupper(octet) : isFirstWord ? std::tolower(octet) : octet);
         isStart = false;
     }
     return jsonString(key) + ": ";
@@ -202,11 +207,6 @@ void Printer::pair(std::pair<std::string_view, std::string> name, std::pair<std:
     }
     begin("");
     textLine(name.second, escaped(value.second));
-}
-
-void Printer::note(std::string_view line) {
-    if (form == Form::Text)
-        pending += escaped(line) + "\n";
 }
 
 } // namespace tool

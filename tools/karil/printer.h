@@ -59,8 +59,7 @@ public:
     void row(std::initializer_list<std::pair<std::string_view, Value>> cells);
     // The same for a named value: "name: value".
     void pair(std::pair<std::string_view, std::string> name, std::pair<std::string_view, std::string> value);
-    // A line for people; JSON has none of it.
-    void note(std::string_view line);
+    bool isForPrograms() const { return form == Form::Json; }
 
     // Hands over what was written so far. Throws a Failure if standard output cannot be written.
     void flush();

@@ -12,16 +12,19 @@ void report(const std::string &message) {
     std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
-Exit guarded(const std::function<Exit()> &work) {
+Exit guarded(const std::function<Exit()> &work, const std::function<void(const std::string &)> &onFailure) {
+    Failure failure{Exit::Unreadable, "there is not enough memory"};
     try {
         return work();
-    } catch (const Failure &failure) {
-        report(failure.message);
-        return failure.exit;
+    } catch (Failure &thrown) {
+        failure = std::move(thrown);
     } catch (const std::bad_alloc &) {
-        report("there is not enough memory");
-        return Exit::Unreadable;
+        // The message stands.
     }
+    report(failure.message);
+    if (onFailure)
+        onFailure(failure.message);
+    return failure.exit;
 }
 
 } // namespace tool

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <ctime>
@@ -134,6 +135,11 @@ std::string escaped(std::string_view text) {
 }
 
 std::string jsonString(std::string_view text) {
+    const bool isPlain = std::all_of(text.begin(), text.end(), [](char character) {
+        return character >= ' ' && character <= '~' && character != '"' && character != '\\';
+    });
+    if (isPlain)
+        return std::string("\"").append(text) + "\"";
     const auto replace = nlohmann::json::error_handler_t::replace;
     const std::string quoted = nlohmann::json(std::string(text)).dump(-1, ' ', false, replace);
     return escapedWith(quoted, putCharacter);
@@ -196,12 +202,6 @@ std::string dotted(karil::Bytes oid) {
     }
     const bool isWhole = !oid.empty() && (oid.back() & 0x80) == 0;
     return isWhole ? out : "object identifier " + hex(oid);
-}
-
-std::string oidText(karil::Bytes oid) {
-    const std::string digits = dotted(oid);
-    const std::string name = oidName(oid);
-    return name == digits ? digits : name + " (" + digits + ")";
 }
 
 std::vector<std::string> keyUsages(karil::Bytes bits) {

@@ -34,8 +34,6 @@ std::string timeIso(std::int64_t seconds);
 // Content octets of an object identifier: dotted text, and the name that it has here, or the dotted text again.
 std::string dotted(karil::Bytes oid);
 std::string oidName(karil::Bytes oid);
-// "name (1.2.3)", or "1.2.3" if there is no name.
-std::string oidText(karil::Bytes oid);
 
 // The usages that are set in the content of a KeyUsage BIT STRING, unused-bits octet first.
 std::vector<std::string> keyUsages(karil::Bytes bits);
