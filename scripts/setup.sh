@@ -10,13 +10,12 @@ for group in "$@"; do
     test) packages="$packages libgtest-dev ca-certificates openssl gnutls-bin tzdata python3 python3-pytest" ;;
     token) packages="$packages softhsm2 libp11-kit-dev" ;;
     check) packages="$packages clang clang-format clang-tidy libclang-rt-dev python3 abigail-tools binutils" ;;
-    docs) packages="$packages doxygen graphviz python3" ;;
+    docs) packages="$packages doxygen graphviz python3 fonts-dejavu-core" ;;
     package) packages="$packages debhelper dpkg-dev lintian debootstrap" ;;
     bench)
         packages="$packages libbenchmark-dev libmbedtls-dev libgnutls28-dev python3 python3-matplotlib ca-certificates"
         packages="$packages tzdata"
         ;;
-    docs) packages="$packages graphviz fonts-dejavu-core" ;;
     coverage) packages="$packages gcovr" ;;
     arm64) packages="$packages g++-aarch64-linux-gnu qemu-user" ;;
     s390x) packages="$packages g++-s390x-linux-gnu qemu-user" ;;
