@@ -11,7 +11,6 @@
 #include <time.h>
 
 static const uint8_t sha1[] = {0x2B, 0x0E, 0x03, 0x02, 0x1A};
-static const uint8_t basicResponse[] = {0x2B, 0x06, 0x01, 0x05, 0x05, 0x07, 0x30, 0x01, 0x01};
 static const uint32_t sha1Id = KA_DIGEST_SHA1;
 
 static Octets readIn(const char *folder, const char *name) {
@@ -188,7 +187,7 @@ static Octets makeResponse(const Key *key, const Subject *authority, Octets cert
     Octets der = makeOctets(16384);
     CHECK(KA_OCSP_CreateEncodeResponse(&ctx));
     setResponse(ctx, OCSP_RESPONSE_STATUS, &successful, 1);
-    setResponse(ctx, OCSP_RESPONSETYPE, basicResponse, sizeof basicResponse);
+    setResponse(ctx, OCSP_RESPONSETYPE, KARIL_OID_OCSP_BASIC, sizeof KARIL_OID_OCSP_BASIC);
     CHECK(KA_OCSP_SetResponseAttributeInt(ctx, OCSP_RESPONSE_VERSION, 0));
     CHECK(KA_OCSP_SetResponseAttributeInt(ctx, OCSP_RESPONSE_PRODUCEDAT, now));
     setResponse(ctx, OCSP_RESPONSE_RESPONDERID_COMMONNAME, "Example Responder", 17);

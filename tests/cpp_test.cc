@@ -34,6 +34,17 @@ TEST(Cpp, AnswersAreThoseOfC) {
     EXPECT_EQ(karil::call(KACert_DecodeCert, *cert, Octets{0x30, 0x05, 0x00}), KACERT_LengthNotEqualErr);
 }
 
+// The length 0 stands for the header's own in C; what an empty span leaves behind is not read.
+TEST(Cpp, NothingIsNoObject) {
+    Octets nothing = sample();
+    nothing.clear();
+    EXPECT_FALSE(karil::call(KACert_DecodeCert, *karil::Certificate::make(), nothing));
+    EXPECT_FALSE(karil::call(KACert_DecodeCrl, *karil::RevocationList::make(), nothing));
+    EXPECT_FALSE(karil::call(KA_PKCS7_DecodePKCS7Data, *karil::Data::make(), karil::Bytes()));
+    EXPECT_FALSE(karil::call(KA_OCSP_DecodeRequest, *karil::OcspRequest::make(), nothing));
+    EXPECT_FALSE(karil::call(KA_PKCS12_DecodeKeyBag, *karil::KeyBag::make(), nothing));
+}
+
 // An octet string, a span and an array stand for pointer and length.
 TEST(Cpp, OctetsOfEveryKind) {
     karil::Result<karil::Data> data = karil::Data::make();

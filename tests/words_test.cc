@@ -75,6 +75,7 @@ constexpr Named Identifiers[] = {
     {KARIL_OID_AUTHORITY_KEY_ID, NID_authority_key_identifier},
     {KARIL_OID_EXT_KEY_USAGE, NID_ext_key_usage},
     {KARIL_OID_AUTHORITY_INFO, NID_info_access},
+    {KARIL_OID_OCSP_BASIC, NID_id_pkix_OCSP_basic},
 };
 
 TEST(Words, IdentifiersAreThoseOfLibcrypto) {

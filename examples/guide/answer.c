@@ -33,10 +33,9 @@ static void writeSingle(const RequestListCtx *asked, const RevokedEntry *entry, 
 
 static void writeResponse(const Key *key, int32_t now, Octets *der) {
     static const uint8_t successful = 0;
-    static const uint8_t basicResponse[] = {0x2B, 0x06, 0x01, 0x05, 0x05, 0x07, 0x30, 0x01, 0x01};
     const Attribute values[] = {
         {OCSP_RESPONSE_STATUS, &successful, 1},
-        {OCSP_RESPONSETYPE, basicResponse, sizeof basicResponse},
+        {OCSP_RESPONSETYPE, KARIL_OID_OCSP_BASIC, sizeof KARIL_OID_OCSP_BASIC},
         {OCSP_RESPONSE_RESPONDERID_HASHKEY, key->identifier, sizeof key->identifier},
         {OCSP_RESPONSE_SIGNALGO, KARIL_OID_SHA1_WITH_RSA, sizeof KARIL_OID_SHA1_WITH_RSA},
     };

@@ -114,13 +114,17 @@ private:
 
 namespace detail {
 
+// What an empty span is for C: the header of an element without tag and content, since a decoder that is given the
+// length 0 takes the length that the header tells.
+inline constexpr std::uint8_t Nothing[2] = {};
+
 // Arguments as C takes them: a handle's context, octets as pointer and length, all else as it is.
 template <class T> auto spread(const T &argument) {
     if constexpr (requires { typename T::Ctx; })
         return std::tuple(argument.get());
     else if constexpr (std::is_convertible_v<const T &, Bytes>) {
         const Bytes octets = argument;
-        return std::tuple(octets.data(), Length{octets.size()});
+        return std::tuple(octets.empty() ? Nothing : octets.data(), Length{octets.size()});
     } else
         return std::tuple(argument);
 }

@@ -95,4 +95,8 @@ static const uint8_t KARIL_OID_EXT_KEY_USAGE[] = {KARIL_ARC_EXTENSION, 37};     
 static const uint8_t KARIL_OID_AUTHORITY_INFO[] = {0x2B, 0x06, 0x01, 0x05,
                                                    0x05, 0x07, 0x01, 0x01}; /* 1.3.6.1.5.5.7.1.1 */
 
+/* The one type of an OCSP response (RFC 6960 4.2.1) */
+static const uint8_t KARIL_OID_OCSP_BASIC[] = {0x2B, 0x06, 0x01, 0x05, 0x05,
+                                               0x07, 0x30, 0x01, 0x01}; /* 1.3.6.1.5.5.7.48.1.1 */
+
 #endif

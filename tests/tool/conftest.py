@@ -2,6 +2,7 @@
 
 import os
 import subprocess
+import tempfile
 
 import pytest
 
@@ -9,11 +10,12 @@ TOOL = os.environ["KARIL_TOOL"]
 
 
 def run(*arguments, status=0, env=None, **others):
-    """Runs a program. `status`: what it must end with. `input`: octets for its standard input. TZ is UTC unless `env`
-    says otherwise. Answers what it wrote, as octets."""
+    """Runs a program. `status`: what it must end with, or None. `input`: octets for its standard input. TZ is UTC
+    unless `env` says otherwise. Answers what it wrote, as octets."""
     environment = {**os.environ, "TZ": "UTC", **(env or {})}
-    done = subprocess.run([str(each) for each in arguments], capture_output=True, env=environment, timeout=120, **others)
-    assert done.returncode == status, f"{arguments} ended with {done.returncode}\n{done.stderr.decode()}"
+    command = [str(each) for each in arguments]
+    done = subprocess.run(command, capture_output=True, env=environment, timeout=120, **others)
+    assert status in (None, done.returncode), f"{arguments} ended with {done.returncode}\n{done.stderr.decode()}"
     return done
 
 
@@ -24,6 +26,18 @@ def karil(*arguments, **others):
 def openssl(*arguments, **others):
     """What openssl writes to standard output, as text."""
     return run("openssl", *arguments, **others).stdout.decode()
+
+
+KEYS = tempfile.TemporaryDirectory()
+
+
+def key(owner, kind="rsa:1024"):
+    """The file of a private key, which is made once for all tests."""
+    algorithm, size = ("EC", "ec_paramgen_curve:P-256") if kind == "ec" else ("RSA", f"rsa_keygen_bits:{kind[4:]}")
+    path = f"{KEYS.name}/{owner}.{kind}.pem"
+    if not os.path.exists(path):
+        openssl("genpkey", "-quiet", "-algorithm", algorithm, "-pkeyopt", size, "-out", path)
+    return path
 
 
 def refused(done):

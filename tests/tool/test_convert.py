@@ -1,14 +1,16 @@
 """karil convert, and how files are read and written."""
 
+import shutil
 import stat
 
 import pytest
-from conftest import karil, openssl, refused
+from conftest import karil, key, openssl, refused
 
 
 @pytest.fixture
 def files(folder):
-    openssl("req", "-x509", "-newkey", "rsa:1024", "-noenc", "-keyout", "key.pem", "-out", "cert.pem", "-subj", "/CN=a")
+    shutil.copy(key("any"), "key.pem")
+    openssl("req", "-x509", "-key", "key.pem", "-out", "cert.pem", "-subj", "/CN=a")
     openssl("x509", "-in", "cert.pem", "-outform", "DER", "-out", "cert.der")
     openssl("rsa", "-in", "key.pem", "-traditional", "-out", "rsa.pem")
     return folder

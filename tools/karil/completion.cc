@@ -64,13 +64,20 @@ void addBash(Bash &bash, const CLI::App &app, const std::string &path) {
     for (const CLI::App *each : commandsOf(app)) {
         const std::string inner = path.empty() ? each->get_name() : path + " " + each->get_name();
         words += each->get_name() + " ";
-        bash.commands += "        '" + path + "/" + each->get_name() + "') command='" + inner + "' ;;\n";
+        bash.commands.append("        '").append(path).append("/").append(each->get_name());
+        bash.commands.append("') command='").append(inner).append("' ;;\n");
         addBash(bash, *each, inner);
     }
     for (const CLI::Option *each : switchesOf(app)) {
         words += nameOf(*each) + " ";
         if (const std::string choices = choicesOf(*each); !choices.empty())
-            bash.choices += "    '" + path + ":" + nameOf(*each) + "') words='" + choices + "' ;;\n";
+            bash.choices.append("    '")
+                .append(path)
+                .append(":")
+                .append(nameOf(*each))
+                .append("') words='")
+                .append(choices)
+                .append("' ;;\n");
     }
     words.pop_back();
     bash.words += "        '" + path + "') words='" + words + "' ;;\n";

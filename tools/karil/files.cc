@@ -87,7 +87,7 @@ karil::Octets takeBody(std::string_view &text, const std::string &label, const s
     while (!text.empty()) {
         const std::string_view line = takeLine(text);
         if (line.starts_with(EndMark)) {
-            if (line != std::string(EndMark) + label + std::string(Dashes))
+            if (line != std::string(EndMark).append(label).append(Dashes))
                 throw Failure{Exit::Unreadable, where + " is no PEM: it begins as " + label + " and ends as another"};
             return fromBase64(base64, where);
         }

@@ -3,15 +3,15 @@
 
 #include "karil/version.h"
 
+#include <cstdio>
+
 namespace {
 
 // One row for each command.
 constexpr void (*commands[])(CLI::App &, tool::Run &) = {tool::addShow, tool::addConvert, tool::addVerify,
                                                          tool::addCompletion};
 
-} // namespace
-
-int main(int count, char **arguments) {
+tool::Exit runCommand(int count, char **arguments) {
     CLI::App app("Shows, checks and makes certificates and what belongs to them.", "karil");
     app.set_version_flag("--version", "karil " KARIL_VERSION);
     app.require_subcommand(1);
@@ -21,7 +21,18 @@ int main(int count, char **arguments) {
     try {
         app.parse(count, arguments);
     } catch (const CLI::ParseError &error) {
-        return app.exit(error) == 0 ? 0 : static_cast<int>(tool::Exit::Misuse);
+        return app.exit(error) == 0 ? tool::Exit::Good : tool::Exit::Misuse;
     }
-    return static_cast<int>(tool::guarded(run));
+    return tool::guarded(run);
+}
+
+} // namespace
+
+int main(int count, char **arguments) {
+    try {
+        return static_cast<int>(runCommand(count, arguments));
+    } catch (...) {
+        std::fputs("karil: the command cannot be run\n", stderr);
+        return static_cast<int>(tool::Exit::Unreadable);
+    }
 }

@@ -11,6 +11,7 @@
 #include <openssl/rsa.h>
 
 #include <algorithm>
+#include <array>
 
 namespace tool {
 namespace {
@@ -58,6 +59,12 @@ Check checkDigest(const SignerInfoCtx &signer, const Message &message, const EVP
     return {"digest", isGood, oidName(bytesOf(signer.digestAlgorithm.oid))};
 }
 
+template <class Set, class Callable>
+karil::StatusCode setHook(Set set, SignerInfoCtx &signer, const karil::Hook<Callable> &hook) {
+    using Hook = karil::Hook<Callable>;
+    return set(&signer, Hook::function(), hook.parameter(), static_cast<std::int32_t>(Hook::size()));
+}
+
 Check checkSigner(SignerInfoCtx &signer, const EVP_MD *digest, const karil::Certificate &certificate) {
     const std::string algorithm = oidName(bytesOf(signer.digestEncAlgorithm.oid));
     const KeyPtr key = publicKeyOf(partsOf(certificate).publicKey);
@@ -68,25 +75,25 @@ Check checkSigner(SignerInfoCtx &signer, const EVP_MD *digest, const karil::Cert
         const bool isDone = EVP_Digest(input.data(), input.size(), output, &length, digest, nullptr) == 1;
         return isDone ? KACERT_Ok : KAPKCS7_DigestAlgErr;
     };
+    // libcrypto looks at the modulus alone for how much it writes, and takes none above 16,384 bits.
     const auto opening = [&](karil::Bytes input, std::uint8_t *output, std::uint32_t &length) -> std::int32_t {
+        std::array<std::uint8_t, 16384 / 8> opened{};
+        std::size_t size = opened.size();
         const std::unique_ptr<EVP_PKEY_CTX, decltype(&EVP_PKEY_CTX_free)> ctx(EVP_PKEY_CTX_new(key.get(), nullptr),
                                                                               EVP_PKEY_CTX_free);
-        std::size_t size = length;
-        const bool isOpened = ctx && EVP_PKEY_verify_recover_init(ctx.get()) == 1 &&
+        const bool isOpened = ctx && EVP_PKEY_get_bits(key.get()) <= 16384 &&
+                              EVP_PKEY_verify_recover_init(ctx.get()) == 1 &&
                               EVP_PKEY_CTX_set_rsa_padding(ctx.get(), RSA_PKCS1_PADDING) == 1 &&
-                              EVP_PKEY_verify_recover(ctx.get(), output, &size, input.data(), input.size()) == 1;
+                              EVP_PKEY_verify_recover(ctx.get(), opened.data(), &size, input.data(), input.size()) == 1;
         ERR_clear_error();
+        if (!isOpened || size > length)
+            return KACERT_VerifySignatureErr;
+        std::copy_n(opened.begin(), size, output);
         length = static_cast<std::uint32_t>(size);
-        return isOpened ? KACERT_Ok : KACERT_VerifySignatureErr;
+        return KACERT_Ok;
     };
-    const karil::Hook digestHook(digesting);
-    const karil::Hook openHook(opening);
-    check(KA_PKCS7_SetSignerInfoDigestFunc(&signer, digestHook.function(), digestHook.parameter(),
-                                           static_cast<std::int32_t>(digestHook.size())),
-          "the signer");
-    check(KA_PKCS7_SetSignerInfoDecSignFunc(&signer, openHook.function(), openHook.parameter(),
-                                            static_cast<std::int32_t>(openHook.size())),
-          "the signer");
+    check(setHook(KA_PKCS7_SetSignerInfoDigestFunc, signer, karil::Hook(digesting)), "the signer");
+    check(setHook(KA_PKCS7_SetSignerInfoDecSignFunc, signer, karil::Hook(opening)), "the signer");
     std::int32_t verdict = PKCS7_VERDICT_BAD;
     const karil::StatusCode status = KA_PKCS7_VerifySignerSignature(&signer, &verdict);
     if (status != karil::StatusCode(KACERT_VerifySignatureErr))
