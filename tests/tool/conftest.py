@@ -52,3 +52,13 @@ def folder(tmp_path, monkeypatch):
     """Each test works in an empty folder of its own."""
     monkeypatch.chdir(tmp_path)
     return tmp_path
+
+
+def once(tmp_path_factory, make):
+    """A folder in which `make` has made what the tests of a module start from. They work in copies of it."""
+    made = tmp_path_factory.mktemp("made")
+    before = os.getcwd()
+    os.chdir(made)
+    make()
+    os.chdir(before)
+    return made

@@ -1,5 +1,7 @@
 #include "files.h"
 
+#include "definite.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
@@ -107,13 +109,10 @@ bool isIndefinite(karil::Bytes octets) {
 karil::Octets definite(karil::Octets octets, const std::string &where) {
     if (!isIndefinite(octets))
         return octets;
-    karil::Octets result(octets.size() + 500);
-    std::uint32_t length = 0;
-    check(karil::call(KAsn1_IndefiniteToDefinite, octets, result.data(), &length), where);
-    if (length == 0 || length > result.size())
-        throw Failure{Exit::Unreadable, inWords(KACERT_MemoryErr, where)};
-    result.resize(length);
-    return result;
+    std::optional<karil::Octets> result = definiteForm(octets);
+    if (!result)
+        throw Failure{Exit::Unreadable, inWords(KAPKCS7_IndefiniteFormatErr, where)};
+    return std::move(*result);
 }
 
 } // namespace

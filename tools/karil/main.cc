@@ -8,8 +8,10 @@
 namespace {
 
 // One row for each command.
-constexpr void (*commands[])(CLI::App &, tool::Run &) = {tool::addShow, tool::addConvert, tool::addVerify,
-                                                         tool::addCompletion};
+constexpr void (*commands[])(CLI::App &, tool::Run &) = {
+    tool::addShow,      tool::addConvert, tool::addVerify, tool::addKey,       tool::addRequest,
+    tool::addAuthority, tool::addIssue,   tool::addRevoke, tool::addCrl,       tool::addPfx,
+    tool::addSign,      tool::addEnvelop, tool::addOpen,   tool::addCompletion};
 
 tool::Exit runCommand(int count, char **arguments) {
     CLI::App app("Shows, checks and makes certificates and what belongs to them.", "karil");
