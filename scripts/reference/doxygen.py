@@ -6,7 +6,7 @@ import subprocess
 import sys
 import textwrap
 
-from headers import HEADERS, ROOT, Group, blocks, note_text, parts_of, refers_back, sentences
+from headers import HEADERS, ROOT, Group, blocks, intro_of, note_text, parts_of, refers_back, sentences
 
 SOURCES = ROOT / 'docs/reference'
 
@@ -111,15 +111,11 @@ def doxygen_cpp(text, names):
 
 
 def doxygen_header(header, family, names):
-    title, *intro = blocks(header.intro)
-    first, *rest = sentences(title[1])
-    first = re.sub(r'^karil: ', '', first)
-    first = first if first.startswith('karil') else first[0].upper() + first[1:]
-    said = [('text', ' '.join(rest))] * bool(rest) + intro
-    lines = ['@file', '@brief ' + linked(first, names), '', *doxygen_blocks(said, names)]
-    output = doxygen_comment(lines)
-    output += doxygen_comment(['@addtogroup ' + family, f'<h3>karil/{header.name}</h3>', linked(first, names), '',
-                               *doxygen_blocks(said, names), '@{'])
+    title, intro = intro_of(header)
+    title = title if title.startswith('karil') else title[0].upper() + title[1:]
+    said = [linked(title, names), '', *doxygen_blocks(intro, names)]
+    output = doxygen_comment(['@file', '@brief ' + said[0], *said[1:]])
+    output += doxygen_comment(['@addtogroup ' + family, f'<h3>karil/{header.name}</h3>', *said, '@{'])
     output += ''.join(f'#include "karil/{each}"\n' for each in header.includes)
     if header.name.endswith('.hpp'):
         output += doxygen_cpp((HEADERS / header.name).read_text(), names)
@@ -176,8 +172,8 @@ def make_html(folder, families, headers, version):
             inputs.append(source / 'karil' / each)
             inputs[-1].write_text(doxygen_header(headers[each], key, names))
     settings = (SOURCES / 'Doxyfile').read_text() + '\n'.join([
-        f'PROJECT_NUMBER = {version}', 'INPUT = ' + ' '.join(f'"{each}"' for each in inputs), f'STRIP_FROM_PATH = "{source}"',
-        f'STRIP_FROM_INC_PATH = "{source}"', f'OUTPUT_DIRECTORY = "{folder}"',
+        f'PROJECT_NUMBER = {version}', 'INPUT = ' + ' '.join(f'"{each}"' for each in inputs),
+        f'STRIP_FROM_PATH = "{source}"', f'STRIP_FROM_INC_PATH = "{source}"', f'OUTPUT_DIRECTORY = "{folder}"',
         f'GENERATE_TAGFILE = "{folder}/karil.tag"'])
     if subprocess.run(['doxygen', '-'], input=settings, text=True).returncode != 0:
         sys.exit('doxygen has warnings')

@@ -164,6 +164,13 @@ def sentences(text):
     return re.split(r'(?<=\.)\s+(?=[A-Z`_(])', text)
 
 
+def intro_of(header):
+    """What the first comment of a header says: a title, and the rest as blocks."""
+    first, *rest = blocks(header.intro)
+    title, *more = sentences(first[1])
+    return re.sub('^karil: ', '', title), [('text', ' '.join(more))] * bool(more) + rest
+
+
 def parts_of(comment, entries):
     """A comment as (brief, body, returns): the body of blocks, of which ('parameter', words, names) is one more."""
     names = set(entries[0].parameters).intersection(*(each.parameters for each in entries)) if entries else set()
@@ -177,21 +184,16 @@ def parts_of(comment, entries):
             brief = rest.pop(0)
         plain = []
         for index, sentence in enumerate(rest):
-            if re.match(r'Returns? (?!also)', sentence):
+            if re.match(r'Returns? ', sentence):
                 returns.append(' '.join(rest[index:]))
                 break
             described = re.match(r'((?:`\*?\w+`(?:, | and )?)+): (.*)', sentence)
             found = re.findall(r'\w+', described[1].replace(' and ', ' ')) if described else []
             if found and names.issuperset(found):
-                if plain:
-                    body.append(('text', ' '.join(plain)))
-                    plain = []
+                body += [('text', ' '.join(plain))] * bool(plain)
+                plain = []
                 body.append(('parameter', described[2], found))
-            elif returns and index == 0 and sentence.startswith('Returns also'):
-                returns.append(' '.join(rest))
-                break
             else:
                 plain.append(sentence)
-        if plain:
-            body.append(('text', ' '.join(plain)))
+        body += [('text', ' '.join(plain))] * bool(plain)
     return brief, body, returns

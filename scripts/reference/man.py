@@ -4,7 +4,7 @@ import re
 import shutil
 import textwrap
 
-from headers import ROOT, blocks, note_text, parts_of, refers_back, sentences
+from headers import ROOT, blocks, intro_of, note_text, parts_of, refers_back
 
 SECTION = '3karil'
 
@@ -63,7 +63,7 @@ def group_page(header, group, functions, before, version):
             lines += ['.TP', f'\\fB{each.name}\\fP', roff(note_text(each.note))]
     if returns:
         lines += ['.SH RETURN VALUE', *roff_blocks([('text', each) for each in returns])]
-    notes = blocks(group.section) + blocks(header.intro)[1:]
+    notes = blocks(group.section) + intro_of(header)[1]
     if notes:
         lines += ['.SH NOTES', *roff_blocks(notes)]
     seen = [each.name for each in before] * refers_back(brief) + [header_page(header), 'karil']
@@ -74,11 +74,9 @@ def group_page(header, group, functions, before, version):
 def header_text(header, families, headers, version):
     """The page of a header: its text, its functions, and its records and constants as they stand."""
     name = header_page(header)
-    words, *intro = blocks(header.intro)
-    first, *rest = sentences(words[1])
-    lines = page_head(name, re.sub('^karil: ', '', first), version)
-    lines += ['.SH SYNOPSIS', f'\\fB#include <karil/{header.name}>\\fP', '.SH DESCRIPTION']
-    lines += roff_blocks([('text', ' '.join(rest))] * bool(rest) + intro)
+    title, intro = intro_of(header)
+    lines = page_head(name, title, version)
+    lines += ['.SH SYNOPSIS', f'\\fB#include <karil/{header.name}>\\fP', '.SH DESCRIPTION', *roff_blocks(intro)]
     groups = [(functions_of(group), group) for group in header.groups]
     if any(functions for functions, _ in groups):
         lines += ['.SH FUNCTIONS']
