@@ -1,6 +1,6 @@
 #!/bin/sh
 # Installs the Debian packages that are missing. Arguments: groups, of build, test, token, check, docs, package, bench,
-# coverage, arm64, s390x and i386.
+# coverage, python, arm64, s390x and i386.
 set -eu
 
 packages=
@@ -17,6 +17,10 @@ for group in "$@"; do
         packages="$packages tzdata"
         ;;
     coverage) packages="$packages gcovr" ;;
+    python)
+        packages="$packages python3-cffi python3-build python3-venv python3-setuptools python3-wheel python3-pytest"
+        packages="$packages python3-cryptography mypy flake8 black"
+        ;;
     arm64) packages="$packages g++-aarch64-linux-gnu qemu-user" ;;
     s390x) packages="$packages g++-s390x-linux-gnu qemu-user" ;;
     i386) packages="$packages g++-i686-linux-gnu qemu-user" ;;

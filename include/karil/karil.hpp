@@ -137,7 +137,9 @@ template <class Function, class... Arguments> StatusCode call(Function function,
 }
 
 // Calls a function that ends in (uint8_t *result, uint32_t *resultLength): first for the length, then for the octets.
-// `room`: for functions that have no length-only form, how many octets they write at most; they are called once.
+// `room`: how many octets a function writes at most, which is then called once. It is for functions that have no
+// length-only form, and for encoders of messages if a hook does not answer the same length each time, as one that signs
+// with ECDSA: they run the hooks in both calls, and C writes the longer answer past the octets that the first one told.
 template <class Function, class... Arguments>
 Result<Octets> askWithRoom(std::uint32_t room, Function function, const Arguments &...arguments) {
     Octets result(room);
