@@ -12,7 +12,7 @@ mkdir -p "$folder" docs
 folder=$(cd "$folder" && pwd)
 sh scripts/build.sh "$folder/build" -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS_RELEASE='-O2 -DNDEBUG' \
     -DCMAKE_C_FLAGS_RELEASE='-O2 -DNDEBUG' -DKARIL_BUILD_BENCH=ON -DBUILD_TESTING=OFF -DKARIL_BUILD_EXAMPLES=OFF \
-    -DKARIL_DIAGNOSTIC_FILE=OFF >"$folder/build.log" 2>&1 || {
+    -DKARIL_DIAGNOSTIC_FILE=OFF -DKARIL_BUILD_TOOL=OFF >"$folder/build.log" 2>&1 || {
     cat "$folder/build.log" >&2
     exit 2
 }

@@ -39,7 +39,7 @@ if [ -n "$twice" ]; then
     broken 'no two macros of one name'
 fi
 
-long=$(find include src tests examples \( -name '*.h' -o -name '*.cc' -o -name '*.c' \) -exec wc -l {} + |
+long=$(find include src tools tests examples \( -name '*.h' -o -name '*.cc' -o -name '*.c' \) -exec wc -l {} + |
     awk '$2 != "total" && $1 > 480')
 if [ -n "$long" ]; then
     echo "$long"

@@ -13,8 +13,9 @@ folder=$build/release
 demo=$build/demo
 cmake -S . -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo
 cmake --build "$folder" --target issue_certificate certificate_authority messages ocsp pfx hook token \
-    show_certificate
+    show_certificate karil_tool
 programs=$(cd "$folder/examples" && pwd)
+tool=$(cd "$folder/tools/karil" && pwd)/karil
 
 # Dates go out in local time under the letter Z, which others read as UTC.
 TZ=UTC
@@ -192,4 +193,54 @@ for name in hook token; do
     openssl verify -CAfile "$name.pem" "$name.pem"
     openssl x509 -in "$name.pem" -noout -text | grep -m 1 sha256WithRSAEncryption
 done
+
+echo
+echo "The tool shows one of each kind, and verifies what the authority signed"
+echo secret >password
+"$tool" show --password-file password issued.pem crl2.pem request.pem issued.key ocsp_request.der ocsp_response1.der \
+    signed.p7 digested.p7 encrypted.p7 enveloped.p7 signed_enveloped.p7 issued.p12 >shown.txt
+"$tool" show issued.pem
+awk -F ': ' '/^file/ { file = $2 } /^kind/ { print "  " file ": " $2 }' shown.txt
+[ "$(grep -c '^kind: ' shown.txt)" -eq 12 ]
+for name in issued.pem crl2.pem signed.p7; do
+    echo "  $name: $("$tool" verify "$name" --issuer authority.pem | grep '^verdict')"
+done
+if "$tool" verify changed.p7 --issuer authority.pem >verdict.txt; then
+    echo "the tool takes a changed message for good" >&2
+    exit 1
+fi
+echo "  changed.p7: $(grep '^verdict' verdict.txt)"
+
+echo
+echo "The tool runs an authority of its own, makes a PFX and messages, and openssl judges them"
+"$tool" authority ca --subject "C=CN,O=演示,CN=Demo Root"
+"$tool" key -o own.key
+"$tool" request --key own.key --subject "C=CN,O=演示,CN=www.example.com" --dns www.example.com -o own.csr
+openssl req -in own.csr -noout -verify
+"$tool" issue own.csr --authority ca -o own.pem
+openssl verify -x509_strict -purpose sslserver -verify_hostname www.example.com -CAfile ca/authority.pem own.pem
+"$tool" request --key own.key --subject "C=CN,CN=王小明" | "$tool" issue - --authority ca --profile person -o person.pem
+"$tool" pfx make --key own.key --cert person.pem --chain ca/authority.pem --name "王小明" --password-file password \
+    -o own.p12
+[ "$(openssl pkcs12 -legacy -in own.p12 -passin file:password -noenc | grep -c 'BEGIN')" -eq 3 ]
+"$tool" pfx open own.p12 --password-file password --out-folder opened
+cmp opened/key.pem own.key
+[ "$(stat -c %a own.key own.p12 opened/key.pem ca/authority.key | sort -u)" = 600 ]
+"$tool" sign --key own.key --cert person.pem "$document" -o signed.pem
+openssl cms -verify -inform PEM -in signed.pem -binary -CAfile ca/authority.pem -out out
+cmp out "$document"
+"$tool" verify signed.pem --issuer ca/authority.pem | grep '^verdict'
+"$tool" envelop --recipient person.pem start -o enveloped.pem
+openssl cms -decrypt -inform PEM -in enveloped.pem -binary -recip person.pem -inkey own.key -out out
+cmp out start
+"$tool" open --key own.key --cert person.pem enveloped.pem -o out
+cmp out start
+"$tool" revoke own.pem --authority ca --reason keyCompromise
+"$tool" crl --authority ca
+openssl verify -CAfile ca/authority.pem -crl_check -CRLfile ca/crl.pem person.pem
+if openssl verify -CAfile ca/authority.pem -crl_check -CRLfile ca/crl.pem own.pem 2>revoked.txt; then
+    echo "openssl takes the revoked certificate for good" >&2
+    exit 1
+fi
+grep 'certificate revoked' revoked.txt
 echo "The demo is done: openssl and certtool agree with all that karil issued and wrote."

@@ -41,7 +41,7 @@ mkdir -p "$folder"
 folder=$(cd "$folder" && pwd)
 CC=clang CXX=clang++ sh scripts/build.sh "$folder/build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKARIL_BUILD_FUZZERS=ON \
     -DKARIL_SANITIZE=fuzzer-no-link,address,undefined -DBUILD_TESTING=OFF -DKARIL_BUILD_EXAMPLES=OFF \
-    -DKARIL_DIAGNOSTIC_FILE=OFF \
+    -DKARIL_DIAGNOSTIC_FILE=OFF -DKARIL_BUILD_TOOL=OFF \
     >"$folder/build.log" 2>&1 || {
     cat "$folder/build.log" >&2
     exit 2

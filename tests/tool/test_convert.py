@@ -32,7 +32,7 @@ def changed(pem, how):
     return {
         "CR LF": pem.replace(b"\n", b"\r\n"),
         "no last newline": pem.rstrip(b"\n"),
-        "text around": b"subject: a\n\n" + pem + b"\nmore text\n",
+        "text around": b"0 subject: a\n\n" + pem + b"\nmore text\n",
         "blanks at the ends of lines": pem.replace(b"\n", b"  \n"),
     }[how]
 

@@ -87,14 +87,14 @@ def test_names_and_extensions():
         ("DNS", "a.example"), ("DNS", "b.example"), ("IP address", "192.0.2.1"), ("IP address", "2001:db8::1"),
         ("URI", "http://c/"), ("registered ID", "1.2.3")]  # fmt: skip
     constraints = extension(document, "basicConstraints")
-    assert (constraints["authority"], constraints["pathLength"]) == (True, "03")
+    assert (constraints["authority"], constraints["pathLength"]) == (True, 3)
     policies = pairs(extension(document, "certificatePolicies")["policies"], "policy", "statement")
     assert policies == [("1.2.3.5", ""), ("anyPolicy", "")]
     points = pairs(extension(document, "cRLDistributionPoints")["names"])
     assert points == [("URI", "http://a.example/1"), ("URI", "http://a.example/2")]
     access = pairs(extension(document, "authorityInfoAccess")["access"], "method", "location")
     assert access == [("ocsp", "http://o.example/"), ("caIssuers", "http://i.example/")]
-    assert document["publicKey"] == {"algorithm": "rsaEncryption", "bits": 1024, "exponent": "010001"}
+    assert document["publicKey"] == {"algorithm": "rsaEncryption", "bits": 1024, "exponent": 65537}
 
 
 def test_crl(folder):
@@ -111,7 +111,7 @@ def test_crl(folder):
     dates = dict(lines_of(openssl("crl", "-in", "crl.pem", "-noout", "-nextupdate", "-dateopt", "iso_8601")))
     assert document["nextUpdate"] == dates["nextUpdate"].replace(" ", "T").replace("Z", "+00:00")
     assert pairs(document["issuer"]) == [("commonName", "authority")]
-    assert extension(document, "cRLNumber")["number"] == "1234"
+    assert extension(document, "cRLNumber")["number"] == 0x1234
     assert document["entries"] == len(entries)
     found = [(each["serialNumber"], each["revoked"], each.get("reason", "")) for each in document["revoked"]]
     wanted = [(n.removeprefix("00"), f"2026-01-0{i}T12:00:00+00:00", why) for i, (n, why) in enumerate(entries, 1)]
@@ -159,6 +159,23 @@ def test_messages_and_pfx(folder):
     assert "the password is wrong" in refused(wrong)
     openssl("pkcs12", "-export", "-in", "cert.pem", "-inkey", key("any"), "-passout", "pass:secret", "-out", "new")
     assert "PBES2" in refused(karil("show", "new", "--password-file", "password", status=3))
+
+
+def test_a_password_is_asked_for_at_the_terminal_and_not_seen(folder):
+    new_certificate("/CN=a")
+    openssl("pkcs12", "-export", "-legacy", "-in", "cert.pem", "-inkey", key("any"), "-passout", "pass:pass word",
+            "-out", "pfx")  # fmt: skip
+    child, terminal = pty.fork()
+    if child == 0:
+        os.execv(TOOL, [TOOL, "show", "pfx"])
+    seen = b""
+    while b"Password of pfx: " not in seen:
+        seen += os.read(terminal, 4096)
+    os.write(terminal, b"pass word\n")
+    while b"SHA-256 fingerprint" not in seen:
+        seen += os.read(terminal, 4096)
+    assert os.waitpid(child, 0)[1] == 0 and b"pass word" not in seen
+    assert "--password-file" in refused(karil("show", "pfx", status=2, start_new_session=True))
 
 
 @pytest.mark.skipif(EXAMPLES is None, reason="the examples are not built")

@@ -34,11 +34,12 @@ def change(folder, name, old, new):
     (folder / "changed").write_bytes(octets.replace(old, new))
 
 
-@pytest.mark.parametrize("digest", ["md5", "sha1", "sha384", "sha512"])
-@pytest.mark.parametrize("kind", ["rsa:1024", "rsa:4096", "ec"])
+@pytest.mark.parametrize(
+    "kind, digest",
+    [("rsa:1024", "md5"), ("rsa:1024", "sha1"), ("rsa:4096", "sha256"), ("rsa:1024", "sha384"), ("rsa:1024", "sha512"),
+     ("ec", "sha1"), ("ec", "sha256"), ("ec", "sha512")],
+)  # fmt: skip
 def test_algorithms(folder, kind, digest):
-    if (kind, digest) == ("ec", "md5"):
-        pytest.skip("there is no such algorithm")
     certificate("root", None, CA, kind=kind, digest=digest)
     certificate("leaf", "root", kind=kind, digest=digest)
     assert b"verdict: good" in karil("verify", "leaf.pem", "--issuer", "root.pem").stdout

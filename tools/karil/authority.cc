@@ -106,7 +106,7 @@ void Authority::load() {
         crlNumber = index.at("crlNumber").get<std::uint64_t>();
         for (const auto &[serial, entry] : index.at("issued").items()) {
             if (!isSerial(serial))
-                throw Failure{Exit::Unreadable, indexFile + ": \"" + serial + "\" is no serial number"};
+                throw Failure{Exit::Unreadable, indexFile + ": no serial number: " + serial};
             issued[serial] = issuedOf(entry);
         }
     } catch (const nlohmann::json::exception &damage) {

@@ -27,7 +27,7 @@ void showConstraints(Printer &printer, const Element &value) {
     const bool hasFlag = fields[0].tag == TagBoolean;
     printer.field("authority", hasFlag && fields[0].content.size() == 1 && fields[0].content[0] != 0);
     if (const Element length = fields[hasFlag ? 1 : 0])
-        printer.field("path length", hex(magnitudeOf(length)));
+        printer.field("path length", numberOf(length));
 }
 
 void showNames(Printer &printer, const Element &value) {
@@ -96,7 +96,7 @@ void showPolicies(Printer &printer, const Element &value) {
 }
 
 void showNumber(Printer &printer, const Element &value) {
-    printer.field("number", hex(magnitudeOf(value)));
+    printer.field("number", numberOf(value));
 }
 
 // What is known of an extension: the tag of its value, and who shows it.
@@ -178,7 +178,7 @@ void showPublicKey(Printer &printer, const Element &info) {
     if (!key || EVP_PKEY_get_base_id(key.get()) != EVP_PKEY_RSA || fields[1].content.empty())
         return;
     const Elements numbers(elementOf(fields[1].content.subspan(1)).content);
-    printer.field("exponent", hex(magnitudeOf(numbers[1])));
+    printer.field("exponent", numberOf(numbers[1]));
 }
 
 } // namespace tool

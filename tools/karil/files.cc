@@ -1,6 +1,7 @@
 #include "files.h"
 
 #include "definite.h"
+#include "der.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -152,7 +153,9 @@ karil::Octets readFile(const std::string &path) {
 std::vector<Document> documentsOf(karil::Octets octets, const std::string &file) {
     std::string_view text(reinterpret_cast<const char *>(octets.data()), octets.size());
     std::vector<Document> found;
-    const bool isDer = !octets.empty() && octets[0] == 0x30;
+    // Text may begin with the same octet as DER does, the digit 0, and a message may hold PEM as its content.
+    const Element first = elementOf(octets);
+    const bool isDer = isIndefinite(octets) || (first.tag == TagSequence && first.whole.size() == octets.size());
     while (!isDer && !text.empty()) {
         const std::string_view line = takeLine(text);
         if (!line.starts_with(BeginMark) || !line.ends_with(Dashes) || line.size() < BeginMark.size() + Dashes.size())

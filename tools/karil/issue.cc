@@ -21,8 +21,8 @@ constexpr std::size_t SerialOctets = 16;
 struct Profile {
     const char *name;
     const char *purpose;
-    std::uint8_t keyUsage;
     std::uint32_t usages;
+    std::uint8_t keyUsage;
     bool isAuthority;
 };
 constexpr std::uint8_t DigitalSignature = 0x80;
@@ -33,14 +33,14 @@ constexpr std::uint32_t ServerAuthentication = 0x40;
 constexpr std::uint32_t ClientAuthentication = 0x80;
 constexpr std::uint32_t EmailProtection = 0x200;
 constexpr Profile Profiles[] = {
-    {"server", "a TLS server", DigitalSignature | KeyEncipherment, ServerAuthentication, false},
-    {"client", "a TLS client", DigitalSignature, ClientAuthentication, false},
-    {"person", "mail, documents and logins", DigitalSignature | NonRepudiation | KeyEncipherment,
-     EmailProtection | ClientAuthentication, false},
-    {"ca", "an authority below this one, which issues to others than authorities", SignsCertificatesAndCrls, 0, true},
+    {"server", "a TLS server", ServerAuthentication, DigitalSignature | KeyEncipherment, false},
+    {"client", "a TLS client", ClientAuthentication, DigitalSignature, false},
+    {"person", "mail, documents and logins", EmailProtection | ClientAuthentication,
+     DigitalSignature | NonRepudiation | KeyEncipherment, false},
+    {"ca", "an authority below this one, which issues to others than authorities", 0, SignsCertificatesAndCrls, true},
 };
 // That of the authority itself, without a limit to what stands below it.
-constexpr Profile RootProfile = {"", "", SignsCertificatesAndCrls, 0, true};
+constexpr Profile RootProfile = {"", "", 0, SignsCertificatesAndCrls, true};
 
 // All that goes into a certificate.
 struct Contents {
@@ -68,7 +68,7 @@ karil::Octets makeSerial() {
 karil::Octets makeCertificate(const Contents &contents, EVP_PKEY *key, const Digest &digest) {
     const Profile &profile = *contents.profile;
     const auto cert = valueOf(karil::Certificate::make(), What);
-    const std::tuple<std::int32_t, std::int32_t> numbers[] = {
+    const std::pair<std::int32_t, std::int32_t> numbers[] = {
         {CERT_VERSION, 2}, {CERT_VALIDFROM, contents.validity.from}, {CERT_VALIDTO, contents.validity.to}};
     for (const auto &[id, value] : numbers)
         check(karil::call(KACert_SetCertAttributeInt, cert, id, value), What);
@@ -76,25 +76,27 @@ karil::Octets makeCertificate(const Contents &contents, EVP_PKEY *key, const Dig
     const std::uint8_t keyUsage[] = {profile.keyUsage};
     const std::uint8_t usages[] = {static_cast<std::uint8_t>(profile.usages),
                                    static_cast<std::uint8_t>(profile.usages >> 8), 0, 0};
+    const bool isLimited = profile.isAuthority && &profile != &RootProfile;
     const std::uint8_t none[] = {0};
     const karil::Octets subjectKeyId = keyIdOf(contents.publicKey);
-    const std::tuple<std::int32_t, karil::Bytes, bool> values[] = {
-        {CERT_SERIALNUMBER, contents.serial, true},
-        {CERT_INNER_SIGNATUREALGORITHM, digest.withRsa, true},
-        {CERT_OUTER_SIGNATUREALGORITHM, digest.withRsa, true},
-        {CERT_ISSUER_DERDN, contents.issuer, true},
-        {CERT_SUBJECT_DERDN, contents.subject, true},
-        {CERT_PUBLICKEY_ALGORITHM, KARIL_OID_RSA_ENCRYPTION, true},
-        {CERT_SUBJECTPUBLICKEYINFO, contents.publicKey, true},
-        {CERTEX_SUBJECTKEYIDENTIFIER, subjectKeyId, true},
-        {CERTEX_AUTHORITYKEYIDENTIFIER, contents.authorityKeyId, true},
-        {CERTEX_AUTHORITY, isAuthority, true},
-        {CERTEX_PATHLENCONSTRAINT, none, profile.isAuthority && &profile != &RootProfile},
-        {CERTEX_KEYUSAGE, keyUsage, true},
-        {CERTEX_EXTKEY_USAGE, usages, profile.usages != 0},
+    // An attribute without octets is left out.
+    const std::pair<std::int32_t, karil::Bytes> values[] = {
+        {CERT_SERIALNUMBER, contents.serial},
+        {CERT_INNER_SIGNATUREALGORITHM, digest.withRsa},
+        {CERT_OUTER_SIGNATUREALGORITHM, digest.withRsa},
+        {CERT_ISSUER_DERDN, contents.issuer},
+        {CERT_SUBJECT_DERDN, contents.subject},
+        {CERT_PUBLICKEY_ALGORITHM, KARIL_OID_RSA_ENCRYPTION},
+        {CERT_SUBJECTPUBLICKEYINFO, contents.publicKey},
+        {CERTEX_SUBJECTKEYIDENTIFIER, subjectKeyId},
+        {CERTEX_AUTHORITYKEYIDENTIFIER, contents.authorityKeyId},
+        {CERTEX_AUTHORITY, isAuthority},
+        {CERTEX_PATHLENCONSTRAINT, isLimited ? none : karil::Bytes()},
+        {CERTEX_KEYUSAGE, keyUsage},
+        {CERTEX_EXTKEY_USAGE, profile.usages != 0 ? usages : karil::Bytes()},
     };
-    for (const auto &[id, value, isSet] : values)
-        if (isSet)
+    for (const auto &[id, value] : values)
+        if (!value.empty())
             check(karil::call(KACert_SetCertAttributeChar, cert, id, value), What);
     // The library's own attribute holds one DNS name.
     if (!contents.dnsNames.empty()) {

@@ -138,4 +138,14 @@ karil::Bytes magnitudeOf(const Element &integer) {
     return content.size() > 1 && content[0] == 0 ? content.subspan(1) : content;
 }
 
+Value numberOf(const Element &integer) {
+    const karil::Bytes magnitude = magnitudeOf(integer);
+    if (magnitude.size() >= sizeof(std::int64_t))
+        return "0x" + hex(magnitude);
+    std::int64_t number = 0;
+    for (const std::uint8_t octet : magnitude)
+        number = number << 8 | octet;
+    return number;
+}
+
 } // namespace tool

@@ -34,6 +34,8 @@ void showGeneralNames(Printer &printer, std::string_view label, karil::Bytes nam
 
 // The content octets of an INTEGER without its sign octet.
 karil::Bytes magnitudeOf(const Element &integer);
+// An INTEGER as a number, or as "0x..." if it is a large one.
+Value numberOf(const Element &integer);
 
 } // namespace tool
 

@@ -17,7 +17,7 @@ namespace {
 void showPublicNumbers(Printer &printer, const Element &modulus, const Element &exponent) {
     printer.field("bits", bitsOf(modulus.content));
     printer.field("modulus", hex(magnitudeOf(modulus)));
-    printer.field("exponent", hex(magnitudeOf(exponent)));
+    printer.field("exponent", numberOf(exponent));
 }
 
 void showRsaPublic(const Shown &to, karil::Bytes der) {
