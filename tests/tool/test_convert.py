@@ -47,7 +47,7 @@ def test_pem_as_others_write_it(files, how):
     "old, new, words",
     [
         (b"-----END CERTIFICATE-----", b"", "END line is missing"),
-        (b"-----END CERTIFICATE-----", b"-----END X509 CRL-----", "ends as another"),
+        (b"-----END CERTIFICATE-----", b"-----END X509 CRL-----", "different labels"),
         (b"MII", b"M*I", "no base64"),
         (b"MII", b"MI", "no base64"),
         (b"MII", b"=II", "no base64"),

@@ -91,7 +91,7 @@ karil::Octets takeBody(std::string_view &text, const std::string &label, const s
         const std::string_view line = takeLine(text);
         if (line.starts_with(EndMark)) {
             if (line != std::string(EndMark).append(label).append(Dashes))
-                throw Failure{Exit::Unreadable, where + " is no PEM: it begins as " + label + " and ends as another"};
+                throw Failure{Exit::Unreadable, where + " is no PEM: it begins and ends with different labels"};
             return fromBase64(base64, where);
         }
         if (line.find(':') != std::string_view::npos)

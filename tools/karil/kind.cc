@@ -9,18 +9,18 @@ namespace tool {
 namespace {
 
 constexpr KindFacts facts[] = {
-    {Kind::Certificate, "certificate", "CERTIFICATE", "X509 CERTIFICATE", false},
-    {Kind::RevocationList, "CRL", "X509 CRL", "CRL", false},
-    {Kind::Request, "certification request", "CERTIFICATE REQUEST", "NEW CERTIFICATE REQUEST", false},
-    {Kind::RsaPublicKey, "RSA public key", "RSA PUBLIC KEY", "", false},
-    {Kind::RsaPrivateKey, "RSA private key", "RSA PRIVATE KEY", "", true},
-    {Kind::PublicKeyInfo, "public key", "PUBLIC KEY", "", false},
-    {Kind::PrivateKeyInfo, "private key", "PRIVATE KEY", "", true},
-    {Kind::EncryptedPrivateKeyInfo, "encrypted private key", "ENCRYPTED PRIVATE KEY", "", true},
-    {Kind::OcspRequest, "OCSP request", "OCSP REQUEST", "", false},
-    {Kind::OcspResponse, "OCSP response", "OCSP RESPONSE", "", false},
-    {Kind::Message, "PKCS#7 message", "PKCS7", "CMS", false},
-    {Kind::Pfx, "PFX", "PKCS12", "", true},
+    {"certificate", "CERTIFICATE", "X509 CERTIFICATE", Kind::Certificate, false},
+    {"CRL", "X509 CRL", "CRL", Kind::RevocationList, false},
+    {"certification request", "CERTIFICATE REQUEST", "NEW CERTIFICATE REQUEST", Kind::Request, false},
+    {"RSA public key", "RSA PUBLIC KEY", "", Kind::RsaPublicKey, false},
+    {"RSA private key", "RSA PRIVATE KEY", "", Kind::RsaPrivateKey, true},
+    {"public key", "PUBLIC KEY", "", Kind::PublicKeyInfo, false},
+    {"private key", "PRIVATE KEY", "", Kind::PrivateKeyInfo, true},
+    {"encrypted private key", "ENCRYPTED PRIVATE KEY", "", Kind::EncryptedPrivateKeyInfo, true},
+    {"OCSP request", "OCSP REQUEST", "", Kind::OcspRequest, false},
+    {"OCSP response", "OCSP RESPONSE", "", Kind::OcspResponse, false},
+    {"PKCS#7 message", "PKCS7", "CMS", Kind::Message, false},
+    {"PFX", "PKCS12", "", Kind::Pfx, true},
 };
 
 // What is signed: certificate, CRL or request. A CRL has its dates beside the names, where the others have none.

@@ -25,10 +25,10 @@ enum class Kind {
 
 // What is known about a kind.
 struct KindFacts {
-    Kind kind;
     std::string_view name;     // in words
     std::string_view label;    // of its PEM blocks
     std::string_view oldLabel; // another label that is read; empty if there is none
+    Kind kind;
     bool isSecret;
 };
 
