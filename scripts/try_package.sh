@@ -68,6 +68,7 @@ cat >"$system/root/program.sh" <<'END'
 set -eu
 cd /root
 umask 022
+karil show --json /usr/share/ca-certificates/mozilla/ISRG_Root_X1.crt | grep 'ISRG Root X1'
 karil show /usr/share/ca-certificates/mozilla/ISRG_Root_X1.crt | grep 'ISRG Root X1'
 karil authority authority --subject 'CN=Try Root,O=Try,C=CN'
 karil key -o server.key

@@ -47,7 +47,7 @@ def read_help(program, command):
     found = Help([])
     section = None
     for line in output.splitlines():
-        item = re.match(r'  (\S.*?)(?:  +(.*))?$', line)
+        row = re.match(r'  (\S.*?)(?:  +(.*))?$', line)
         title = re.match(r'(\S.*):$', line)
         if line.startswith('Usage: '):
             found.usage = line[7:]
@@ -55,17 +55,33 @@ def read_help(program, command):
             section = found.sections.setdefault(title[1], [])
         elif section is not None and line.startswith(' ' * 10):
             section[-1] = (section[-1][0], f'{section[-1][1]} {line.strip()}'.strip())
-        elif section is not None and item:
-            section.append((item[1], item[2] or ''))
+        elif section is not None and row:
+            section.append((row[1], row[2] or ''))
         elif line.strip():
             section = None
             found.text.append(line.strip())
     return found
 
 
+def item(what, words):
+    """`-o,--out TEXT:{a,b}=a REQUIRED` and its words as the lines of an entry."""
+    name, kind, choices, default, many, required = re.match(
+        r'(\S+)(?: ([A-Z]+)(?::(?:\{(.*?)\}|[^ =]+))?(?:=(\S+))?)?( \.\.\.)?( REQUIRED)?$', what).groups()
+    option = name.startswith('-')
+    tag = ', '.join(f'\\fB{roff(each)}\\fP' if option else f'\\fI{roff(each)}\\fP' for each in name.split(','))
+    if option and kind:
+        tag += f' \\fI{kind}\\fP'
+    said = [words.rstrip('.') + '.'] * bool(words)
+    choices = choices.split(',') if choices else []
+    said += [f'One of {", ".join(choices)}.'] * any(each not in words for each in choices)
+    said += [f'Without it {default}.'] * bool(default)
+    said += ['Required.'] * bool(required and option)
+    return ['.TP', tag + ' ...' * bool(many), roff(' '.join(said)) or '\\&']
+
+
 def items(found):
     return [line for title, rows in found.sections.items() if title != 'Subcommands' for what, words in rows
-            if '--help' not in what for line in ('.TP', '\\fB' + roff(what) + '\\fP', roff(words) or '\\&')]
+            if '--help' not in what for line in item(what, words)]
 
 
 def commands(program, command=()):
