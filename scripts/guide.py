@@ -4,9 +4,11 @@
 guide.py                                  puts the programs' texts into the guide
 guide.py --check                          fails unless they are there, every link of the documents leads somewhere, and
                                           every picture is made from its source as it is
-guide.py --run FOLDER [EMULATOR...]       runs the commands of the guide with the programs that were built in FOLDER
+guide.py --run DOCUMENT FOLDER [EMULATOR...]
+                                          runs the commands of a document with the programs that were built in FOLDER
 """
 import hashlib
+import os
 import pathlib
 import re
 import shutil
@@ -78,39 +80,43 @@ def stale():
 
 
 def is_as_told(got, told):
-    """Compares what commands printed with the guide, where ... stands for anything."""
-    return re.fullmatch(re.escape(told).replace(r'\.\.\.', '.*'), got) is not None
+    """Compares what commands printed with the document, where ... stands for anything: in a line, or some lines."""
+    lines = (r'(?:.*\n)*' if line == '...\n' else re.escape(line).replace(r'\.\.\.', '.*')
+             for line in told.splitlines(keepends=True))
+    return re.fullmatch(''.join(lines), got) is not None
 
 
-def run(folder, emulator):
-    """Runs the guide's commands in one shell, in a folder of their own, and compares what they print."""
-    blocks = COMMANDS.findall(GUIDE.read_text(encoding='utf-8'))
+def run(document, folder, emulator):
+    """Runs a document's commands in one shell, in a folder of their own, and compares what they print."""
+    blocks = COMMANDS.findall(document.read_text(encoding='utf-8'))
     work = folder / 'run'
     shutil.rmtree(work, ignore_errors=True)
     work.mkdir()
-    for program in PROGRAMS.glob('*.c'):
-        command = ' '.join([*emulator, str(folder / program.stem)])
-        (work / program.stem).write_text(f'#!/bin/sh\nexec {command} "$@"\n', encoding='utf-8')
-        (work / program.stem).chmod(0o755)
+    for program in folder.iterdir():
+        if program.is_file() and os.access(program, os.X_OK):
+            command = ' '.join([*emulator, str(program)])
+            (work / program.name).write_text(f'#!/bin/sh\nexec {command} "$@"\n', encoding='utf-8')
+            (work / program.name).chmod(0o755)
     end = '=== end of the block'
     script = 'set -eu\n' + ''.join(f'{commands}\necho "{end}"\n' for commands, _ in blocks)
-    done = subprocess.run(['sh', '-c', script], cwd=work, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+    environment = os.environ | {'PATH': f'{work}:{os.environ["PATH"]}'}
+    done = subprocess.run(['sh', '-c', script], cwd=work, env=environment, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                           encoding='utf-8', errors='replace', check=False)
     printed = done.stdout.split(f'{end}\n')
     for (commands, told), got in zip(blocks, printed):
         print(commands + got, end='')
         if told and not is_as_told(got, told):
-            sys.exit(f'the guide tells something else:\n{told}')
+            sys.exit(f'{document.name} tells something else:\n{told}')
     if done.returncode != 0:
         sys.exit(f'{blocks[len(printed) - 1][0]}failed with status {done.returncode}')
-    print(f'{len(blocks)} blocks of commands did what the guide says')
+    print(f'{len(blocks)} blocks of commands did what {document.name} says')
 
 
 if sys.argv[1:] == []:
     GUIDE.write_text(with_programs(GUIDE.read_text(encoding='utf-8')), encoding='utf-8')
 elif sys.argv[1:] == ['--check']:
     sys.exit('\n'.join(stale()) or None)
-elif sys.argv[1] == '--run' and len(sys.argv) > 2:
-    run(pathlib.Path(sys.argv[2]).resolve(), sys.argv[3:])
+elif sys.argv[1] == '--run' and len(sys.argv) > 3:
+    run(ROOT / sys.argv[2], pathlib.Path(sys.argv[3]).resolve(), sys.argv[4:])
 else:
     sys.exit(__doc__)

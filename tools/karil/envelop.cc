@@ -160,8 +160,8 @@ Secret openMessage(const Document &document, const KeyedParty &reader) {
                       where + ": its key is enciphered by " + oidName(wrapping) + ", which is not read here"};
     Operates opens = opensKey(reader.key.get());
     setHook(KA_PKCS7_SetRecipientInfoKeyDecFunc, recipient, opens, where);
-    const auto key = karil::askWithRoom(recipient->encryptedKey.length, KA_PKCS7_DecryptDesKey, recipient);
-    const Secret opened(key ? *key : karil::Octets());
+    auto key = karil::askWithRoom(recipient->encryptedKey.length, KA_PKCS7_DecryptDesKey, recipient);
+    const Secret opened(key ? std::move(*key) : karil::Octets());
     if (opened.bytes().size() != static_cast<std::size_t>(EVP_CIPHER_get_key_length(cipher->function())))
         throw Failure{Exit::BadVerdict, where + ": the key does not open it"};
     Enciphers deciphers{cipher->function(), opened.bytes(), iv.content, false};

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <openssl/crypto.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -185,15 +186,20 @@ Document readDocument(const std::string &path) {
 }
 
 std::string pemText(karil::Bytes der, std::string_view label) {
+    constexpr std::size_t lineLength = 64;
     std::string base64(der.size() / 3 * 4 + 8, '\0');
     if (base64_encode(der.data(), static_cast<std::uint32_t>(der.size()),
                       reinterpret_cast<std::uint8_t *>(base64.data())) != 0)
         throw Failure{Exit::Unreadable, "the octets cannot be written as PEM"};
-    base64.resize(std::strlen(base64.c_str()));
-    std::string pem = std::string(BeginMark).append(label).append(Dashes) + "\n";
-    for (std::size_t i = 0; i < base64.size(); i += 64)
-        pem += base64.substr(i, 64) + "\n";
-    return pem.append(EndMark).append(label).append(Dashes) + "\n";
+    const std::size_t length = std::strlen(base64.c_str());
+    std::string pem;
+    // Room for all of it from the start: a key would leave a copy behind in a text that grows.
+    pem.reserve(length + length / lineLength + 2 * (label.size() + BeginMark.size() + Dashes.size()) + 4);
+    pem.append(BeginMark).append(label).append(Dashes).append("\n");
+    for (std::size_t i = 0; i < length; i += lineLength)
+        pem.append(base64, i, std::min(lineLength, length - i)).append("\n");
+    OPENSSL_cleanse(base64.data(), base64.size());
+    return pem.append(EndMark).append(label).append(Dashes).append("\n");
 }
 
 void writeFile(const std::string &path, karil::Bytes octets, Mode mode, Existing existing) {

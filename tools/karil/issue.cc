@@ -209,7 +209,8 @@ void addIssue(CLI::App &app, Run &run) {
         help += std::string(names.empty() ? "" : "; ") + profile.name + ", " + profile.purpose;
         names.emplace_back(profile.name);
     }
-    CLI::App *command = app.add_subcommand("issue", "Issues the certificate that a request asks for");
+    CLI::App *command =
+        app.add_subcommand("issue", "Issues a certificate for the subject, the key and the DNS names of a request");
     command->add_option("REQUEST", options->request, "The request; - is standard input")->required();
     addFolder(*command, options->folder);
     command->add_option("--profile", options->profile, help)->check(CLI::IsMember(names))->capture_default_str();

@@ -95,7 +95,7 @@ Exit openPfx(const OpenOptions &options) {
     if (!others.empty())
         writeFile(path("chain.pem"), karil::bytesOf(others), Mode::Public);
     say(std::string("wrote") + (key != nullptr ? " key.pem" : "") + (!own.empty() ? " certificate.pem" : "") +
-            (!others.empty() ? " chain.pem" : ""),
+            (!others.empty() ? " chain.pem" : "") + " to " + options.folder,
         options.folder);
     return Exit::Good;
 }

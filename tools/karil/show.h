@@ -35,6 +35,8 @@ void showPfx(const Shown &to, karil::Bytes der);
 // Parts that several kinds have: an RSAPrivateKey, and an attribute with its value as an item of the open list.
 void showRsaPrivate(const Shown &to, karil::Bytes der);
 void showAttribute(Printer &printer, karil::Bytes oid, const Element &value);
+// A list of attributes; without any nothing is written.
+void showAttributes(Printer &printer, std::string_view label, const AttributeRecord *first);
 // A list with an object for each record of a chain. One that cannot be read does not stop the others.
 void showEach(const Shown &to, std::string_view label, const Anybuf *first, void (*show)(const Shown &, karil::Bytes));
 

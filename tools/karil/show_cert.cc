@@ -60,4 +60,12 @@ void showAttribute(Printer &printer, karil::Bytes oid, const Element &value) {
         printer.field("value", stringText(value));
 }
 
+void showAttributes(Printer &printer, std::string_view label, const AttributeRecord *first) {
+    if (first == nullptr)
+        return;
+    const Printer::Level list = printer.list(label);
+    for (const AttributeRecord *each = first; each != nullptr; each = each->next)
+        showAttribute(printer, bytesOf(each->oid), elementOf(bytesOf(each->value)));
+}
+
 } // namespace tool

@@ -16,14 +16,6 @@ Ctx decoded(const Shown &to, std::int32_t (*decode)(typename Ctx::Ctx *, const s
     return object;
 }
 
-void showAttributes(Printer &printer, std::string_view label, const AttributeRecord *first) {
-    if (first == nullptr)
-        return;
-    const Printer::Level list = printer.list(label);
-    for (const AttributeRecord *each = first; each != nullptr; each = each->next)
-        showAttribute(printer, bytesOf(each->oid), elementOf(bytesOf(each->value)));
-}
-
 // IssuerAndSerialNumber, the second element of signers and recipients.
 void showIssuerAndSerial(Printer &printer, const Element &whole) {
     const Elements fields(Elements(whole.content)[1].content);
