@@ -169,9 +169,9 @@ void showPublicKey(Printer &printer, const Element &info) {
     const Elements fields(info.content);
     const Elements algorithm(fields[0].content);
     const Printer::Level level = printer.object("public key");
-    printer.field("algorithm", oidName(algorithm[0].content));
+    printer.field("algorithm", Identifier{algorithm[0].content});
     if (algorithm[1].tag == TagOid)
-        printer.field("curve", oidName(algorithm[1].content));
+        printer.field("curve", Identifier{algorithm[1].content});
     const KeyPtr key = publicKeyOf(info);
     if (key)
         printer.field("bits", std::int64_t{EVP_PKEY_get_bits(key.get())});

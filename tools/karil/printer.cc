@@ -29,6 +29,11 @@ std::string textOf(const Value &value) {
         return std::to_string(*number);
     if (const auto *flag = std::get_if<bool>(&value))
         return *flag ? "yes" : "no";
+    if (const auto *identifier = std::get_if<Identifier>(&value)) {
+        const std::string name = oidName(identifier->oid);
+        const std::string digits = dotted(identifier->oid);
+        return name == digits ? digits : name + " (" + digits + ")";
+    }
     return timeText(std::get<Moment>(value).seconds);
 }
 
@@ -39,6 +44,8 @@ std::string jsonOf(const Value &value) {
         return std::to_string(*number);
     if (const auto *flag = std::get_if<bool>(&value))
         return *flag ? "true" : "false";
+    if (const auto *identifier = std::get_if<Identifier>(&value))
+        return jsonString(oidName(identifier->oid));
     return "\"" + timeIso(std::get<Moment>(value).seconds) + "\"";
 }
 

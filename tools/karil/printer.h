@@ -20,7 +20,12 @@ struct Moment {
     std::int64_t seconds;
 };
 
-using Value = std::variant<std::string, std::int64_t, bool, Moment>;
+// Content octets of an object identifier: "name (1.2.3)" in text, the name in JSON; the dotted text if it has no name.
+struct Identifier {
+    karil::Bytes oid;
+};
+
+using Value = std::variant<std::string, std::int64_t, bool, Moment, Identifier>;
 
 enum class Form { Text, Json };
 

@@ -15,7 +15,7 @@ void showCertificate(const Shown &to, karil::Bytes der) {
     const CertificateParts parts = partsOf(certificate);
     printer.field("version", std::int64_t{certificate->version} + 1);
     printer.field("serial number", hex(bytesOf(certificate->serialNumber)));
-    printer.field("signature algorithm", oidName(bytesOf(certificate->outerSignatureAlgorithm.oid)));
+    printer.field("signature algorithm", Identifier{bytesOf(certificate->outerSignatureAlgorithm.oid)});
     showName(printer, "issuer", parts.issuer);
     printer.field("not before", Moment{dateOf(certificate, CERT_VALIDFROM)});
     printer.field("not after", Moment{dateOf(certificate, CERT_VALIDTO)});
@@ -34,7 +34,7 @@ void showRequest(const Shown &to, karil::Bytes der) {
     printer.field("version", std::int64_t{request->version} + 1);
     showName(printer, "subject", fields[1]);
     showPublicKey(printer, fields[2]);
-    printer.field("signature algorithm", oidName(bytesOf(request->outerSignatureAlgorithm.oid)));
+    printer.field("signature algorithm", Identifier{bytesOf(request->outerSignatureAlgorithm.oid)});
     const Printer::Level attributes = printer.list("attributes");
     for (const CsrAttributeNode *node = request->attributes; node != nullptr; node = node->next)
         showAttribute(printer, bytesOf(node->oid), elementOf(bytesOf(node->value)));
@@ -55,7 +55,7 @@ void showAttribute(Printer &printer, karil::Bytes oid, const Element &value) {
     else if (seconds)
         printer.field("value", Moment{*seconds});
     else if (value.tag == TagOid)
-        printer.field("value", oidName(value.content));
+        printer.field("value", Identifier{value.content});
     else
         printer.field("value", stringText(value));
 }

@@ -25,7 +25,7 @@ void showRevocationList(const Shown &to, karil::Bytes der) {
     Printer &printer = to.printer;
     const karil::RevocationList crl = decodeRevocationList(der, to.where);
     printer.field("version", std::int64_t{crl->version} + 1);
-    printer.field("signature algorithm", oidName(bytesOf(crl->innerSignatureAlgorithm.oid)));
+    printer.field("signature algorithm", Identifier{bytesOf(crl->innerSignatureAlgorithm.oid)});
     const Elements fields(elementOf(bytesOf(crl->tbs)).content);
     showName(printer, "issuer", fields[2]);
     printer.field("this update", Moment{crl->thisUpdate.utcValue});

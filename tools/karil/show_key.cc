@@ -54,7 +54,7 @@ void showKey(const Shown &to, karil::Bytes der, Kind kind) {
         return showPublicKey(to.printer, elementOf(der));
     case Kind::PrivateKeyInfo: {
         const std::string algorithm = oidName(elementOf(fields[1].content).content);
-        to.printer.field("algorithm", oidName(elementOf(fields[1].content).content));
+        to.printer.field("algorithm", Identifier{elementOf(fields[1].content).content});
         if (algorithm == "rsaEncryption")
             showRsaPrivate(to, fields[2].content);
         return;

@@ -29,8 +29,8 @@ void showSigners(Printer &printer, const SignerInfoCtx *first, const Anybuf *who
     for (; first != nullptr && whole != nullptr; first = first->next, whole = whole->next) {
         const Printer::Level one = printer.item();
         showIssuerAndSerial(printer, elementOf(bytesOf(*whole)));
-        printer.field("digest algorithm", oidName(bytesOf(first->digestAlgorithm.oid)));
-        printer.field("signature algorithm", oidName(bytesOf(first->digestEncAlgorithm.oid)));
+        printer.field("digest algorithm", Identifier{bytesOf(first->digestAlgorithm.oid)});
+        printer.field("signature algorithm", Identifier{bytesOf(first->digestEncAlgorithm.oid)});
         showAttributes(printer, "attributes", first->attributes);
         showAttributes(printer, "unauthenticated attributes", first->unAttributes);
     }
@@ -41,20 +41,20 @@ void showRecipients(Printer &printer, const RecipientInfoCtx *first, const Anybu
     for (; first != nullptr && whole != nullptr; first = first->next, whole = whole->next) {
         const Printer::Level one = printer.item();
         showIssuerAndSerial(printer, elementOf(bytesOf(*whole)));
-        printer.field("key encryption algorithm", oidName(bytesOf(first->keyEncryptionAlgorithm.oid)));
+        printer.field("key encryption algorithm", Identifier{bytesOf(first->keyEncryptionAlgorithm.oid)});
     }
 }
 
 void showContent(Printer &printer, karil::Bytes type, karil::Bytes content) {
-    printer.field("content type", oidName(type));
+    printer.field("content type", Identifier{type});
     printer.field("content octets", static_cast<std::int64_t>(content.size()));
 }
 
 void showCipher(Printer &printer, const EncryptedContentCtx *content) {
     if (content == nullptr)
         return;
-    printer.field("content type", oidName(bytesOf(content->contentType.oid)));
-    printer.field("cipher", oidName(bytesOf(content->encryptionAlgorithm.oid)));
+    printer.field("content type", Identifier{bytesOf(content->contentType.oid)});
+    printer.field("cipher", Identifier{bytesOf(content->encryptionAlgorithm.oid)});
     printer.field("cipher text octets", std::int64_t{content->encryptedContent.length});
 }
 
@@ -111,7 +111,7 @@ void showMessage(const Shown &to, karil::Bytes der) {
     case PKCS7_TYPE_DIGESTEDDATA: {
         const auto message = decoded<karil::DigestedData>(to, KA_PKCS7_DecodePKCS7DigestedData, der);
         showType(printer, "digestedData", message->version);
-        printer.field("digest algorithm", oidName(bytesOf(message->digestAlgorithm.oid)));
+        printer.field("digest algorithm", Identifier{bytesOf(message->digestAlgorithm.oid)});
         printer.field("digest", hex(bytesOf(message->digest)));
         return showContent(printer, bytesOf(message->contentType.oid), bytesOf(message->content));
     }

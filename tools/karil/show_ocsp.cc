@@ -43,13 +43,13 @@ private:
 
 void showIdentity(Printer &printer, const OcspCertId &identity) {
     printer.field("serial number", hex(bytesOf(identity.serialNumber)));
-    printer.field("hash algorithm", oidName(bytesOf(identity.hashAlgorithm.oid)));
+    printer.field("hash algorithm", Identifier{bytesOf(identity.hashAlgorithm.oid)});
     printer.field("issuer name hash", hex(bytesOf(identity.hashedName)));
     printer.field("issuer key hash", hex(bytesOf(identity.hashedKey)));
 }
 
 void showSignature(const Shown &to, const OcspSignature &signature) {
-    to.printer.field("signature algorithm", oidName(bytesOf(signature.algorithm.oid)));
+    to.printer.field("signature algorithm", Identifier{bytesOf(signature.algorithm.oid)});
     showEach(to, "certificates", signature.certs.next, showCertificate);
 }
 
@@ -132,7 +132,7 @@ void showOcspResponse(const Shown &to, karil::Bytes der) {
     if (response->hasBody == 0)
         return;
     const OcspBasicResponse &basic = response->basic;
-    printer.field("type", oidName(bytesOf(response->type)));
+    printer.field("type", Identifier{bytesOf(response->type)});
     const Elements fields(elementOf(bytesOf(basic.signedOctets)).content);
     for (const Element &field : Elements(fields[1].content))
         if (field.tag == TagSequence)
