@@ -1,7 +1,8 @@
 #!/bin/sh
-# The library's binary interface is that of abi/libkaril.abi: exports, their arguments, and the layout of the records
-# that they reach. What old programs would not survive fails unless the soname has changed. What is new is told, and
-# fails until it is in the file. With --update the file is made anew, if the change is one that old programs survive.
+# The library's binary interface is that of abi/: exports, their arguments, and the layout of the records that they
+# reach in libkaril.abi, the numbers of ids and statuses in constants.txt. What old programs would not survive fails
+# unless the soname has changed. What is new is told, and fails until it is in the files. With --update the files are
+# made anew, if the change is one that old programs survive.
 # Usage: sh scripts/check_abi.sh LIBRARY [--update]     LIBRARY is for amd64 and has debug information
 set -eu
 cd "$(dirname "$0")/.."
@@ -28,19 +29,23 @@ compare() {
     [ $((status & 3)) -eq 0 ] || exit 2
 }
 
-symbols() {
-    sed -n "s/.*<elf-symbol name='\([^']*\)' version='\([^']*\)'.*/\1@\2/p" "$1" | sort
+# Programs have the numbers of enumerators in them, which the library's debug information does not tell.
+gcc -E -P -Iinclude include/karil/karil.h | tr '\n' ' ' | grep -o 'enum {[^}]*}' | tr ',{}' '[\n*]' | grep ' = ' |
+    sed 's/^ *//; s/ *$//' | sort >"$work/constants.txt"
+# names INTERFACE CONSTANTS: all that may not go away.
+names() {
+    sed -n "s/.*<elf-symbol name='\([^']*\)' version='\([^']*\)'.*/\1@\2/p" "$1" | sort - "$2"
 }
 
 if [ -e "$known" ] && [ "$(soname "$known")" = "$(soname "$work/now.abi")" ]; then
-    symbols "$known" >"$work/before"
-    symbols "$work/now.abi" >"$work/after"
+    names "$known" abi/constants.txt >"$work/before"
+    names "$work/now.abi" "$work/constants.txt" >"$work/after"
     # If two names are one function, abidiff does not notice that one of them is gone.
     lost=$(comm -23 "$work/before" "$work/after")
     compare --no-added-syms
     if [ "$status" -ne 0 ] || [ -n "$lost" ]; then
         cat "$work/changes"
-        [ -z "$lost" ] || echo "no longer exported: $lost"
+        [ -z "$lost" ] || echo "no longer there: $lost"
         echo "old programs would not survive this: undo it, or change the soname" >&2
         exit 1
     fi
@@ -51,14 +56,15 @@ if [ -e "$known" ] && [ "$(soname "$known")" = "$(soname "$work/now.abi")" ]; th
         exit 0
     fi
     cat "$work/changes"
-    echo "newly exported: $new"
+    echo "new: $new"
 else
     echo "the soname $(soname "$work/now.abi") has no interface in $known"
 fi
 if [ "$update" != --update ]; then
-    echo "put it into $known: sh scripts/check_abi.sh $library --update" >&2
+    echo "put it into abi: sh scripts/check_abi.sh $library --update" >&2
     exit 1
 fi
 mkdir -p abi
 cp "$work/now.abi" "$known"
-echo "$known is up to date"
+cp "$work/constants.txt" abi
+echo "abi is up to date"

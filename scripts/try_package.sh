@@ -15,6 +15,7 @@ build=$(cd "${KARIL_BUILD_DIR:-build}" && pwd)
 system=$build/try-package/system
 ls "$build"/package/*.deb >/dev/null
 # The mirror is the one that apt uses here.
+# shellcheck disable=SC2016
 mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' 'Codename: bookworm' 'Component: main' |
     head -n 1)
 # timed TITLE COMMAND...

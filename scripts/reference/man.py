@@ -87,8 +87,8 @@ def header_text(header, families, headers, version):
     code = []
     for functions, group in groups:
         if not functions:
-            code += [group.comment] * bool(group.comment) + [f'{each.code} {each.note}'.rstrip() for each in group.entries]
-            code += ['']
+            code += [group.comment] * bool(group.comment)
+            code += [*(f'{each.code} {each.note}'.rstrip() for each in group.entries), '']
     if code:
         lines += ['.SH RECORDS AND CONSTANTS', '.nf', *map(roff, '\n'.join(code).split('\n')), '.fi']
     if header.name == 'karil.h':
