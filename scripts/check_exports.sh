@@ -16,6 +16,12 @@ names src/karil.map 'global:' 'local:' >"$work/listed"
 readelf -W --dyn-syms "$library" |
     awk '$5 != "LOCAL" && $7 ~ /^[0-9]+$/ { sub(/@.*/, "", $8); print $8 }' | sort >"$work/exported"
 diff "$work/listed" "$work/exported"
+# The package's symbols file has them all, each with the version that it came with. A package is built elsewhere.
+for symbols in packaging/debian/libkaril1.symbols debian/libkaril1.symbols; do
+    if [ -e "$symbols" ]; then
+        sed -n 's/^ \(.*\)@KARIL_1 [0-9.]*$/\1/p' "$symbols" | grep -vx KARIL_1 | diff "$work/listed" -
+    fi
+done
 
 # An exported name that the dynamic linker resolves for the library itself can be taken over.
 names src/karil.interpose '^{' '^}' >"$work/open"

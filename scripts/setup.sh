@@ -1,6 +1,6 @@
 #!/bin/sh
-# Installs the Debian packages that are missing. Arguments: groups, of build, test, token, check, bench, docs, coverage,
-# python, arm64, s390x and i386.
+# Installs the Debian packages that are missing. Arguments: groups, of build, test, token, check, docs, package, bench,
+# coverage, python, arm64, s390x and i386.
 set -eu
 
 packages=
@@ -9,12 +9,13 @@ for group in "$@"; do
     build) packages="$packages g++ cmake ninja-build pkgconf libssl-dev nettle-dev libcli11-dev nlohmann-json3-dev" ;;
     test) packages="$packages libgtest-dev ca-certificates openssl gnutls-bin tzdata python3 python3-pytest" ;;
     token) packages="$packages softhsm2 libp11-kit-dev" ;;
-    check) packages="$packages clang clang-format clang-tidy libclang-rt-dev python3" ;;
+    check) packages="$packages clang clang-format clang-tidy libclang-rt-dev python3 abigail-tools binutils" ;;
+    docs) packages="$packages doxygen graphviz python3 fonts-dejavu-core" ;;
+    package) packages="$packages debhelper dpkg-dev lintian debootstrap" ;;
     bench)
         packages="$packages libbenchmark-dev libmbedtls-dev libgnutls28-dev python3 python3-matplotlib ca-certificates"
         packages="$packages tzdata"
         ;;
-    docs) packages="$packages graphviz fonts-dejavu-core" ;;
     coverage) packages="$packages gcovr" ;;
     python)
         packages="$packages python3-cffi python3-build python3-venv python3-setuptools python3-wheel python3-pytest"

@@ -100,7 +100,8 @@ KARIL_API int32_t KA_PKCS12_SetKeyBagAttribute(KeyBagCtx *ctx, const uint8_t *na
  */
 KARIL_API int32_t KA_PKCS12_GetKeyBagAttribute(KeyBagCtx *ctx, uint8_t *name, uint32_t *nameLength, uint8_t *value,
                                                uint32_t *valueLength, int32_t index);
-/* Returns 0 or, for null, KACERT_InvalidParamErr. */
+
+/* Stores the number of attributes. Returns 0 or, for null, KACERT_InvalidParamErr. */
 KARIL_API int32_t KA_PKCS12_GetKeyBagAttributeNum(const KeyBagCtx *ctx, uint32_t *count);
 
 /*

@@ -67,7 +67,8 @@ KARIL_API int32_t KA_PKCS12_SetSafeBagAttribute(SafeBagCtx *ctx, const uint8_t *
  */
 KARIL_API int32_t KA_PKCS12_GetSafeBagAttribute(SafeBagCtx *ctx, uint8_t *name, uint32_t *nameLength, uint8_t *value,
                                                 uint32_t *valueLength, int32_t index);
-/* Returns 0 or, for null, KACERT_InvalidParamErr. */
+
+/* Stores the number of attributes. Returns 0 or, for null, KACERT_InvalidParamErr. */
 KARIL_API int32_t KA_PKCS12_GetSafeBagAttributeNum(const SafeBagCtx *ctx, uint32_t *count);
 
 /*
@@ -107,7 +108,8 @@ KARIL_API int32_t KA_PKCS12_SetSafeContents_SafeBag(SafeContentsCtx *ctx, const 
  */
 KARIL_API int32_t KA_PKCS12_GetSafeContents_SafeBag(SafeContentsCtx *ctx, uint8_t *result, uint32_t *resultLength,
                                                     int32_t index);
-/* Returns 0 or, for null, KACERT_InvalidItemErr. */
+
+/* Stores the number of bags. Returns 0 or, for null, KACERT_InvalidItemErr. */
 KARIL_API int32_t KA_PKCS12_GetSafeContents_SafeBagNum(const SafeContentsCtx *ctx, uint32_t *count);
 
 /*
