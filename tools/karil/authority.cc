@@ -106,7 +106,7 @@ void Authority::load() {
         crlNumber = index.at("crlNumber").get<std::uint64_t>();
         for (const auto &[serial, entry] : index.at("issued").items()) {
             if (!isSerial(serial))
-                throw Failure{Exit::Unreadable, indexFile + ": no serial number: " + serial};
+                throw Failure{Exit::Unreadable, std::string(indexFile).append(": no serial number: ").append(serial)};
             issued[serial] = issuedOf(entry);
         }
     } catch (const nlohmann::json::exception &damage) {
