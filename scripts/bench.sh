@@ -1,6 +1,7 @@
 #!/bin/sh
 # Measures karil beside its peers with TZ=UTC, and what depends on the time zone without TZ and with TZ=Asia/Shanghai:
-# prints the table with the bounds and what each side does, writes ratios.json and draws docs/bench.svg. KARIL_BUILD_DIR: where to build, instead of build; the figures go into the folder bench in it.
+# prints the table with the bounds and what each side does, writes ratios.json and draws docs/bench.svg.
+# KARIL_BUILD_DIR: where to build, instead of build; the figures go into the folder bench in it.
 # KARIL_BENCH_SECONDS: how long each measure runs in each of its 7 repetitions, instead of 0.2; those of
 # signing, and of signed and enveloped messages, have 21 of 0.1.
 set -eu
