@@ -81,7 +81,7 @@ ROWS = [
     Row("decode-crl-30-random", "mbedtls", 1.5, 1.1, "shanghai"),
     Row("decode-crl-30-random", "mbedtls-mktime", None, None, "shanghai"),
     Row("decode-crl", "libcrypto", 0.3, 0.15),
-    Row("build-crl", "libcrypto", 0.5, None),
+    Row("build-crl", "libcrypto", 0.12, None),
     Row("growth-crl", "itself", 1.5, None),
     Row("growth-decode-crl", "mbedtls", 1.0, 0.8),
     Row("memory-crl", "mbedtls", 1.1, 1.0),
