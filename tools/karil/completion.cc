@@ -109,7 +109,7 @@ std::string bashScript(const CLI::App &app) {
            "complete -o default -F _karil karil\n";
 }
 
-// Text between single quotes, in which an _arguments specification has a meaning for brackets and colons.
+// Text between single quotes, in which _arguments has a meaning for brackets and colons.
 std::string quoted(const std::string &text) {
     std::string out;
     for (const char character : text)
