@@ -50,8 +50,20 @@ int32_t offsetOfDays(int64_t days) {
     return offset == offsetAt(((days + 1) * DaysTogether + 1) * Day) ? offset : UnknownOffset;
 }
 
-// The offset of a local time, or UnknownOffset if mktime has to tell it. It is asked for once, if it is that of the
-// date before, and for whole days at the first date and at the second one in these days.
+// The offset of a local time if it is that of the date before, or the one that a look with that finds; or
+// UnknownOffset.
+int32_t offsetLike(int64_t asUtc, LocalClock &clock) {
+    for (int looks = 0; looks < 2 && clock.last != UnknownOffset; ++looks) {
+        const int32_t found = offsetAt(asUtc - clock.last);
+        if (found == clock.last)
+            return found;
+        clock.last = found;
+    }
+    return UnknownOffset;
+}
+
+// The offset of a local time, or UnknownOffset if mktime has to tell it. Whole days are asked for at the first date,
+// and at the second one in the same days.
 int32_t offsetOf(int64_t asUtc, LocalClock &clock) {
     lookUp(clock);
     if (clock.isUtc)
@@ -64,7 +76,7 @@ int32_t offsetOf(int64_t asUtc, LocalClock &clock) {
         return kept.offset;
     if (!isSeen && clock.last != UnknownOffset) {
         kept = {static_cast<int32_t>(days + 1), UnknownOffset};
-        return offsetAt(asUtc - clock.last) == clock.last ? clock.last : UnknownOffset;
+        return offsetLike(asUtc, clock);
     }
     const int32_t offset = offsetOfDays(days);
     kept = {static_cast<int32_t>(days + 1), offset};
