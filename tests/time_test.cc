@@ -118,6 +118,12 @@ TEST(Time, DatesOfAList) {
             texts.push_back(textAt(Start + i * 5400 + (i % 7 == 0 ? i * 20000 : 0), gmtime_r));
             std::ranges::copy(seq({hex("020105"), tlv(0x17, text(texts.back()))}), std::back_inserter(entries));
         }
+        // Of each zone an hour that its clock skips, after a date in winter.
+        for (const char *gap : {"180325023000Z", "180311023000Z", "180311003000Z", "180324223000Z"})
+            for (const char *characters : {"180115000000Z", gap}) {
+                texts.emplace_back(characters);
+                std::ranges::copy(seq({hex("020105"), tlv(0x17, text(characters))}), std::back_inserter(entries));
+            }
         const Exact list(seq({entries}), 0x30);
         const CrlPtr ctx = create<CrlEncodeCtx>();
         ASSERT_EQ(KI_CRL_DecodeRevokedCerts(&list.record, ctx.get()), KACERT_Ok);
