@@ -82,7 +82,7 @@ karil::Octets magnitude(std::uint64_t number) {
 void addEntry(CrlEncodeCtx *list, const std::string &serial, const Issued &issued, const std::string &what) {
     check(karil::call(KACert_SetCrlAttributeChar, list, CRL_CERT_SERIALNUMBER, octetsOfHex(serial)), what);
     check(KACert_SetCrlAttributeInt(list, CRL_CERT_REVOCATIONDATE, static_cast<std::int32_t>(*issued.revoked)), what);
-    // RFC 5280 5.3.1: no reason is left out rather than written.
+    // RFC 5280 5.3.1: the reason "unspecified" is left out.
     if (issued.reason != Unspecified)
         check(KACert_SetCrlAttributeChar(list, CRLEX_CRLREASON, &issued.reason, 1), what);
 }
