@@ -272,6 +272,10 @@ TEST(OcspParts, DiagnosticFile) {
     EXPECT_EQ(contentOf(Diagnostic), text("a longer one"));
     EXPECT_EQ(decodeOne(hex("30 00")), KACERT_InvalidItemErr);
     EXPECT_EQ(contentOf(Diagnostic), hex("30 00"));
+    failAllocation(Pool::Library, 1, false);
+    EXPECT_EQ(decodeOne(hex("05 00")), KACERT_MemoryErr);
+    endFailing();
+    EXPECT_EQ(contentOf(Diagnostic), hex("05 00"));
     struct stat about = {};
     EXPECT_EQ(stat(Diagnostic, &about), 0);
     EXPECT_EQ(about.st_mode & 0777, 0600u);

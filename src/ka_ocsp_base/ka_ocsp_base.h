@@ -198,7 +198,7 @@ void clearSignature(OcspSignature &signature);
 [[nodiscard]] Status readBasicResponse(const Element &element, OcspBasicResponse &response);
 void clearBasicResponse(OcspBasicResponse &response);
 
-// Writes the file of KI_DecodeBasicResponse.
+// Writes the file of KI_DecodeBasicResponse, before anything is copied or read.
 void writeDiagnosticFile(Bytes octets);
 
 } // namespace karil

@@ -82,7 +82,6 @@ Status writeBasicResponse(Writer &out, OcspBasicResponse &response, bool &isWrit
 }
 
 Status readBasicResponse(const Element &element, OcspBasicResponse &response) {
-    writeDiagnosticFile(element.bytes);
     Level fields;
     KA_STEP_AS("------------>KAsn1_ReadSequence", readSequence(element, fields));
     Element data;
@@ -147,6 +146,8 @@ int32_t KI_EncodeBasicResponse(OcspBasicResponse *response, Anybuf **out) {
 
 int32_t KI_DecodeBasicResponse(OcspBasicResponse *response, const Anybuf *source) {
     KA_FRAME("KI_DecodeBasicResponse");
+    KA_PASS(checkSource(response, source));
+    writeDiagnosticFile(bytesOf(*source));
     Scratch copy;
     KA_PASS(copySource(response, source, copy));
     KA_PASS(readBasicResponse(elementOf(copy.record), *response));

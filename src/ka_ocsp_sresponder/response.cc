@@ -60,6 +60,7 @@ Status readBody(const Element &element, Ctx &ctx) {
     KA_PASS(takeItem(fields, field));
     Element response;
     KA_STEP_AS("------------>KAsn1_ReadOctetString", readValue(field, response));
+    writeDiagnosticFile(response.bytes);
     KA_STEP_AS("------------>KI_DecodeBasicResponse", readBasicResponse(response, ctx.basic));
     return KACERT_Ok;
 }
