@@ -108,6 +108,7 @@ TEST(OcspParts, SignatureOfARequest) {
     KI_SetAttributeCharValue(&signature.algorithm.oid, bytesOf("\x2A").data(), 1);
     EXPECT_EQ(KI_EncodeOCSPSignature(&signature, &octets.record), KACERT_Ok);
     EXPECT_EQ(toHex(signature.encoded), toHex(seq({oid("2A"), tlv(4, {0, 12})})));
+    EXPECT_EQ(signature.encoded.tag, 16u);
 }
 
 TEST(OcspParts, Extensions) {

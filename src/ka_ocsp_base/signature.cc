@@ -56,7 +56,8 @@ Status writeSignature(Writer &out, OcspSignature &signature, Bytes octets) {
         KA_PASS(writeSignatureFields(out, signature, area.octets()));
     }
     KA_PASS(out.status());
-    return setOctets(signature.encoded, out.since(start));
+    KA_STEP_AS("------------>KI_CopyAnybuf", store(signature.encoded, {NormalSequence, out.since(start)}));
+    return KACERT_Ok;
 }
 
 void clearSignature(OcspSignature &signature) {
