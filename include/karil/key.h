@@ -3,8 +3,9 @@
  *
  * These functions take a block of numbers, which is a key record without its first word: pass the address of the
  * record's modulus, and set bits by yourself if you want it. Numbers are big-endian and right-aligned in their fields,
- * with zeros on the left. A null pointer that the comment does not allow is KACERT_MemoryErr in this family; of the
- * failures only this one is traced. Copies of a private key are wiped before they are freed.
+ * with zeros on the left. A null pointer that the comment does not allow is KACERT_MemoryErr in this family, and the
+ * only failure that it traces: the readers and the writer below it trace theirs. Copies of a private key are wiped
+ * before they are freed.
  */
 #ifndef KARIL_KEY_H
 #define KARIL_KEY_H
