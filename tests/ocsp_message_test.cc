@@ -1,6 +1,7 @@
 // Requests and responses, and the single ones that they hold: questions and answers.
 #include "ocsp_rows.h"
 
+#include <functional>
 #include <utility>
 
 using namespace karil_test;
@@ -100,6 +101,18 @@ TEST(OcspMessage, OddAnswers) {
     EXPECT_EQ(set(*question, OCSP_REQUESTLIST_ISSUERNAME, "a"), KACERT_InvalidItemErr);
     endFailing();
     EXPECT_TRUE(trace.has("------------>OCSP_REQUESTLIST_ISSUERNAME Error"));
+    const ResponsePtr response = create<ResponseCtx>();
+    const std::tuple<const char *, std::function<int32_t(const uint8_t *)>, int32_t> parameters[] = {
+        {"question", [&](auto *p) { return KA_OCSP_SetRequestListHashFunc(question.get(), echo, p, 1); }, 108},
+        {"request", [&](auto *p) { return KA_OCSP_SetRequestSignFunc(request.get(), echo, p, 1); }, 100},
+        {"signing", [&](auto *p) { return KA_OCSP_SetResponseSignFunc(response.get(), echo, p, 1); }, 100},
+        {"hashing", [&](auto *p) { return KA_OCSP_SetResponseHashFunc(response.get(), echo, p, 1); }, 100},
+    };
+    for (const auto &[name, set, want] : parameters) {
+        failAllocation(Pool::Library, 1, false);
+        EXPECT_EQ(set(bytesOf("p").data()), want) << name;
+        endFailing();
+    }
     EXPECT_EQ(set(*create<ResponseListCtx>(), 22, "a"), KACERT_InvalidItemErr);
     EXPECT_TRUE(trace.has("------------>OCSPAttributeType is Invalid Item"));
     EXPECT_EQ(KA_OCSP_SetResponseListAttributeChar(nullptr, 25, bytesOf("a").data(), 1), KACERT_InvalidItemErr);

@@ -219,8 +219,7 @@ KARIL_API int32_t KA_OCSP_SetResponseSingleResponse(ResponseCtx *ctx, const uint
  * Store a hook, which must not be null, and a copy of `length` octets at `parameter`. With a length below 1 the hook
  * alone is stored, and an earlier copy stays. The first signs, the second hashes OCSP_RESPONSE_RESPONDERID_KEY. ocsp.h
  * tells how they are called.
- * Return 0; KACERT_InvalidItemErr, also for a null `parameter` with a length above 0; if there is no memory,
- * KACERT_MemoryErr for the signing hook and KACERT_InvalidParamErr for the other.
+ * Return 0; KACERT_InvalidItemErr, also for a null `parameter` with a length above 0; KACERT_MemoryErr.
  */
 KARIL_API int32_t KA_OCSP_SetResponseSignFunc(ResponseCtx *ctx, KAHookFunc hook, const uint8_t *parameter,
                                               int32_t length);

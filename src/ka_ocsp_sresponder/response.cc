@@ -121,7 +121,7 @@ int32_t KA_OCSP_SetResponseHashFunc(ResponseCtx *ctx, KAHookFunc hook, const uin
     KA_FRAME("KA_OCSP_SetResponseHashFunc");
     KA_PASS(checkItems({ctx, reinterpret_cast<const void *>(hook)}));
     ResponseId &responder = ctx->basic.data.responder;
-    KA_PASS(setHook(responder.hashFunc, responder.hashParameter, hook, parameter, length, KACERT_InvalidParamErr));
+    KA_PASS(setHook(responder.hashFunc, responder.hashParameter, hook, parameter, length, KACERT_MemoryErr));
     return KA_DONE();
 }
 
