@@ -148,7 +148,7 @@ KARIL_API int32_t KA_PKCS7_EncodeSignerInfo(SignerInfoCtx *ctx, uint8_t *result,
  * signature does not verify. Elements after the known ones are ignored.
  * Returns 0; KACERT_CertNotEndErr for a missing element; KACERT_InvalidTagErr; KACERT_LengthNotEqualErr;
  * KACERT_InvalidLengthErr; KACERT_InvalidItemErr, also for an attribute without identifier or SET; KACERT_MemoryErr; a
- * status of KI_DecodeIssuerSubject. What was decoded before a failure stays.
+ * status of KI_DecodeIssuerSubject. What was decoded before a failure stays, but not a part of a list of attributes.
  */
 KARIL_API int32_t KA_PKCS7_DecodeSignerInfo(SignerInfoCtx *ctx, const uint8_t *der, int32_t length);
 
