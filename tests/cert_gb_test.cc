@@ -82,6 +82,10 @@ TEST(CertGb, TextsAndArguments) {
         EXPECT_EQ(lastExtension(ctx), row.want == KACERT_Ok ? row.last : before);
         EXPECT_TRUE(row.want == KACERT_Ok || trace.has(row.last)) << row.last;
     }
+    Trace trace;
+    failAllocation(Pool::Library, 1, false);
+    EXPECT_EQ(KACert_SetCertPrivate_GB(ctx.get(), 151, "a", 1, 0), KACERT_InvalidParamErr);
+    EXPECT_TRUE(endFailing() && trace.has("------>KACert_EncodeChar"));
 }
 
 TEST(CertGb, DigestLists) {

@@ -83,7 +83,7 @@ Status writeText(Writer &out, const void *data, int32_t length) {
     if (length < 1)
         return KA_FAIL(KACERT_InvalidParamErr, "------>privDataLen is Err");
     out.element(TagPrintableString, {static_cast<const uint8_t *>(data), static_cast<size_t>(length)});
-    return KACERT_Ok;
+    return out.status() == KACERT_Ok ? KACERT_Ok : KA_FAIL(KACERT_InvalidParamErr, "------>KACert_EncodeChar");
 }
 
 struct Type {
