@@ -107,8 +107,9 @@ int32_t KACert_DecodeCert(CertDecodeCtx *ctx, const uint8_t *der, uint32_t lengt
 
 int32_t KI_DecodePubKey(const Anybuf *source, AlgorithmRecord *algorithm, Anybuf *key) {
     KA_FRAME("KI_DecodePubKey");
-    KA_PASS(checkPart(source, algorithm));
     KA_PASS(checkPointers({key}));
-    KA_PASS(readPublicKey(elementOf(*source), *algorithm, *key));
+    Scratch copy;
+    KA_PASS(copyPart(source, algorithm, copy));
+    KA_PASS(readPublicKey(elementOf(copy.record), *algorithm, *key));
     return KA_DONE();
 }

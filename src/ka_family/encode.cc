@@ -26,6 +26,7 @@ void writePublicKey(Writer &out, const AlgorithmRecord &algorithm, const Anybuf 
 }
 
 Status writeTime(Writer &out, bool isUtc, int32_t seconds, LocalClock &clock) {
+    KA_PASS(out.status()); // what failed before is not the time's failure
     uint8_t text[TimeLength];
     KA_STEP_AS(isUtc ? "------>KAsn1_WriteUtcTime" : "------>KAsn1_WriteGeneralizedTime",
                timeText(seconds, clock, text));
