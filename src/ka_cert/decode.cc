@@ -13,13 +13,14 @@ Status readVersionAndSerial(CertDecodeCtx &ctx, Level &fields) {
     Element field = fields.take();
     Element content;
     KA_STEP_AS("------>KAsn1_ReadExplicit", readValue(field, content));
-    ctx.version = 0;
     if (content.tag == 0xA0) {
         uint32_t version = 0;
         KA_STEP_AS("------>KAsn1_ReadInteger", readInteger(content, version));
         ctx.version = static_cast<int32_t>(version);
         ctx.hasVersion = 1;
         KA_PASS(takeField(fields, field));
+    } else {
+        ctx.version = 0;
     }
     Element serial;
     KA_STEP_AS("------>KAsn1_ReadIntegerArray", readValue(field, serial));
