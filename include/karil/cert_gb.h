@@ -67,8 +67,8 @@ KARIL_API int32_t KACert_SetCertPrivate_GB(CertEncodeCtx *ctx, int32_t type, con
  * that there is no way to ask for the length. It needs room for valueLen and 22 octets for each digest, and for 6 more.
  * `resultLength`: receives the number of octets; must not be null.
  * Returns 0; KACERT_InvalidParamErr if a pointer is null, `recordSize` is another size, or a valueLen is below 1;
- * KACERT_InvalidLengthErr if a valueLen exceeds 512;
- * KACERT_MemoryErr. A call that fails leaves its outputs as they were.
+ * KACERT_InvalidLengthErr if a valueLen exceeds 512; KACERT_MemoryErr. A call that fails leaves its outputs as they
+ * were.
  */
 KARIL_API int32_t EnCodeThums(const KA_THUMBPRINT *first, uint32_t recordSize, uint8_t *result, uint32_t *resultLength);
 
