@@ -137,6 +137,12 @@ TEST(GeneralName, Limits) {
     directory.setDirectory(std::string(1025, 'x'));
     directory.record.directoryName.next->value.data[0] = '_';
     EXPECT_EQ(directory.all(), "status 101");
+    // A slot without its octets fails before the directory does.
+    Names broken;
+    broken.setDirectory("x");
+    broken.record.present[Dns] = 1;
+    broken.record.dNSName.length = 3;
+    EXPECT_EQ(broken.all(), "status 108");
 }
 
 SWEPT_ROWS(GeneralName, Decoded, {KACERT_MemoryErr}, false) {

@@ -98,6 +98,11 @@ TEST(Pkcs7Message, OddAnswers) {
     EXPECT_EQ(answer(*read, 55) + " / " + answer(*read, 52), "62 63 / untouched");
     const EncryptedPtr encrypted = decoded<EncryptedDataCtx>("encrypted");
     EXPECT_EQ(answer(*encrypted, 59) + " / " + answer(*encrypted, 60), "untouched / untouched");
+    const SignedEnvelopedPtr both = decoded<SignedAndEnvelopedDataCtx>("both");
+    set(*both, PKCS7_SIGNEDANDENVELOPED_RECIPIENT_KEY, "k");
+    set(*both->signerInfos, PKCS7_SIGNER_CONTENT, "ab");
+    EXPECT_EQ(message(*both), "status 121");
+    EXPECT_EQ(toHex(both->signerInfos->content), "61 62") << "the content is missed before the signers are given it";
     const Trace trace;
     answer(*create<SignedAndEnvelopedDataCtx>(), 49);
     EXPECT_TRUE(trace.has("======>Get PKCS7_CONTENTTYPE"));

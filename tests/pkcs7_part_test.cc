@@ -130,6 +130,8 @@ TEST(Pkcs7Part, OddAnswers) {
     EXPECT_EQ(version, 0);
     EXPECT_EQ(KA_PKCS7_SetRecipientInfoAttributeChar(recipient.get(), 37, nullptr, -1), KACERT_InvalidLengthErr);
     const ContentPtr content = create<EncryptedContentCtx>();
+    content->encryptedContent.length = 1; // of no octets
+    EXPECT_EQ(written(*content), "status 108");
     const Trace trace;
     set(*content, 16, "a");
     EXPECT_TRUE(trace.has("------------>Attribute Not surport"));

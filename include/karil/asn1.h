@@ -76,8 +76,8 @@ KARIL_API int32_t KAsn1_ReadEnumerated(const Anybuf *source, Anybuf **out);
 KARIL_API int32_t KAsn1_ReadIa5String(const Anybuf *source, Anybuf **out);
 
 /*
- * Does the same into the caller's embedded record `out`. A previous data of it is not freed. Release it with
- * KI_ClearAnybuf.
+ * Does the same into the caller's embedded record `out`, whose data is a block for an empty content too. A previous
+ * data of it is not freed. Release it with KI_ClearAnybuf.
  */
 KARIL_API int32_t KAsn1_ReadIntegerArray(const Anybuf *source, Anybuf *out);
 

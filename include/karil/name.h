@@ -62,8 +62,9 @@ KARIL_SIZE_32(GeneralNameRecord, 260);
 
 /*
  * Writes a Name element (RFC 5280 4.1.2.4): a SEQUENCE with a SET of one attribute for each record, in list order; 30
- * 00 if there is none. `head`: not null. The tags of its records' values are set to the type that was chosen. `*out`:
- * set to null first, then to a heap record that the caller frees with KI_FreeAnybuf.
+ * 00 if there is none. `head`: not null. The tags of its records' values are set to the type that is chosen, 19 or 22;
+ * for a BMPString they stay. `*out`: set to null first, then to a heap record that the caller frees with
+ * KI_FreeAnybuf.
  * String types: country and telephone are PrintableString always, e-mail is IA5String always. Any other is
  * PrintableString if all its characters belong to that type, else BMPString. Departures from RFC 5280 4.1.2.4: no
  * UTF8String is written, and the characters of the first three are not checked.
@@ -77,8 +78,8 @@ KARIL_API int32_t KI_EncodeIssuerSuject(const NameRecord *head, Anybuf **out);
  * Reads a whole Name element and appends its attributes to the list of `head`. Neither pointer may be null. Of an RDN
  * with several attributes only the first is taken. The values of BMPString and UTF8String become local text with tag
  * 30. If that text would exceed 1,024 octets, the value is left empty, and the status is 0 all the same. Any other
- * string type is kept as it stands, with its own tag. An attribute type that is not listed above is kept with id 0. An
- * empty name adds nothing.
+ * type is kept as KAsn1_ReadPrintableString reads it, with its own tag. An attribute type that is not listed above is
+ * kept with id 0. An empty name adds nothing.
  * Returns 0; KACERT_InvalidParamErr if a pointer is null, an RDN has no attribute or an attribute is empty;
  * KACERT_InvalidTagErr, also for an attribute without a value; KACERT_LengthNotEqualErr if the element does not fill
  * the record; KACERT_InvalidLengthErr if an inner element is cut off or runs over its end, and for a BMPString above
@@ -121,10 +122,10 @@ KARIL_API int32_t KI_EnCodeUtf8(const uint8_t *text, int32_t length, Anybuf **ou
  * IA5String, 30 BMPString, any other UTF8String; BMPString and UTF8String are converted from local text. Departure from
  * RFC 5280 4.2.1.6: the value stands directly after the type, without [0] EXPLICIT around it. Only the plural function
  * with the kind 12 writes that wrapper.
- * Returns 0; KACERT_InvalidParamErr if a pointer is null, or if an otherName has no type or no value;
- * KACERT_AlgorithmNotSupportErr if KACert_GetOIDValue refuses the type; KACERT_InvalidLengthErr if the type exceeds 128
- * octets or a text exceeds the limits of text.h; KACERT_MemoryErr; for a directory name the statuses of
- * KI_EncodeIssuerSuject; the singular function KACERT_AttributeNotSupportErr if nothing is present.
+ * Returns 0; KACERT_InvalidParamErr if a pointer is null, a value has a length and no data, or an otherName has no type
+ * or no value; KACERT_AlgorithmNotSupportErr if KACert_GetOIDValue refuses the type; KACERT_InvalidLengthErr if the
+ * type exceeds 128 octets or a text exceeds the limits of text.h; KACERT_MemoryErr; for a directory name the statuses
+ * of KI_EncodeIssuerSuject; the singular function KACERT_AttributeNotSupportErr if nothing is present.
  */
 KARIL_API int32_t KI_EncodeGeneralName(GeneralNameRecord *names, Anybuf **out);
 KARIL_API int32_t KI_EncodeGeneralNameS(GeneralNameRecord *names, Anybuf **out);

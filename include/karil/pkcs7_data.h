@@ -53,7 +53,7 @@ KARIL_API int32_t KA_PKCS7_EncodePKCS7Data(const DataCtx *ctx, uint8_t *result, 
  * Decodes a message in the place of what the context held. `der`, `length`: as all octets to decode.
  * Returns 0; KAPKCS7_ContentTypeErr for another content type than data; KACERT_InvalidItemErr, also for a missing
  * content or one whose tag number is not 0; KACERT_InvalidTagErr; KACERT_LengthNotEqualErr; KACERT_InvalidLengthErr;
- * KACERT_MemoryErr. After a failure the context has no content.
+ * KACERT_MemoryErr. After a failure, but that of a null pointer, the context has no content.
  */
 KARIL_API int32_t KA_PKCS7_DecodePKCS7Data(DataCtx *ctx, const uint8_t *der, int32_t length);
 

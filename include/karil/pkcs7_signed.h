@@ -84,8 +84,8 @@ KARIL_API int32_t KA_PKCS7_SetSignedDataAttributeChar(SignedDataCtx *ctx, int32_
  * whatever the position: the others are in `crls`. A walk by rising positions takes one step a call. `result`: receives
  * the octets; the caller sees to its size. `*resultLength`: their number.
  * Returns 0; KACERT_AttributeNotSupportErr for another id; KACERT_InvalidLengthErr for a null `result` or
- * `resultLength`, for digest algorithms where there are none, and for content and content type where neither was set
- * or decoded; KACERT_InvalidItemErr for a null context.
+ * `resultLength`, for digest algorithms where none was set, and for content and content type where neither was, in a
+ * message that was not decoded; KACERT_InvalidItemErr for a null context.
  */
 KARIL_API int32_t KA_PKCS7_GetSignedDataAttributeChar(SignedDataCtx *ctx, int32_t id, uint8_t *result,
                                                       uint32_t *resultLength, int32_t position);
@@ -122,7 +122,7 @@ KARIL_API int32_t KA_PKCS7_GetSignedData_CrlsNum(const SignedDataCtx *ctx, uint3
  * `result`: receives the DER, or null to ask for the length; the caller sees to its size. `*resultLength`: its octets.
  * Where no memory is found to hand the content to a signer, the status is 0, the length 0, and nothing is written: look
  * at the length. Departure from DER: the sets are not sorted.
- * Returns 0; KACERT_InvalidItemErr, also for a missing version, content or content type; what KA_PKCS7_EncodeSignerInfo
+ * Returns 0; KACERT_InvalidItemErr, also for a missing version or content type; what KA_PKCS7_EncodeSignerInfo
  * returns; KACERT_InvalidLengthErr for a SignerInfo above 10,240 octets or more than 32 bits of octets;
  * KACERT_InvalidParamErr for a record with a length and no data; KACERT_MemoryErr.
  */

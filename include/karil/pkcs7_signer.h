@@ -148,7 +148,7 @@ KARIL_API int32_t KA_PKCS7_EncodeSignerInfo(SignerInfoCtx *ctx, uint8_t *result,
  * signature does not verify. Elements after the known ones are ignored.
  * Returns 0; KACERT_CertNotEndErr for a missing element; KACERT_InvalidTagErr; KACERT_LengthNotEqualErr;
  * KACERT_InvalidLengthErr; KACERT_InvalidItemErr, also for an attribute without identifier or SET; KACERT_MemoryErr; a
- * status of KI_DecodeIssuerSubject. What was decoded before a failure stays.
+ * status of KI_DecodeIssuerSubject. What was decoded before a failure stays, but not a part of a list of attributes.
  */
 KARIL_API int32_t KA_PKCS7_DecodeSignerInfo(SignerInfoCtx *ctx, const uint8_t *der, int32_t length);
 
@@ -160,7 +160,7 @@ KARIL_API int32_t KA_PKCS7_DecodeSignerInfo(SignerInfoCtx *ctx, const uint8_t *d
  * a digest of the content.
  * Returns 0; KACERT_InvalidItemErr for a content, or a list of attributes, that is not there; KACERT_InvalidParamErr
  * if both pointers are null; the hook's own status, with the verdict as it was; KACERT_InvalidLengthErr for a hook
- * that wrote more than its bound of 64 or 512 octets; KACERT_MemoryErr.
+ * that wrote more than its bound of 64 or 512 octets, or a DigestInfo above 512; KACERT_MemoryErr.
  */
 KARIL_API int32_t KA_PKCS7_VerifySignerSignature(SignerInfoCtx *ctx, int32_t *verdict);
 

@@ -158,8 +158,8 @@ int32_t KAsn1_ReadIntegerArray(const Anybuf *source, Anybuf *out) {
         return KA_FAIL(KACERT_InvalidParamErr, "------>Pointer is NULL");
     Anybuf *node = nullptr;
     KA_PASS(readString(source, &node));
-    const Owned<Anybuf> shell(node);
-    *out = *shell;
+    const AnybufPtr owner(node);
+    KA_STEP(KI_CopyAnybuf(out, node)); // so that a number without octets has a block, as its writer asks for
     return KA_DONE();
 }
 

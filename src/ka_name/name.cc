@@ -47,6 +47,7 @@ Status writeAttributeValue(Writer &out, NameRecord &record) {
 
 // RelativeDistinguishedName ::= SET { SEQUENCE { type OBJECT IDENTIFIER, value ANY } }
 Status writeRdn(Writer &out, NameRecord &record) {
+    KA_PASS(out.status()); // what failed before is not the type's failure
     const Construct set(out, TagSet);
     const Construct attribute(out, TagSequence);
     out.objectId(bytesOf(record.oid));

@@ -15,33 +15,33 @@ Status writeContent(Writer &out, Ctx &ctx) {
     return writeEncrypted(out, *ctx.encryptedContent, bytesOf(ctx.contentType.oid), bytesOf(ctx.content), ElementBound);
 }
 
-// SignedAndEnvelopedData ::= SEQUENCE { version, recipientInfos, digestAlgorithms, encryptedContentInfo,
-//     [0] certificates OPTIONAL, [1] crls OPTIONAL, signerInfos }
+// What stands before the signers.
 Status writeFields(Writer &out, Ctx &ctx) {
     out.integer(ctx.version);
     KA_PASS(writeRecipientSet(out, ctx.recipients));
     writeDigestAlgorithms(out, ctx.digestAlgorithms);
     KA_PASS(writeContent(out, ctx));
     writeCertificates(out, listsOf(ctx));
-    return writeSignerSet(out, signersOf(ctx));
+    return KACERT_Ok;
 }
 
-Status give(Ctx &ctx) {
-    KA_PASS(giveKey(ctx.recipients, bytesOf(ctx.key)));
-    return giveContent(signersOf(ctx), bytesOf(ctx.contentType.oid), sharedContentOf(ctx));
-}
-
+// SignedAndEnvelopedData ::= SEQUENCE { version, recipientInfos, digestAlgorithms, encryptedContentInfo,
+//     [0] certificates OPTIONAL, [1] crls OPTIONAL, signerInfos }
 Status encode(Ctx *ctx, uint8_t *result, uint32_t *resultLength) {
     KA_PASS(checkArguments({ctx, resultLength}));
     if (ctx->versionSet == 0 || ctx->recipientsSet == 0 || ctx->signerInfosSet == 0 || ctx->key.length == 0)
         return KA_FAIL(KACERT_InvalidItemErr, Missing);
-    if (give(*ctx) != KACERT_Ok)
+    if (giveKey(ctx->recipients, bytesOf(ctx->key)) != KACERT_Ok)
         return answerNothing(resultLength);
     Writer out;
     {
         const ContentFrame frame(out, contentTypeOid(PKCS7_TYPE_SIGNEDANDENVELOPEDDATA), ctx->content.length);
         const Construct message(out, TagSequence, ctx->content.length);
         KA_PASS(writeFields(out, *ctx));
+        // Not before: signers of a message that lacks something else keep the content that they have.
+        if (giveContent(signersOf(*ctx), bytesOf(ctx->contentType.oid), sharedContentOf(*ctx)) != KACERT_Ok)
+            return answerNothing(resultLength);
+        KA_PASS(writeSignerSet(out, signersOf(*ctx)));
     }
     KA_STEP_AS("------>KI_MakeContentToSequence", out.status());
     return handOut(out, result, resultLength);

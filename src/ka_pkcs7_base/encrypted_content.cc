@@ -60,6 +60,8 @@ Status cipherText(const Ctx &ctx, HookArea &area, Bytes &out) {
     }
     if (ctx.encryptedContent.length == 0)
         return KA_FAIL(KACERT_InvalidItemErr, "------>EncryptedContent is NULL");
+    if (ctx.encryptedContent.data == nullptr)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>KAsn1_WriteOctetString");
     out = bytesOf(ctx.encryptedContent);
     return KACERT_Ok;
 }

@@ -104,7 +104,7 @@ struct AttributeList {
     ListMarks &marks;
 };
 [[nodiscard]] Status addAttribute(AttributeList list, int32_t kind, Bytes oid, Bytes value);
-// The attributes in a SET's content. What was read before a failure stays in the list.
+// The attributes in a SET's content, into an empty list, which is empty after a failure as well.
 [[nodiscard]] Status readAttributes(const Implicit &set, AttributeList list);
 // To the end of another list.
 void moveAttributes(AttributeList from, AttributeList to);

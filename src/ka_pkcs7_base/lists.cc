@@ -54,6 +54,14 @@ Status readChain(const Anybuf *chain, AttributeList list) {
     return KACERT_Ok;
 }
 
+Status readContent(const Implicit &set, AttributeList list) {
+    if (!set.constructed)
+        return readAttribute(set.content, list);
+    for (Level level = set.level; !level.empty();)
+        KA_PASS(readAttribute(level.take(), list));
+    return KACERT_Ok;
+}
+
 Status decodeAttributes(const Anybuf *chain, AttributeRecord **head) {
     KA_PASS(checkArguments({head}));
     AttributeRecord *first = nullptr;
@@ -172,11 +180,10 @@ Status addAttribute(AttributeList list, int32_t kind, Bytes oid, Bytes value) {
 }
 
 Status readAttributes(const Implicit &set, AttributeList list) {
-    if (!set.constructed)
-        return readAttribute(set.content, list);
-    for (Level level = set.level; !level.empty();)
-        KA_PASS(readAttribute(level.take(), list));
-    return KACERT_Ok;
+    const Status status = readContent(set, list);
+    if (status != KACERT_Ok)
+        clearAttributes(list);
+    return status;
 }
 
 void moveAttributes(AttributeList from, AttributeList to) {

@@ -15,14 +15,19 @@ constexpr int32_t KindMessageDigest = 16;
 constexpr uint32_t DigestBound = 64;
 constexpr uint32_t SignatureBound = 512;
 
+// A hook is missed where it is to be called: what is wrong before that has its own status.
+Status call(const Hook &hook, Bytes input, uint32_t bound, HookArea &out) {
+    if (hook.function == nullptr)
+        return KA_FAIL(KACERT_InvalidItemErr, "------>Func is NULL");
+    return callWithCopy(hook, input, bound, out, "------>Func");
+}
+
 Status digest(const Ctx &ctx, Bytes input, HookArea &out) {
-    return callWithCopy({ctx.digestFunc, ctx.digestFuncParam, ctx.digestFuncParamLen}, input, DigestBound, out,
-                        "------>Func");
+    return call({ctx.digestFunc, ctx.digestFuncParam, ctx.digestFuncParamLen}, input, DigestBound, out);
 }
 
 Status callSign(const Ctx &ctx, Bytes input, HookArea &out) {
-    return callWithCopy({ctx.signFunc, ctx.signFuncParam, ctx.signFuncParamLen}, input, SignatureBound, out,
-                        "------>Func");
+    return call({ctx.signFunc, ctx.signFuncParam, ctx.signFuncParamLen}, input, SignatureBound, out);
 }
 
 // The DigestInfo of what is signed.
@@ -194,8 +199,6 @@ Status verify(Ctx *ctx, int32_t *verdict) {
 Status writeSigner(Writer &out, SignerInfoCtx &ctx, uint32_t bound) {
     if (ctx.versionSet == 0)
         return KA_FAIL(KACERT_InvalidItemErr, "------>Signer version is null");
-    if (ctx.digestFunc == nullptr || ctx.signFunc == nullptr)
-        return KA_FAIL(KACERT_InvalidItemErr, "------>Func is NULL");
     const uint32_t start = out.size();
     {
         const Construct info(out, TagSequence);

@@ -1,6 +1,7 @@
 """What the tests of the tool share: the tool and openssl, run as a user runs them."""
 
 import os
+import pty
 import subprocess
 import tempfile
 
@@ -26,6 +27,26 @@ def karil(*arguments, **others):
 def openssl(*arguments, **others):
     """What openssl writes to standard output, as text."""
     return run("openssl", *arguments, **others).stdout.decode()
+
+
+def at_terminal(*arguments, typed):
+    """Runs the tool at a terminal and answers each prompt by a line. Answers its status and what was seen, with a bar
+    where a line was typed."""
+    child, terminal = pty.fork()
+    if child == 0:
+        os.execv(TOOL, [TOOL, *arguments])
+    seen = b""
+    for line in typed:
+        while not seen.endswith(b": "):
+            seen += os.read(terminal, 1)
+        seen += b"|"
+        os.write(terminal, line.encode() + b"\n")
+    try:
+        while more := os.read(terminal, 1000):
+            seen += more
+    except OSError:  # the end, on Linux
+        pass
+    return os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]), seen
 
 
 KEYS = tempfile.TemporaryDirectory()

@@ -19,7 +19,7 @@ def mode(path):
 
 
 def make_authority():
-    karil("authority", "ca", "--subject", "C=CN,O=演示,CN=Demo Root", umask=0)
+    karil("authority", "ca", "--subject", "C=CN,O=演示,CN=Demo Root", "--days", 700, umask=0)
     karil("key", "-o", "leaf.key", umask=0)
     karil(
         "request",
@@ -149,7 +149,7 @@ def test_files_of_an_authority(ca):
 
 # East of UTC a certificate would begin in the future for others if local time were written.
 @pytest.mark.parametrize(
-    "zone, shown", [("Asia/Shanghai", "+08:00"), ("America/New_York", "-05:00"), ("UTC", "+00:00")]
+    "zone, shown", [("Asia/Shanghai", "+08:00"), ("America/Bogota", "-05:00"), ("UTC", "+00:00")]
 )
 def test_dates_are_utc_whatever_the_zone(ca, zone, shown):
     said = karil("issue", "--authority", "ca", "leaf.csr", "-o", "cert.pem", env={"TZ": zone}).stdout.decode()
@@ -229,7 +229,7 @@ def tampered(pem):
         ("key -o leaf.key", 2, "is there already"),
         ("authority ca --subject CN=a", 2, "is there already"),
         ("authority late --subject CN=a --days 8000", 2, "19 January 2038"),
-        ("issue --authority ca leaf.csr --days 3651", 2, "outlive its authority"),
+        ("issue --authority ca leaf.csr --days 701", 2, "outlive its authority"),
         ("issue --authority ca leaf.key", 3, "KACERT_"),
         ("issue --authority none leaf.csr", 3, "No such file"),
         ("issue --authority ca ec.csr", 3, "no RSA key"),

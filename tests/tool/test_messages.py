@@ -6,7 +6,7 @@ import stat
 from pathlib import Path
 
 import pytest
-from conftest import karil, once, openssl, refused
+from conftest import at_terminal, karil, once, openssl, refused
 
 LONG = random.Random(1).randbytes(3_000_000)
 CONTENTS = {"short": b"a", "text": "第一行\r\nline two\n".encode(), "blocks": bytes(48), "long": LONG[:10000]}
@@ -66,6 +66,30 @@ def test_signed(people, digest, content):
     changed[changed.index(content, changed.index(DATA))] ^= 1
     message.write_bytes(changed)
     judged(message, form="DER", status=4)
+
+
+# As openssl writes it, as it wrote it before PKCS#8, and in DER.
+@pytest.mark.parametrize(
+    "command",
+    [
+        "pkey -aes256 -passout pass:secret",
+        "rsa -des3 -traditional -passout pass:secret",
+        "pkcs8 -topk8 -outform DER -passout pass:secret",
+        "pkey -aes128 -passout pass:",
+    ],
+)
+def test_key_under_a_password(people, command):
+    openssl(*command.split(), "-in", "ann.key", "-out", "own")
+    (people / "right").write_text(command.split(":")[1] + "\n")
+    (people / "wrong").write_text("Secret")
+    sign = ("sign", "--key", "own", "--cert", "ann.pem", "content", "-o", "message")
+    karil(*sign, "--key-password-file", "right")
+    judged("message")
+    words = refused(karil(*sign, "--key-password-file", "wrong", status=1))
+    assert words == "own: the password is wrong, or it is no RSA key"
+    assert "--key-password-file" in refused(karil(*sign, status=2, start_new_session=True))
+    status, seen = at_terminal(*sign, typed=[(people / "right").read_text().strip()])
+    assert status == 0 and b"Password of own: |" in seen and b"secret" not in seen
 
 
 def test_detached_with_a_chain(people):

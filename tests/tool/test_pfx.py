@@ -1,13 +1,11 @@
 """karil pfx make and open, judged by openssl."""
 
-import os
-import pty
 import shutil
 import stat
 from pathlib import Path
 
 import pytest
-from conftest import TOOL, karil, once, openssl, refused
+from conftest import at_terminal, karil, once, openssl, refused
 
 
 @pytest.fixture(scope="module")
@@ -98,22 +96,9 @@ def test_a_key_is_replaced_by_force_alone(files):
 # At a terminal the password is asked twice, and not shown.
 @pytest.mark.parametrize("typed, status", [(["secret", "secret"], 0), (["secret", "Secret"], 2)])
 def test_password_from_the_terminal(files, typed, status):
-    child, terminal = pty.fork()
-    if child == 0:
-        os.execv(TOOL, [TOOL, "pfx", "make", "--key", "own.key", "--cert", "own.pem", "-o", "own.p12"])
-    shown = b""
-    for line in typed:
-        while not shown.endswith(b": "):
-            shown += os.read(terminal, 1)
-        shown += b"|"
-        os.write(terminal, line.encode() + b"\n")
-    try:
-        while more := os.read(terminal, 1000):
-            shown += more
-    except OSError:  # the end, on Linux
-        pass
-    assert os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]) == status
-    assert shown.count(b"|") == 2 and b"ecret" not in shown
+    command = ("pfx", "make", "--key", "own.key", "--cert", "own.pem", "-o", "own.p12")
+    ended, seen = at_terminal(*command, typed=typed)
+    assert ended == status and seen.count(b"|") == 2 and b"ecret" not in seen
     if status == 0:
         opened("own.p12")
 

@@ -8,7 +8,7 @@ import re
 import subprocess
 
 import pytest
-from conftest import TOOL, karil, key, openssl, refused, run
+from conftest import TOOL, at_terminal, karil, key, openssl, refused, run
 
 EXAMPLES = os.environ.get("KARIL_EXAMPLES")
 
@@ -165,16 +165,8 @@ def test_a_password_is_asked_for_at_the_terminal_and_not_seen(folder):
     new_certificate("/CN=a")
     openssl("pkcs12", "-export", "-legacy", "-in", "cert.pem", "-inkey", key("any"), "-passout", "pass:pass word",
             "-out", "pfx")  # fmt: skip
-    child, terminal = pty.fork()
-    if child == 0:
-        os.execv(TOOL, [TOOL, "show", "pfx"])
-    seen = b""
-    while b"Password of pfx: " not in seen:
-        seen += os.read(terminal, 4096)
-    os.write(terminal, b"pass word\n")
-    while b"SHA-256 fingerprint" not in seen:
-        seen += os.read(terminal, 4096)
-    assert os.waitpid(child, 0)[1] == 0 and b"pass word" not in seen
+    status, seen = at_terminal("show", "pfx", typed=["pass word"])
+    assert status == 0 and b"Password of pfx: |" in seen and b"pass word" not in seen and b"fingerprint" in seen
     assert "--password-file" in refused(karil("show", "pfx", status=2, start_new_session=True))
 
 

@@ -87,7 +87,7 @@ Authority::~Authority() {
 
 void Authority::load() {
     const std::string file = path("authority.pem");
-    KeyedParty own = readKeyedParty(file, path("authority.key"));
+    KeyedParty own = readKeyedParty(file, {path("authority.key"), ""});
     key = std::move(own.key);
     certificate = std::move(own.party.certificate);
     const DatesInUtc utc;

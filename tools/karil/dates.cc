@@ -2,6 +2,7 @@
 
 #include "failure.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstdlib>
 #include <ctime>
@@ -10,6 +11,10 @@ namespace tool {
 namespace {
 
 constexpr std::int64_t SecondsADay = 86400;
+
+std::int64_t daysLeft(std::int64_t now) {
+    return (INT_MAX - now) / SecondsADay;
+}
 
 } // namespace
 
@@ -28,6 +33,10 @@ DatesInUtc::~DatesInUtc() {
     tzset();
 }
 
+int daysUpTo(int days) {
+    return static_cast<int>(std::min<std::int64_t>(days, daysLeft(time(nullptr))));
+}
+
 Validity validFor(int days) {
     const std::int64_t now = time(nullptr);
     const std::int64_t end = now + days * SecondsADay;
@@ -35,7 +44,7 @@ Validity validFor(int days) {
         throw Failure{Exit::Misuse, std::to_string(days) +
                                         " days from now are past 19 January 2038, where the dates "
                                         "that can be written end: at most " +
-                                        std::to_string((INT_MAX - now) / SecondsADay) + " days are possible today"};
+                                        std::to_string(daysLeft(now)) + " days are possible today"};
     return {static_cast<std::int32_t>(now), static_cast<std::int32_t>(end)};
 }
 

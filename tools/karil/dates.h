@@ -20,6 +20,9 @@ private:
     std::optional<std::string> zone; // before
 };
 
+// `days`, or the fewer that are left until 19 January 2038: for what is taken by default.
+int daysUpTo(int days);
+
 // Now and `days` later. A Failure if that is past what the library's times hold, 19 January 2038.
 struct Validity {
     std::int32_t from;

@@ -115,7 +115,7 @@ Exit runEnvelop(const EnvelopOptions &options) {
 }
 
 struct OpenOptions {
-    std::string key;
+    KeyFile key;
     std::string certificate;
     std::string file;
     std::string out;
@@ -201,7 +201,7 @@ void addOpen(CLI::App &app, Run &run) {
     const auto options = std::make_shared<OpenOptions>();
     CLI::App *command = app.add_subcommand("open", "Opens an enveloped message; the file has mode 0600");
     command->add_option("FILE", options->file, "The message; - is standard input")->required();
-    command->add_option("--key", options->key, "The recipient's private key")->required();
+    addKeyFile(*command, options->key, "The recipient's private key");
     command->add_option("--cert", options->certificate, "The recipient's certificate")->required();
     addOut(*command, options->out, "the content");
     command->callback([options, &run] { run = [options] { return runOpen(*options); }; });

@@ -113,7 +113,7 @@ karil::Octets makeCertificate(const Contents &contents, EVP_PKEY *key, const Dig
 struct AuthorityOptions {
     std::string folder;
     std::string subject;
-    int days = 3650;
+    int days = daysUpTo(3650);
     int bits = 2048;
     std::string digest;
 };
@@ -141,7 +141,7 @@ Exit makeAuthority(const AuthorityOptions &options) {
 struct IssueOptions {
     std::string folder;
     std::string request;
-    int days = 365;
+    int days = daysUpTo(365);
     std::string profile = Profiles[0].name;
     std::vector<std::string> names;
     std::string digest;

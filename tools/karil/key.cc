@@ -36,11 +36,33 @@ std::int32_t finished(bool isDone, std::size_t size, std::uint32_t &length) {
 KeyPtr checked(KeyPtr key, const std::string &where) {
     ERR_clear_error();
     if (key == nullptr)
-        throw Failure{Exit::Unreadable, where + ": no private RSA key, or one under a password"};
+        throw Failure{Exit::Unreadable, where + ": no private RSA key"};
     if (!isUsable(key.get()))
         throw Failure{Exit::Unreadable, where + ": a key of " + std::to_string(EVP_PKEY_get_bits(key.get())) +
                                             " bits; those of 1,024 to 4,096 bits can be used"};
     return key;
+}
+
+// What libcrypto asks for a password. It is told none; the question is noted.
+int noteQuestion(char *, std::size_t, std::size_t *, const OSSL_PARAM *, void *isAsked) {
+    *static_cast<bool *>(isAsked) = true;
+    return 0;
+}
+
+// A key in whatever form, or null. Without a password `isAsked` tells whether it needs one.
+KeyPtr keyIn(karil::Bytes text, const Secret *password, bool &isAsked) {
+    const unsigned char *at = text.data();
+    std::size_t size = text.size();
+    EVP_PKEY *read = nullptr;
+    const Context<OSSL_DECODER_CTX> ctx(
+        OSSL_DECODER_CTX_new_for_pkey(&read, nullptr, nullptr, "RSA", EVP_PKEY_KEYPAIR, nullptr, nullptr));
+    const bool isReady =
+        ctx != nullptr && (password == nullptr ? OSSL_DECODER_CTX_set_passphrase_cb(ctx.get(), noteQuestion, &isAsked)
+                                               : OSSL_DECODER_CTX_set_passphrase(ctx.get(), password->bytes().data(),
+                                                                                 password->bytes().size())) == 1;
+    const bool isRead = isReady && OSSL_DECODER_from_data(ctx.get(), &at, &size) == 1;
+    KeyPtr key(read);
+    return isRead ? std::move(key) : nullptr;
 }
 
 } // namespace
@@ -66,18 +88,19 @@ KeyPtr makeKey(int bits) {
     return key;
 }
 
-KeyPtr readKey(const std::string &path) {
-    const Secret text(readFile(path));
-    const unsigned char *at = text.bytes().data();
-    std::size_t size = text.bytes().size();
-    EVP_PKEY *read = nullptr;
-    const Context<OSSL_DECODER_CTX> ctx(
-        OSSL_DECODER_CTX_new_for_pkey(&read, nullptr, nullptr, "RSA", EVP_PKEY_KEYPAIR, nullptr, nullptr));
-    const bool isRead = ctx != nullptr && OSSL_DECODER_from_data(ctx.get(), &at, &size) == 1;
-    KeyPtr key(read);
-    if (!isRead)
-        key.reset();
-    return checked(std::move(key), nameOf(path));
+KeyPtr readKey(const KeyFile &file) {
+    const std::string name = nameOf(file.path);
+    const Secret text(readFile(file.path));
+    bool isAsked = false;
+    KeyPtr key = keyIn(text.bytes(), nullptr, isAsked);
+    if (key == nullptr && isAsked) {
+        const Secret password =
+            readPassword(file.passwordFile, "Password of " + name, Ask::Once, "--key-password-file");
+        key = keyIn(text.bytes(), &password, isAsked);
+        if (key == nullptr)
+            throw Failure{Exit::BadVerdict, name + ": the password is wrong, or it is no RSA key"};
+    }
+    return checked(std::move(key), name);
 }
 
 void writeKey(const std::string &path, EVP_PKEY *key, bool force) {

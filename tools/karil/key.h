@@ -27,8 +27,13 @@ std::vector<std::string> digestNames();
 const Digest &digestByName(const std::string &name);
 
 KeyPtr makeKey(int bits);
-// A private key, PKCS#1 or PKCS#8, PEM or DER.
-KeyPtr readKey(const std::string &path);
+// The file of a private key: PKCS#1 or PKCS#8, PEM or DER. If it is under a password, the first line of `passwordFile`
+// has it, or without one the terminal is asked.
+struct KeyFile {
+    std::string path;
+    std::string passwordFile;
+};
+KeyPtr readKey(const KeyFile &file);
 // PEM, PKCS#1. Mode 0600; a file that is there stays unless it is forced.
 void writeKey(const std::string &path, EVP_PKEY *key, bool force);
 

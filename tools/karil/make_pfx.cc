@@ -17,7 +17,7 @@ namespace tool {
 namespace {
 
 struct MakeOptions {
-    std::string key;
+    KeyFile key;
     std::string certificate;
     std::string chain;
     std::string name;
@@ -108,7 +108,7 @@ void addPfx(CLI::App &app, Run &run) {
 
     const auto made = std::make_shared<MakeOptions>();
     CLI::App *make = pfx->add_subcommand("make", "Makes a PFX, with mode 0600");
-    make->add_option("--key", made->key, "The private key")->required();
+    addKeyFile(*make, made->key, "The private key");
     make->add_option("--cert", made->certificate, "Its certificate")->required();
     make->add_option("--chain", made->chain, "Certificates of authorities, one or more in a file");
     make->add_option("--name", made->name, "The name that programs show for the key and its certificate");

@@ -1,6 +1,5 @@
 #include "options.h"
 
-#include "key.h"
 #include "text.h"
 
 #include <iostream>
@@ -11,6 +10,12 @@ void addBits(CLI::App &command, int &bits) {
     command.add_option("--bits", bits, "Bits of the key: 1024, 2048, 3072 or 4096")
         ->check(CLI::IsMember({1024, 2048, 3072, 4096}))
         ->capture_default_str();
+}
+
+void addKeyFile(CLI::App &command, KeyFile &key, const std::string &what) {
+    command.add_option("--key", key.path, what)->required();
+    command.add_option("--key-password-file", key.passwordFile,
+                       "The password of the key is the first line of this file; without it the terminal is asked");
 }
 
 void addDigest(CLI::App &command, std::string &digest) {

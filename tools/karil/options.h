@@ -3,6 +3,7 @@
 #define KARIL_TOOL_OPTIONS_H
 
 #include "files.h"
+#include "key.h"
 #include "kind.h"
 
 #include <CLI/CLI.hpp>
@@ -13,6 +14,8 @@ namespace tool {
 
 // --bits: of a key that is made.
 void addBits(CLI::App &command, int &bits);
+// --key and --key-password-file.
+void addKeyFile(CLI::App &command, KeyFile &key, const std::string &what);
 // --digest: of a signature. `digest` becomes the one that is taken by default.
 void addDigest(CLI::App &command, std::string &digest);
 // --days: `days` holds those that are taken by default.

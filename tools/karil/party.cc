@@ -19,7 +19,7 @@ bool belongs(EVP_PKEY *key, const Party &party) {
     return party.publicKey != nullptr && EVP_PKEY_eq(key, party.publicKey.get()) == 1;
 }
 
-KeyedParty readKeyedParty(const std::string &certificate, const std::string &key) {
+KeyedParty readKeyedParty(const std::string &certificate, const KeyFile &key) {
     KeyedParty keyed{readParty(certificate), readKey(key)};
     if (!belongs(keyed.key.get(), keyed.party))
         throw Failure{Exit::Misuse, keyed.party.file + ": the key is not that of this certificate"};

@@ -28,7 +28,7 @@ struct KeyedParty {
     Party party;
     KeyPtr key;
 };
-KeyedParty readKeyedParty(const std::string &certificate, const std::string &key);
+KeyedParty readKeyedParty(const std::string &certificate, const KeyFile &key);
 
 // The certificates in a file; none for "".
 std::vector<Party> readChain(const std::string &path);

@@ -28,10 +28,9 @@ constexpr std::array<int, 5> Signals = {SIGINT, SIGTERM, SIGQUIT, SIGHUP, SIGTST
 // once the terminal is as it was.
 class Terminal {
 public:
-    Terminal() : file(open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY)) {
+    explicit Terminal(const std::string &option) : file(open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY)) {
         if (file < 0 || tcgetattr(file, &before) != 0)
-            throw Failure{Exit::Misuse, "a password is needed, and there is no terminal to ask at: "
-                                        "use --password-file"};
+            throw Failure{Exit::Misuse, "a password is needed, and there is no terminal to ask at: use " + option};
         termios silent = before;
         silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
         struct sigaction action {};
@@ -84,7 +83,7 @@ private:
 
 } // namespace
 
-Secret readPassword(const std::string &file, const std::string &prompt, Ask ask) {
+Secret readPassword(const std::string &file, const std::string &prompt, Ask ask, const std::string &option) {
     if (!file.empty()) {
         Secret whole(readFile(file));
         karil::Octets &octets = whole.octets();
@@ -94,7 +93,7 @@ Secret readPassword(const std::string &file, const std::string &prompt, Ask ask)
             octets.pop_back();
         return whole;
     }
-    const Terminal terminal;
+    const Terminal terminal(option);
     Secret password = terminal.ask(prompt + ": ");
     if (ask == Ask::Twice) {
         const Secret again = terminal.ask("The same again: ");

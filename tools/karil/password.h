@@ -39,7 +39,9 @@ private:
 enum class Ask { Once, Twice };
 
 // The first line of `file` ("-" is standard input), or without a file what the user types at the terminal, unseen.
-Secret readPassword(const std::string &file, const std::string &prompt, Ask ask = Ask::Once);
+// `option` names the file on the command line.
+Secret readPassword(const std::string &file, const std::string &prompt, Ask ask = Ask::Once,
+                    const std::string &option = "--password-file");
 
 } // namespace tool
 

@@ -85,7 +85,7 @@ void addKey(CLI::App &app, Run &run) {
 
 void addRequest(CLI::App &app, Run &run) {
     struct Options {
-        std::string key;
+        KeyFile key;
         std::string subject;
         std::vector<std::string> names;
         std::string digest;
@@ -93,7 +93,7 @@ void addRequest(CLI::App &app, Run &run) {
     };
     const auto options = std::make_shared<Options>();
     CLI::App *command = app.add_subcommand("request", "Makes a certification request for a key");
-    command->add_option("--key", options->key, "The private key")->required();
+    addKeyFile(*command, options->key, "The private key");
     command->add_option("--subject", options->subject, SubjectHelp)->required();
     addDnsNames(*command, options->names, "A DNS name to ask for");
     addDigest(*command, options->digest);

@@ -113,7 +113,7 @@ karil::Octets makeList(const Authority &authority, const Validity &validity, con
 
 struct CrlOptions {
     std::string folder;
-    int days = 30;
+    int days = daysUpTo(30);
     std::string digest;
     std::string out;
 };

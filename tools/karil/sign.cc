@@ -12,7 +12,7 @@ namespace {
 constexpr const char *What = "the new message";
 
 struct Options {
-    std::string key;
+    KeyFile key;
     std::string certificate;
     std::string chain;
     std::string digest;
@@ -83,7 +83,7 @@ void addSign(CLI::App &app, Run &run) {
     const auto options = std::make_shared<Options>();
     CLI::App *command = app.add_subcommand("sign", "Signs a file: a PKCS#7 SignedData message");
     command->add_option("FILE", options->file, "What is signed; - is standard input")->required();
-    command->add_option("--key", options->key, "The signer's private key")->required();
+    addKeyFile(*command, options->key, "The signer's private key");
     command->add_option("--cert", options->certificate, "The signer's certificate")->required();
     command->add_option("--chain", options->chain, "Certificates that go into the message too");
     command->add_flag("--detached", options->isDetached, "Leave the file out of the message");
