@@ -119,8 +119,8 @@ KARIL_API int32_t KA_PKCS12_EncodePFX(PfxCtx *ctx, const uint8_t *password, int3
  * KAPKCS7_RsaOperationErr for a MAC by another digest than MD2, MD5 and SHA-1; KAPKCS7_ContentTypeErr for an
  * AuthenticatedSafe that is not data, and for a ContentInfo without content; KACERT_InvalidTagErr;
  * KACERT_LengthNotEqualErr; KACERT_InvalidLengthErr, also for padding that is refused, a cipher text that is empty or
- * no whole number of blocks, and a key's parameter above 100 octets; KACERT_MemoryErr. What was read before a failure
- * stays.
+ * no whole number of blocks (with RC4 neither is refused), and a key's parameter above 100 octets; KACERT_MemoryErr.
+ * What was read before a failure stays.
  */
 KARIL_API int32_t KA_PKCS12_DecodePFX(PfxCtx *ctx, const uint8_t *password, int32_t passwordLength, const uint8_t *der,
                                       int32_t length, int32_t *macResult);

@@ -124,8 +124,8 @@ KARIL_API int32_t KA_PKCS12_EncodeAuthSafeOfDataType(AuthSafeCtx *ctx, uint8_t *
  * AuthenticatedSafe, the status is 0 and nothing is filled: contentDecoded tells.
  * Returns 0; KACERT_InvalidParamErr; KACERT_InvalidItemErr for a missing element; KAPKCS7_ContentTypeErr for another
  * content type than data; KACERT_InvalidTagErr; KACERT_LengthNotEqualErr; KACERT_InvalidLengthErr; what
- * KA_PKCS12_DecodeMac returns; KACERT_MemoryErr. After a failure the context holds neither MAC nor verdict of an
- * earlier PFX.
+ * KA_PKCS12_DecodeMac returns; KACERT_MemoryErr. After a failure to decode the context holds neither MAC nor verdict
+ * of an earlier PFX.
  */
 KARIL_API int32_t KA_PKCS12_DecodeAuthSafeOfDataType(AuthSafeCtx *ctx, const uint8_t *der, int32_t length);
 

@@ -85,7 +85,7 @@ KARIL_API int32_t KA_PKCS12_DecPad(const uint8_t *input, uint32_t length, uint8_
  * inputLength + 8; may be `input`, or must not overlap it. `*outputLength`: their number.
  * A wrong password is most often KACERT_InvalidLengthErr, for its padding; but it may be 0 with octets without meaning.
  * Return 0; KACERT_AlgorithmNotSupportErr for none of the twelve algorithms; KACERT_InvalidLengthErr for padding that
- * is refused, and for a cipher text to be decrypted that is empty or no whole number of blocks;
+ * is refused, and, except with RC4, for a cipher text to be decrypted that is empty or no whole number of blocks;
  * KAPKCS7_RsaOperationErr for a password that is too long to be widened; KACERT_InvalidParamErr; KACERT_MemoryErr.
  */
 KARIL_API int32_t KA_PKCS12_PbeWithDigestAlgoAndEncrypt(const uint8_t *oid, uint32_t oidLength, const uint8_t *password,

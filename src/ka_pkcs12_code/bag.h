@@ -13,8 +13,8 @@ namespace karil {
 inline Bytes octetsOf(const uint8_t *value, int32_t length) {
     return {value, static_cast<size_t>(length)};
 }
-// The octets to decode, with a length that is just the element's.
-[[nodiscard]] Status takeExact(const uint8_t *der, int32_t length, Element &out);
+// A length that cannot be read is refused before the tag is looked at.
+[[nodiscard]] Status checkHeader(const Element &element);
 
 // Frees a context and what it holds.
 template <class Ctx> [[nodiscard]] Status destroyBag(Ctx *ctx, void (*clear)(Ctx &)) {

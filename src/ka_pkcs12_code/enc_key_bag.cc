@@ -40,9 +40,7 @@ Status fill(const Element &element, Ctx &ctx) {
 
 Status decode(Ctx *ctx, const uint8_t *der, int32_t length) {
     KA_PASS(checkPointers({ctx, der}));
-    Element whole;
-    KA_PASS(takeExact(der, length, whole));
-    return decodeBag<clearContext>(*ctx, whole, fill);
+    return decodeBag<clearContext>(*ctx, exactElement(der, length), fill);
 }
 
 // An area for what a function writes that is not told the area's size. It is wiped before it is freed.
@@ -91,18 +89,12 @@ Status generate(const ShroudedKey &plain, const Password &password, KAPbeFunc en
     return handOut(out, result, resultLength);
 }
 
-Status readWhole(const uint8_t *der, int32_t length, ShroudedKey &key) {
-    Element whole;
-    KA_PASS(takeExact(der, length, whole));
-    return readShroudedKey(whole, key);
-}
-
 Status parse(const Password &password, const uint8_t *der, int32_t length, KAPbeFunc decrypt) {
     KA_PASS(checkOctets(der, length, 1));
     if (decrypt == nullptr || password.length < 0)
         return KA_FAIL(KACERT_InvalidParamErr, "------------>KACERT_InvalidParamErr");
     ShroudedKey key;
-    KA_PASS(readWhole(der, length, key));
+    KA_PASS(readShroudedKey(exactElement(der, length), key));
     CipherArea area(key.encKey.size());
     return runCipher(decrypt, password, key, area);
 }
@@ -123,6 +115,7 @@ void writeEncKeyBag(Writer &out, Bytes algorithm, Bytes parameter, Bytes encKey)
 }
 
 Status readEncKeyBag(const Element &element, EncKeyBagParts &out) {
+    KA_PASS(checkHeader(element));
     Level fields;
     KA_STEP_AS("------------>KAsn1_ReadSequence", readSequence(element, fields));
     Element field;
@@ -223,7 +216,7 @@ int32_t KA_PKCS12_DealWithEncKeyBag(uint8_t *oid, uint32_t *oidLength, uint8_t *
     KA_FRAME("KA_PKCS12_DealWithEncKeyBag");
     KA_PASS(checkPointers({oid, oidLength, encKey, encKeyLength, salt, saltLength, iterations, der}));
     ShroudedKey key;
-    KA_PASS(readWhole(der, length, key));
+    KA_PASS(readShroudedKey(exactElement(der, length), key));
     handOut(borrow(key.algorithm), oid, oidLength);
     handOut(borrow(key.salt), salt, saltLength);
     *iterations = key.iterations;

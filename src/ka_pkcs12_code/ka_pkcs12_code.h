@@ -16,6 +16,11 @@ namespace karil {
 // The kind of an attribute that a caller set.
 constexpr int32_t AttributeOfCaller = 1;
 
+// Octets of a caller that have just the element's length. One below 0 is no octets.
+inline Element exactElement(const uint8_t *der, int32_t length) {
+    return {NormalSequence, {der, length < 0 ? 0 : static_cast<size_t>(length)}};
+}
+
 // The list behind the embedded head of a context.
 template <class Ctx> AttributeList attributesOf(Ctx &ctx) {
     return {ctx.attributes.next, ctx.attributeMarks};

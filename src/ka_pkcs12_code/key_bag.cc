@@ -68,9 +68,7 @@ Status fill(const Element &element, Ctx &ctx) {
 
 Status decode(Ctx *ctx, const uint8_t *der, int32_t length) {
     KA_PASS(checkPointers({ctx, der}));
-    Element whole;
-    KA_PASS(takeExact(der, length, whole));
-    return decodeBag<clearContext>(*ctx, whole, fill);
+    return decodeBag<clearContext>(*ctx, exactElement(der, length), fill);
 }
 
 Status generate(int32_t version, const uint8_t *oid, int32_t oidLength, const uint8_t *key, int32_t keyLength,
@@ -86,10 +84,8 @@ Status generate(int32_t version, const uint8_t *oid, int32_t oidLength, const ui
 Status parse(int32_t *version, uint8_t *oid, uint32_t *oidLength, uint8_t *key, uint32_t *keyLength, const uint8_t *der,
              int32_t length) {
     KA_PASS(checkPointers({version, oid, oidLength, key, keyLength, der}));
-    Element whole;
-    KA_PASS(takeExact(der, length, whole));
     KeyBagParts parts;
-    KA_PASS(readKeyBag(whole, parts));
+    KA_PASS(readKeyBag(exactElement(der, length), parts));
     *version = parts.version;
     handOut(borrow(parts.algorithm.bytes), oid, oidLength);
     handOut(borrow(parts.key.bytes), key, keyLength);
@@ -108,6 +104,7 @@ void writeKeyBag(Writer &out, int32_t version, Bytes algorithm, Bytes key, const
 }
 
 Status readKeyBag(const Element &element, KeyBagParts &out) {
+    KA_PASS(checkHeader(element));
     Level fields;
     KA_STEP_AS("------------>KAsn1_ReadSequence", readSequence(element, fields));
     Element field;

@@ -68,7 +68,7 @@ Status fill(const Element &element, Ctx &ctx) {
 
 Status decode(Ctx *ctx, const uint8_t *der, int32_t length) {
     KA_PASS(checkArguments({ctx, der}));
-    return decodeBag<clearContext>(*ctx, {NormalSequence, octetsOf(der, length < 0 ? 0 : length)}, fill);
+    return decodeBag<clearContext>(*ctx, exactElement(der, length), fill);
 }
 
 } // namespace

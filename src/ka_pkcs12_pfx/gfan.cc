@@ -7,10 +7,6 @@ namespace karil {
 
 namespace {
 
-Bytes octetsOf(const uint8_t *octets, int32_t length) {
-    return {octets, length < 0 ? 0 : static_cast<size_t>(length)};
-}
-
 // The certificate of the next bag. The type of the bag is not looked at. A bag that is not there is one that cannot be
 // decoded.
 Status takeCertificate(Level &bags, Bytes &out) {
@@ -24,11 +20,9 @@ Status takeCertificate(Level &bags, Bytes &out) {
     return KACERT_Ok;
 }
 
-Status readKey(Bytes der, Bytes &out) {
-    Bytes content;
+Status readKey(const Element &bag, Bytes &out) {
     KeyBagParts parts;
-    KA_STEP_AS("------------>KA_PKCS12_ParseKeyBag", afterHeader(der, content));
-    KA_STEP_AS("------------>KA_PKCS12_ParseKeyBag", readKeyBag({NormalSequence, der}, parts));
+    KA_STEP_AS("------------>KA_PKCS12_ParseKeyBag", readKeyBag(bag, parts));
     out = parts.key.bytes;
     return KACERT_Ok;
 }
@@ -47,10 +41,10 @@ Status readBundle(const uint8_t *safeContents, int32_t safeContentsLength, const
     Level bags;
     Bytes values[3];
     KA_STEP_AS("------------>KA_PKCS12_DecodeSafeContent",
-               readSafeContents({NormalSequence, octetsOf(safeContents, safeContentsLength)}, bags));
+               readSafeContents(exactElement(safeContents, safeContentsLength), bags));
     KA_PASS(takeCertificate(bags, values[2]));
     KA_PASS(takeCertificate(bags, values[1]));
-    KA_PASS(readKey(octetsOf(keyBag, keyBagLength), values[0]));
+    KA_PASS(readKey(exactElement(keyBag, keyBagLength), values[0]));
     for (size_t i = 0; i < 3; ++i) {
         *outputs[i].length = static_cast<uint32_t>(values[i].size());
         if (!values[i].empty())
