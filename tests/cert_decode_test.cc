@@ -111,6 +111,9 @@ TEST(CertDecode, ASecondDecodeAppendsNamesAndLeaksNothing) {
     ASSERT_EQ(KACert_DecodeCert(ctx.get(), ctx->encoded.data, ctx->encoded.length), KACERT_Ok);
     ASSERT_EQ(KI_Cert_DecodeTBS(ctx.get(), &ctx->tbs), KACERT_Ok);
     EXPECT_EQ(get(*ctx, CERT_TBS_CERTIFICATE), toHex(parts.tbs()));
+    parts.version = hex("A0 00"); // cannot be read, so that the one before stays
+    EXPECT_EQ(decode(*ctx, parts.whole()), KACERT_LengthNotEqualErr);
+    EXPECT_EQ(ctx->version, 2);
     parts.version = {};
     ASSERT_EQ(decode(*ctx, parts.whole()), KACERT_Ok);
     EXPECT_EQ(ctx->version, 0);

@@ -49,7 +49,7 @@ TEST(CertGb, NumbersOfAPerson) {
         EXPECT_EQ(lastExtension(ctx), want == KACERT_Ok ? "2A 56 0B 07 01 / 1 / " + value : "");
         EXPECT_TRUE(want == KACERT_Ok || trace.has(value)) << value;
         EXPECT_EQ(KACert_SetCertPrivate_GB(ctx.get(), CERT_GBPRIV_IDENTIFY, &record, 1559, 1), KACERT_InvalidParamErr);
-        EXPECT_TRUE(trace.has("------>privDataLen != sizeof(KA_GBPRIV_IDENTIFY)"));
+        EXPECT_EQ(trace.has("------>privDataLen != sizeof(KA_GBPRIV_IDENTIFY)"), value != "------>tag all is 0");
     }
 }
 
@@ -82,6 +82,10 @@ TEST(CertGb, TextsAndArguments) {
         EXPECT_EQ(lastExtension(ctx), row.want == KACERT_Ok ? row.last : before);
         EXPECT_TRUE(row.want == KACERT_Ok || trace.has(row.last)) << row.last;
     }
+    Trace trace;
+    failAllocation(Pool::Library, 1, false);
+    EXPECT_EQ(KACert_SetCertPrivate_GB(ctx.get(), 151, "a", 1, 0), KACERT_InvalidParamErr);
+    EXPECT_TRUE(endFailing() && trace.has("------>KACert_EncodeChar"));
 }
 
 TEST(CertGb, DigestLists) {

@@ -33,12 +33,63 @@ TEST(Regression, NamesOfTheCallersMaking) {
     }
 }
 
-// A record to be decoded may be a field of what it is decoded into.
+void give(Anybuf &record, const Octets &octets) {
+    EXPECT_EQ(KI_SetAttributeCharValue(&record, octets.data(), sizeOf(octets)), KACERT_Ok);
+}
+
+// A record to be decoded may be a field of what it is decoded into. What is read after the field got its new value
+// stands at the front of the old one, where a freed block no longer has its octets.
+TEST(Regression, SourcesInTheirTarget) {
+    AlgorithmRecord algorithm = {};
+    CertExtensions cert = {};
+    CrlExtensions crl = {};
+    GeneralNameRecord names = {};
+    uint8_t found = 0;
+    const auto list = [](const char *first, const char *second) {
+        return tlv(0xA0, seq({extension(first, hex("04 01 07")), extension(second, hex("03 02 05 A0"))}));
+    };
+    const struct {
+        Anybuf &source;
+        Octets octets;
+        std::function<int32_t(const Anybuf *)> decode;
+        Anybuf &last;
+        const char *want;
+    } rows[] = {
+        {algorithm.oid, hex("30 0A 30 03 06 01 2A 03 03 00 AA BB"),
+         [&](auto *from) { return KI_DecodePubKey(from, &algorithm, &names.iPAddress); }, names.iPAddress, "AA BB"},
+        {cert.authorityKeyId.keyId, extension("55 1D 23", seq({hex("80 01 07"), hex("80 01 08")})),
+         [&](auto *from) { return KI_Cert_DecodeExtension_AuthorityKeyIdentifyer(from, &cert); },
+         cert.authorityKeyId.keyId, "08"},
+        {cert.subjectKeyId.keyId, list("55 1D 0E", "55 1D 0F"),
+         [&](auto *from) { return KI_Cert_DecodeExtensions(from, &cert); }, cert.keyUsage.bits, "05 A0"},
+        {crl.crlNumber.value, list("55 1D 14", "55 1D 1B"),
+         [&](auto *from) { return KI_Crl_DecodeExtensions(from, &crl); }, crl.deltaCrl.value, "05 A0"},
+        {names.dNSName, hex("30 06 82 01 64 81 01 65"),
+         [&](auto *from) { return KI_DecodeGeneralNameS(from, &names, &found); }, names.rfc822Name, "65"},
+    };
+    for (const auto &row : rows) {
+        give(row.source, row.octets);
+        EXPECT_EQ(row.decode(&row.source), KACERT_Ok) << row.want;
+        EXPECT_EQ(toHex(row.last), row.want);
+    }
+    for (Anybuf *record :
+         {&algorithm.oid, &names.iPAddress, &cert.authorityKeyId.keyId, &cert.subjectKeyId.keyId, &cert.keyUsage.bits,
+          &crl.crlNumber.value, &crl.deltaCrl.value, &names.dNSName, &names.rfc822Name})
+        KI_ClearAnybuf(record);
+}
+
+// A field before the dates has a length and no octets: that is the failure, not the negative date.
+TEST(Regression, TheFirstFailureIsTheStatus) {
+    const CertPtr ctx = filled<CertEncodeCtx>();
+    KI_ClearAnybuf(&ctx->innerSignatureAlgorithm.oid);
+    ctx->innerSignatureAlgorithm.oid.length = 3;
+    EXPECT_EQ(KACert_SetCertAttributeInt(ctx.get(), CERT_VALIDFROM, -1), KACERT_Ok);
+    uint32_t length = 0;
+    EXPECT_EQ(KACert_EncodeCert(ctx.get(), nullptr, &length), KACERT_InvalidParamErr);
+}
+
 TEST(Regression, OcspSourcesInTheirTarget) {
     const Zone utc("UTC");
-    const auto give = [](Anybuf &record, const Octets &octets) {
-        EXPECT_EQ(KI_SetAttributeCharValue(&record, octets.data(), sizeOf(octets)), KACERT_Ok);
-    };
     const Octets id = seq({commonName("N"), tlv(4, {1, 2})}), nonceType = oid("2B 06 01 05 05 07 30 01 02");
     const Octets data = seq({hex("A0 03 02 01 00"), id, tlv(0x18, text("200101000000Z")), seq({})});
     OcspBasicResponse response = {};

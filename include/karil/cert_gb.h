@@ -53,7 +53,7 @@ KARIL_SIZE_32(KA_THUMBPRINT, 524);
  * numbers whose flag is 1. If no flag is 1 but one is not 0, the SET is empty.
  * Returns 0; KACERT_InvalidParamErr if a pointer is null, the type is not listed, `critical` is another number, the
  * length of a text or of an included number is below 1, the record's `length` is not its size, all its flags are 0, or
- * a PrintableString cannot be made for want of memory; KACERT_InvalidLengthErr if the length of an included number
+ * the element of a text cannot be made for want of memory; KACERT_InvalidLengthErr if the length of an included number
  * exceeds 512, or the value 1,024 octets; KACERT_MemoryErr. A call that fails adds no extension.
  */
 KARIL_API int32_t KACert_SetCertPrivate_GB(CertEncodeCtx *ctx, int32_t type, const void *data, int32_t length,
@@ -66,9 +66,9 @@ KARIL_API int32_t KACert_SetCertPrivate_GB(CertEncodeCtx *ctx, int32_t type, con
  * `first`: the list, not null. `recordSize`: sizeof(KA_THUMBPRINT). `result`: receives the DER; must not be null, so
  * that there is no way to ask for the length. It needs room for valueLen and 22 octets for each digest, and for 6 more.
  * `resultLength`: receives the number of octets; must not be null.
- * Returns 0; KACERT_InvalidParamErr if a pointer is null, `recordSize` is another size, a valueLen is below 1, or an
- * object identifier cannot be made for want of memory; KACERT_InvalidLengthErr if a valueLen exceeds 512;
- * KACERT_MemoryErr. A call that fails leaves its outputs as they were.
+ * Returns 0; KACERT_InvalidParamErr if a pointer is null, `recordSize` is another size, or a valueLen is below 1;
+ * KACERT_InvalidLengthErr if a valueLen exceeds 512; KACERT_MemoryErr. A call that fails leaves its outputs as they
+ * were.
  */
 KARIL_API int32_t EnCodeThums(const KA_THUMBPRINT *first, uint32_t recordSize, uint8_t *result, uint32_t *resultLength);
 

@@ -149,10 +149,11 @@ KARIL_API int32_t KI_Csr_EncodeAttributes(const CsrEncodeCtx *ctx, Anybuf **out)
  * first element is taken, and octets after it are ignored. `length`: octets at `der`, or 0 if the element's header is
  * to be trusted. The octets are copied. Only the structure is looked at: no signature is checked.
  * Departures from RFC 2986 4: the attributes may be missing; of an attribute the first value alone is kept.
- * Returns 0; KACERT_CsrNotEndErr if a field is missing; KACERT_LengthNotEqualErr if the element exceeds `length`;
- * KACERT_InvalidLengthErr if an inner element is cut off, malformed or runs over its parent's end, and for a text above
- * the limits of text.h; KACERT_InvalidTagErr; KACERT_MemoryErr; KACERT_InvalidParamErr, also for an inner structure
- * that is empty. What was decoded before a failure stays in the context until it is destroyed.
+ * Returns 0; KACERT_CsrNotEndErr if a field is missing; KACERT_LengthNotEqualErr if the element exceeds `length`, or if
+ * what stands in primitive attributes is cut off or too long; KACERT_InvalidLengthErr if an inner element is cut off,
+ * malformed or runs over its parent's end, and for a text above the limits of text.h; KACERT_InvalidTagErr;
+ * KACERT_MemoryErr; KACERT_InvalidParamErr, also for an inner structure that is empty. What was decoded before a
+ * failure stays in the context until it is destroyed.
  */
 KARIL_API int32_t KACert_DecodeCsr(CsrDecodeCtx *ctx, const uint8_t *der, uint32_t length);
 

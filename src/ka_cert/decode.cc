@@ -13,13 +13,14 @@ Status readVersionAndSerial(CertDecodeCtx &ctx, Level &fields) {
     Element field = fields.take();
     Element content;
     KA_STEP_AS("------>KAsn1_ReadExplicit", readValue(field, content));
-    ctx.version = 0;
     if (content.tag == 0xA0) {
         uint32_t version = 0;
         KA_STEP_AS("------>KAsn1_ReadInteger", readInteger(content, version));
         ctx.version = static_cast<int32_t>(version);
         ctx.hasVersion = 1;
         KA_PASS(takeField(fields, field));
+    } else {
+        ctx.version = 0;
     }
     Element serial;
     KA_STEP_AS("------>KAsn1_ReadIntegerArray", readValue(field, serial));
@@ -107,8 +108,9 @@ int32_t KACert_DecodeCert(CertDecodeCtx *ctx, const uint8_t *der, uint32_t lengt
 
 int32_t KI_DecodePubKey(const Anybuf *source, AlgorithmRecord *algorithm, Anybuf *key) {
     KA_FRAME("KI_DecodePubKey");
-    KA_PASS(checkPart(source, algorithm));
     KA_PASS(checkPointers({key}));
-    KA_PASS(readPublicKey(elementOf(*source), *algorithm, *key));
+    Scratch copy;
+    KA_PASS(copyPart(source, algorithm, copy));
+    KA_PASS(readPublicKey(elementOf(copy.record), *algorithm, *key));
     return KA_DONE();
 }

@@ -64,11 +64,14 @@ Status writeNumber(Writer &out, const Identify &record, const Number &number, ui
 
 // SET of the numbers that are flagged
 Status writeIdentify(Writer &out, const void *data, int32_t length) {
+    int32_t flags[3] = {1}; // the record starts with them
+    if (length >= static_cast<int32_t>(sizeof flags))
+        memcpy(flags, data, sizeof flags);
+    if (flags[0] == 0 && flags[1] == 0 && flags[2] == 0)
+        return KA_FAIL(KACERT_InvalidParamErr, "------>tag all is 0");
     if (length != static_cast<int32_t>(sizeof(Identify)))
         return KA_FAIL(KACERT_InvalidParamErr, "------>privDataLen != sizeof(KA_GBPRIV_IDENTIFY)");
     const Identify &record = *static_cast<const Identify *>(data);
-    if (record.residenterCardFlag == 0 && record.militaryOfficerCardFlag == 0 && record.passportFlag == 0)
-        return KA_FAIL(KACERT_InvalidParamErr, "------>tag all is 0");
     const Construct numbers(out, TagSet);
     uint8_t tag = 0x80;
     for (const Number &number : Numbers) {
@@ -83,7 +86,7 @@ Status writeText(Writer &out, const void *data, int32_t length) {
     if (length < 1)
         return KA_FAIL(KACERT_InvalidParamErr, "------>privDataLen is Err");
     out.element(TagPrintableString, {static_cast<const uint8_t *>(data), static_cast<size_t>(length)});
-    return KACERT_Ok;
+    return out.status() == KACERT_Ok ? KACERT_Ok : KA_FAIL(KACERT_InvalidParamErr, "------>KACert_EncodeChar");
 }
 
 struct Type {

@@ -15,12 +15,15 @@ template <class Ctx>
     KA_PASS(checkWhole(ctx, der, length));
     return decode(Bytes(der, length), *ctx);
 }
-// ... and of one element, into a context or a block of it.
+// ... and of one element, into a context or a block of it. The decoder reads a copy: the source may be one of the
+// block's records.
 [[nodiscard]] Status checkPart(const Anybuf *source, const void *target);
+[[nodiscard]] Status copyPart(const Anybuf *source, const void *target, Scratch &copy);
 template <class Target>
 [[nodiscard]] Status decodePart(const Anybuf *source, Target *target, Status (*decode)(const Element &, Target &)) {
-    KA_PASS(checkPart(source, target));
-    return decode(elementOf(*source), *target);
+    Scratch copy;
+    KA_PASS(copyPart(source, target, copy));
+    return decode(elementOf(copy.record), *target);
 }
 // The same for octets that the context's records will hold parts of.
 [[nodiscard]] Status keepPart(KeptOctets *&kept, const Anybuf &source, Element &out);

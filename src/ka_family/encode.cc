@@ -8,7 +8,9 @@ void writeAlgorithm(Writer &out, Bytes oid) {
     out.null();
 }
 
+// What failed before is not the failure of a name, a date or an extension.
 Status writeName(Writer &out, const NameRecord &head, const Anybuf &der) {
+    KA_PASS(out.status());
     const bool hasDer = der.data != nullptr && der.length > 0;
     if (hasDer == (head.next != nullptr))
         return KA_FAIL(KACERT_InvalidParamErr, "------>KI_EncodeIssuerSuject");
@@ -26,6 +28,7 @@ void writePublicKey(Writer &out, const AlgorithmRecord &algorithm, const Anybuf 
 }
 
 Status writeTime(Writer &out, bool isUtc, int32_t seconds, LocalClock &clock) {
+    KA_PASS(out.status());
     uint8_t text[TimeLength];
     KA_STEP_AS(isUtc ? "------>KAsn1_WriteUtcTime" : "------>KAsn1_WriteGeneralizedTime",
                timeText(seconds, clock, text));

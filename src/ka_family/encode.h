@@ -68,6 +68,7 @@ void writeExtensionHead(Writer &out, Bytes oid, uint8_t critical);
 // into the extnValue.
 template <class Write>
 [[nodiscard]] Status writeExtension(Writer &out, Bytes oid, uint8_t critical, const Write &write) {
+    KA_PASS(out.status());
     const Construct extension(out, TagSequence);
     writeExtensionHead(out, oid, critical);
     const Construct value(out, TagOctetString);

@@ -209,6 +209,8 @@ int32_t KI_DecodeGeneralNameS(const Anybuf *source, GeneralNameRecord *names, ui
     KA_FRAME("KI_DecodeGeneralNameS");
     if (source == nullptr || source->data == nullptr || names == nullptr || found == nullptr)
         return KA_FAIL(KACERT_InvalidParamErr, "------>pGenName is Null.");
-    KA_PASS(decodeGeneralNames(elementOf(*source), *names, *found));
+    Scratch copy; // the source may be one of the slots
+    KA_STEP(KI_CopyAnybuf(&copy.record, source));
+    KA_PASS(decodeGeneralNames(elementOf(copy.record), *names, *found));
     return KA_DONE();
 }
