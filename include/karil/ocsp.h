@@ -200,8 +200,8 @@ KARIL_API int32_t KI_EncodeOCSPExtension(const OcspExtension *extensions, Anybuf
 /*
  * Reads a SEQUENCE of extensions into the block, and raises the flag of each kind that is found. The element fills the
  * record. An extension is of the first kind, in the order nonce, CRL id, acceptable responses, archive cutoff, whose
- * identifier is the same over the shorter of the two lengths: an identifier that is cut short is a nonce, and so is an
- * empty one. All others are skipped. The value of acceptable responses is read as an OCTET STRING around the list, so
+ * identifier begins with the octets that were read: an identifier that is cut short is a nonce, and so is an empty one.
+ * All others are skipped. The value of acceptable responses is read as an OCTET STRING around the list, so
  * that the encoder's own list is KACERT_InvalidTagErr.
  * Returns 0; KACERT_InvalidItemErr if a pointer is null or a value is missing; KACERT_InvalidTagErr, always for a CRL
  * id with a time; KACERT_LengthNotEqualErr; KACERT_InvalidLengthErr; KACERT_MemoryErr. What was read before a failure

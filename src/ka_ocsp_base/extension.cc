@@ -167,10 +167,9 @@ constexpr Kind Kinds[] = {
     {OidArchiveCutoff, readArchiveCutoff},
 };
 
-// Identifiers are compared over the shorter of their lengths.
+// Identifiers are compared over the length of the one that was read, which may be a cut one.
 bool matches(Bytes read, Bytes known) {
-    const size_t size = read.size() < known.size() ? read.size() : known.size();
-    return equal(read.first(size), known.first(size));
+    return read.size() <= known.size() && equal(read, known.first(read.size()));
 }
 
 // Extension ::= SEQUENCE { OBJECT IDENTIFIER, value }
