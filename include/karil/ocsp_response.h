@@ -149,8 +149,9 @@ KARIL_API int32_t KA_OCSP_SetResponseList_CertStatusUnInfo(ResponseListCtx *ctx,
  * information for unknown; without one there is no element. Nothing is kept for a later call but the digests. `result`:
  * receives the octets; the caller makes sure that they have room. `resultLength`: receives their number. Returns 0. If
  * there is no memory for the element of a good or unknown status, it returns 0 as well, and stores the length 0.
- * KACERT_InvalidItemErr, also if no identity was set and hook, name, key or serial number is missing; the hook's own
- * status; KACERT_InvalidTimeErr for a negative time; KACERT_InvalidLengthErr; KACERT_MemoryErr.
+ * KACERT_InvalidItemErr, also if no identity was set and hook, name or key is missing; KACERT_InvalidParamErr, after
+ * both digests, if the serial number is; the hook's own status; KACERT_InvalidTimeErr for a negative time;
+ * KACERT_InvalidLengthErr; KACERT_MemoryErr.
  */
 KARIL_API int32_t KA_OCSP_EncodeResponseList(ResponseListCtx *ctx, uint8_t *result, uint32_t *resultLength);
 

@@ -17,14 +17,15 @@ Status writeHash(Writer &out, const OcspCertId &id, const Anybuf &octets, Anybuf
 } // namespace
 
 Status writeCertId(Writer &out, OcspCertId &id) {
-    if (id.hashFunc == nullptr || !isGiven(id.issuerName) || !isGiven(id.issuerKey) || !isGiven(id.serialNumber))
-        return refuseItem("------------>Item  is NULL");
+    if (id.hashFunc == nullptr || !isGiven(id.issuerName) || !isGiven(id.issuerKey))
+        return refuseItem(ItemMissing);
     const Construct identity(out, TagSequence);
     out.objectId(bytesOf(id.hashAlgorithm.oid));
     KA_PASS(out.status());
     KA_PASS(writeHash(out, id, id.issuerName, id.hashedName));
     KA_PASS(writeHash(out, id, id.issuerKey, id.hashedKey));
-    return out.number(bytesOf(id.serialNumber));
+    KA_STEP_AS("------------>KAsn1_WriteIntegerArray", out.number(bytesOf(id.serialNumber)));
+    return KACERT_Ok;
 }
 
 Status readCertId(const Element &element, OcspCertId &id, uint8_t &isWhole) {

@@ -137,8 +137,11 @@ inline Hook hookOf(KAHookFunc hook, const Anybuf &key) {
 constexpr uint32_t DigestBound = 64;
 constexpr uint32_t SignatureBound = 2048;
 
+constexpr char ItemMissing[] = "------------>Item  is NULL";
+
 // CertID ::= SEQUENCE { hashAlgorithm OBJECT IDENTIFIER, issuerNameHash OCTET STRING, issuerKeyHash OCTET STRING,
 // serialNumber INTEGER }
+// A missing number is the failure of its writer, after both digests.
 [[nodiscard]] Status writeCertId(Writer &out, OcspCertId &id);
 // The element is stored, and `isWhole` raised, before its fields are read.
 [[nodiscard]] Status readCertId(const Element &element, OcspCertId &id, uint8_t &isWhole);

@@ -34,6 +34,8 @@ Status writeSingleRequest(Writer &out, Ctx &ctx) {
     }
     if (ctx.certId.hashFunc == nullptr)
         return refuseItem("------------>Hash Func is NULL");
+    if (!isGiven(ctx.certId.serialNumber))
+        return refuseItem(ItemMissing);
     const Construct request(out, TagSequence);
     return writeCertId(out, ctx.certId);
 }
